@@ -1,0 +1,78 @@
+/// \file
+/// Text tables: positional ones that know comment lines, and delimited ones.
+#pragma once
+
+#include <kd_lib/export.h>
+#include <kd_lib/filetable.h>
+
+#include <string>
+
+namespace kd_lib {
+
+/// A positional text table that can tell comment lines. Its records are read as those of `FileTable`.
+/// Threads: one thread per object.
+class KD_LIB_EXPORT AsciiTable : public FileTable {
+public:
+    int CommentChar = 0;         ///< its low 8 bits are the comment character; 0: no ordinary line is a comment
+    bool HasFieldNames = false;  ///< the first line holds the column names (used by `DelimitedTable`)
+
+    AsciiTable();                            ///< extension "txt", lines of at most 254 characters
+    explicit AsciiTable(std::string& name);  ///< the same, with `BaseName` and `Name` set
+    ~AsciiTable() override;
+
+    /// True when the comment character occurs anywhere in `line`.
+    bool isCommentLine(const std::string& line);
+
+    /// As `FileTable::extractContent`.
+    bool extractContent(const std::string& record) override;
+};
+
+/// A text table of one record per line with a separator between the values.
+///
+/// | member          | start | effect                                                                  |
+/// |-----------------|-------|-------------------------------------------------------------------------|
+/// | `Separator`     | 124   | separates values ("\|"); its low 8 bits count; set before `getFieldList`  |
+/// | `Quote`         | 0     | recorded by the modes, used by no operation: quotes protect nothing      |
+/// | `HasFieldNames` | true  | `getFieldList` takes the column names from the first line                |
+/// | `CommentChar`   | 0     | a first line that holds it is not taken as names                         |
+/// | `RecordLength`  | 255   | one more than the longest line                                           |
+///
+///     kd_lib::DelimitedTable people;
+///     people.setCsvMode();
+///     if (people.open("people") && people.getFieldList()) {
+///         while (people.fetchRecord()) { use(people.Fields.getData("city")); }
+///     }
+///
+/// Threads: one thread per object.
+class KD_LIB_EXPORT DelimitedTable : public AsciiTable {
+public:
+    int Separator = 124;  ///< value separator
+    int Quote = 0;        ///< quote character of the chosen mode
+
+    DelimitedTable();  ///< extension "csv", separator "|"
+    ~DelimitedTable() override;
+
+    void setCsvMode();    ///< separator ",", quote "\"", lines
+    void setRMode();      ///< separator tab, quote "\"", lines
+    void setExcelMode();  ///< the same as `setCsvMode`
+
+    /// Deliberate: goes to byte `RecordLength` of the file, not to its second line, when the table is
+    /// open and `HasFieldNames` is true. Answers true; a failed seek leaves the stream failed.
+    /// `getFieldList` and `goRecord(2)` lead to the second line.
+    bool skipHeader() override;
+
+    /// Takes the line at the current position as column names. False when `HasFieldNames` is false
+    /// (nothing is read), when the line holds the comment character (it stays consumed), or when the
+    /// stream fails.
+    bool readHeader() override;
+
+    /// Stores piece i of `record` as the value of column i, verbatim whatever `Trim` says. With fewer
+    /// pieces the other columns keep their values; pieces without a column are ignored.
+    bool extractContent(const std::string& record) override;
+
+    /// Appends one column per piece of `line`, named by the piece as it stands, quotes included; the
+    /// list folds the name to lower case. Existing columns stay.
+    virtual bool extractFieldNames(const std::string& line);
+};
+
+}  // namespace kd_lib

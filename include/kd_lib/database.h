@@ -1,0 +1,121 @@
+/// \file
+/// The frame of database connections: settings and linked tables.
+#pragma once
+
+#include <kd_lib/databasetable.h>
+#include <kd_lib/export.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kd_lib {
+
+/// Connection settings and the tables that a back end reports. It knows nothing of SQL; its operations
+/// succeed without doing anything, so that a back end overrides only what it needs. The library
+/// instantiates it once, over `DatabaseTable`. The order of the virtual operations is part of the
+/// binary interface.
+/// Threads: one thread per object.
+template <class Table>
+class Database {
+public:
+    /// The linked tables in the order of linking; the frame owns them.
+    std::vector<Table*> tableList;
+
+    std::string engine;    ///< name of the engine; a back end sets it
+    std::string host;      ///< host, "localhost" from the start; for SQLite the directory of database files
+    std::string user;      ///< user, "anonymous" from the start
+    std::string password;  ///< password
+    std::string database;  ///< current database; for SQLite the path of its file
+
+    /// A frame with the default settings.
+    Database() { defaultSet(); }
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    /// Deletes the linked tables.
+    virtual ~Database()
+    {
+        defaultSet();
+        clearTableList();
+    }
+
+    /// Connects with the current settings; the frame only answers true.
+    virtual bool connect() { return true; }
+
+    /// Assigns the settings and calls `connect()`; true whatever that answers.
+    virtual bool connect(const std::string& hostName, const std::string& userName, const std::string& userPassword,
+                         const std::string& databaseName)
+    {
+        host = hostName;
+        user = userName;
+        password = userPassword;
+        database = databaseName;
+        connect();
+        return true;
+    }
+
+    /// Deliberate: the frame answers true to this and to `isDisconnected`; back ends override both.
+    virtual bool isConnected() const { return true; }
+
+    /// See `isConnected`.
+    virtual bool isDisconnected() const { return true; }
+
+    /// Returns to the default settings, the engine's name included, and deletes the linked tables; true.
+    virtual bool disconnect()
+    {
+        defaultSet();
+        clearTableList();
+        return true;
+    }
+
+    /// Makes `name` the current database; true.
+    virtual bool useDatabase(const std::string& name) { return setDatabase(name); }
+
+    /// As `useDatabase`.
+    virtual bool createDatabase(const std::string& name) { return setDatabase(name); }
+
+    /// Assigns the default settings; the linked tables stay.
+    void defaultSet()
+    {
+        engine = "";
+        host = "localhost";
+        user = "anonymous";
+        password = "";
+        database = "";
+    }
+
+    /// Makes a table of this name, with the current database as its `Path`, and returns it. The frame
+    /// owns it until the next `clearTableList`. A name may be linked more than once.
+    Table* linkTable(const std::string& tableName)
+    {
+        auto table = std::make_unique<Table>(tableName);
+        table->Path = database;
+        tableList.push_back(table.get());
+        return table.release();
+    }
+
+    /// Closes the linked tables that are open, deletes all of them, and answers true.
+    bool clearTableList()
+    {
+        for (Table* table : tableList) {
+            if (table != nullptr && table->is_open()) {
+                table->close();
+            }
+            delete table;
+        }
+        tableList.clear();
+        return true;
+    }
+
+private:
+    bool setDatabase(const std::string& name)
+    {
+        database = name;
+        return true;
+    }
+};
+
+extern template class KD_LIB_EXPORT Database<DatabaseTable>;
+
+}  // namespace kd_lib

@@ -1,0 +1,12 @@
+/// \file
+/// Date constants for client programs; each source unit has its own copy.
+#pragma once
+
+#include <string>
+
+namespace kd_lib {
+
+/// The text of a date that is not known: empty.
+const std::string BLANK_DATE_STR = "";
+
+}  // namespace kd_lib

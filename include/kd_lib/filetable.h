@@ -1,0 +1,130 @@
+/// \file
+/// Tables stored in files of records: opening, navigation by byte positions, and positional columns.
+#pragma once
+
+#include <kd_lib/databasetable.h>
+#include <kd_lib/export.h>
+
+#include <cstdint>
+#include <fstream>
+#include <memory>
+#include <string>
+
+namespace kd_lib {
+
+/// The parts of a file's name and how it is opened.
+/// Threads: one thread per object.
+class KD_LIB_EXPORT FileName {
+public:
+    std::string FullName;   ///< for client programs; the library does not use it
+    std::string BaseName;   ///< set by the name constructor of `AsciiTable`
+    std::string Extension;  ///< without the dot; empty: none is appended
+    bool Binary = false;    ///< open in binary mode
+
+    virtual ~FileName();
+};
+
+/// A table in a file. By itself it reads positional text: one record per line, each column a fixed
+/// range of bytes. Records are numbered from 1, file positions are bytes from 0.
+///
+/// Life: `open`; define the columns (`getFieldList` or `setFieldOffsets`); position; `fetchRecord` until
+/// it answers false; `close`. Every navigation operation first makes a stream that failed or reached
+/// its end readable again, so a table can be walked any number of times.
+///
+///     kd_lib::FileTable stock("stock");
+///     std::string columns = "8|20";
+///     if (stock.open()) {
+///         stock.setFieldOffsets(columns);
+///         for (stock.firstRecord(); stock.fetchRecord();) { use(stock.Fields.getData(0)); }
+///     }
+///
+/// Threads: one thread per object.
+class KD_LIB_EXPORT FileTable : public DatabaseTable, public FileName {
+private:
+    std::unique_ptr<char[]> FileBuffer;  // outlives File, which reads through it
+
+public:
+    std::fstream File;                   ///< the open file; only ever opened for input
+    std::uint64_t RecordLength = 255;    ///< bytes per record; for lines one more than the longest line
+    std::uint64_t HeaderLength = 0;      ///< byte position of the first record
+    int RecordEnd = 10;                  ///< 10: records are lines; any other value: fixed-length records
+
+    FileTable();                                  ///< extension "txt", text mode
+    explicit FileTable(const std::string& name);  ///< the same, with `Name` set
+    FileTable(const FileTable&) = delete;
+    FileTable& operator=(const FileTable&) = delete;
+    ~FileTable() override;
+
+    using DatabaseTable::open;
+
+    /// Opens the file `Path`/`name`.`Extension`, where "~" stands for the home directory.
+    /// - Already open: true at once, the open file stays, whatever `name` is.
+    /// - Empty name: error line "No file name provided for table file", false.
+    /// - Otherwise prints "Table: " and the path; then false with the error line "File does not exist"
+    ///   or "No permission to read file", or without one when the stream cannot be opened.
+    /// - True: `Name` is `name`; `Path` keeps its value.
+    bool open(const std::string& name) override;
+
+    /// Whether a file is open.
+    bool is_open() override;
+
+    /// Closes the file and answers true; the columns are kept, unlike in the base class.
+    bool close() override;
+
+    /// False when not open; otherwise goes to byte 0 and answers `readHeader`.
+    bool getFieldList() override;
+
+    /// Goes to byte 0, answers true.
+    bool skipHeader() override;
+
+    /// Reads the record at the current position and extracts it; true when the stream is then in
+    /// neither the fail nor the bad state. A line longer than `RecordLength` - 1, a cut fixed-length
+    /// record, the end of the file and a `RecordLength` of 0 with fixed-length records answer false;
+    /// the values of the last record stay.
+    bool fetchRecord() override;
+
+    /// Defines the columns from the file; positional files hold none, so this only answers true.
+    virtual bool readHeader();
+
+    /// Stores each column's slice of `record` as its value, without trailing blanks while `Trim` is set.
+    /// A record too short for a column stops the process by an assertion; a column that starts behind
+    /// the record's end throws std::out_of_range.
+    virtual bool extractContent(const std::string& record);
+
+    /// Appends one column per number in `line`; "|", ":" and ";" separate. Column i is named field#i,
+    /// starts at byte number i and is as wide as the distance from the number before it (the first
+    /// one as wide as its own number): "5|12|20" gives (offset 5, length 5), (12, 7), (20, 8).
+    /// A piece without digits throws std::invalid_argument; the columns before it stay.
+    /// Needs no open file; existing columns stay.
+    void setFieldOffsets(std::string& line);
+
+    /// \name Navigation
+    /// Each answers false and does nothing when the table is not open, and true otherwise; a position
+    /// that cannot be reached leaves the stream failed.
+    /// @{
+    bool beginFile();    ///< byte 0
+    bool endFile();      ///< deliberate: byte 2, not the end of the file
+    bool firstRecord();  ///< byte `HeaderLength`
+    bool nextRecord();   ///< `RecordLength` bytes on from the current position
+    bool lastRecord();   ///< `RecordLength` + 1 bytes before the end of the file
+
+    /// Record `n`, counted from 1; 0 counts as 1. Fixed-length records are reached by one seek, lines by
+    /// reading n - 1 of them. There is no upper bound: behind the last record `fetchRecord` answers false.
+    bool goRecord(unsigned long n);
+    /// @}
+
+protected:
+    /// Makes the stream readable again and sets its position, in bytes from the start.
+    void seekTo(std::uint64_t position);
+
+    /// Reads one record into `Record`: a line, or exactly `RecordLength` bytes, up to the first zero
+    /// byte. False when the stream is then in the fail or bad state.
+    bool readRecord();
+
+    std::string Record;  ///< the record read last; kept so that no record needs memory of its own
+
+private:
+    std::string Line;  // buffer of line records, RecordLength bytes
+};
+
+}  // namespace kd_lib

@@ -1,0 +1,191 @@
+/// \file
+/// The SQLite back end. It needs no SQLite header.
+#pragma once
+
+#include <kd_lib/export.h>
+#include <kd_lib/sqldatabase.h>
+
+#include <string>
+#include <vector>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace kd_lib {
+
+/// One SQLite connection with one current statement. `host` is the directory of database files and
+/// `database` the path of the open one. A failure of SQLite puts its message, " [#", its code and "]"
+/// into `errorText`, reports that through `message` once, and answers false.
+///
+///     kd_lib::SQLite3 shop;
+///     shop.host = "";
+///     if (shop.useDatabase("shop.db") && shop.query("SELECT name, price FROM article")) {
+///         shop.queryResults();
+///         shop.finalize();
+///     }
+///
+/// A statement or a connection that a new one replaces is kept open as long as that can be observed,
+/// and closed at the latest by `disconnect` or destruction.
+/// Threads: one thread per object.
+class KD_LIB_EXPORT SQLite3 : public SqlDatabase {
+public:
+    bool loadEnabled = false;           ///< extension loading is enabled; never set by the library
+    sqlite3* handle = nullptr;          ///< the open connection; null: disconnected
+    sqlite3_stmt* statement = nullptr;  ///< the current statement
+
+    SQLite3();            ///< engine "SQLITE3", disconnected
+    ~SQLite3() override;  ///< disconnects
+
+    using SqlDatabase::connect;
+
+    /// \name Connection
+    /// @{
+
+    /// Whether there is a connection.
+    bool isConnected() const override;
+
+    /// Whether there is none.
+    bool isDisconnected() const override;
+
+    /// Closes the connection; true when there is none any more. `database`, `errorText` and the current
+    /// result become empty; the statements and the replaced connections are closed too. False, with the
+    /// error reported and the connection kept, when SQLite does not close it.
+    bool disconnect() override;
+
+    /// Opens an existing database file: `openDatabase(name, false, "")`.
+    bool useDatabase(const std::string& name) override;
+
+    /// Opens a database file and makes it where it is missing: `openDatabase(name, true, "")`.
+    bool createDatabase(const std::string& name) override;
+
+    /// Opens the file `databasePath(name)`, or an in-memory database for ":memory:", and makes its path
+    /// the `database`. A connection that was open before is replaced, not closed.
+    /// - Empty name: false, nothing changes.
+    /// - No file and `create` false: the message "Cannot find database", false.
+    /// - SQLite fails: reported, false; `handle` is what SQLite returned.
+    /// Deliberate: an `encoding` is set by a PRAGMA on the connection that was open before.
+    bool openDatabase(const std::string& name, bool create, const std::string& encoding);
+
+    /// `name` in the directory `host`, where "~" stands for the home directory; `name` alone when
+    /// `host` is empty.
+    std::string databasePath(const std::string& name);
+
+    /// Attaches the database file at `path` ("~" allowed, `host` not applied) under the schema name
+    /// `alias`, which stands in the statement as it is. Without a connection: the message "No main
+    /// database has been opened", false.
+    bool attach(const std::string& path, const std::string& alias);
+
+    /// Detaches the schema `alias`, which stands in the statement as it is.
+    bool detach(const std::string& alias);
+
+    /// Extensions are never loaded: answers false.
+    bool enableLoad();
+
+    /// Extensions are never loaded: the message "Enable SQLite3 to load extensions", or "Enabling
+    /// extension failed" when `loadEnabled` is true, and false.
+    bool loadExtension(const std::string& path);
+
+    /// Takes the connection's error into `errorText` and reports it; nothing when there is none.
+    void setError() override;
+    /// @}
+
+    /// \name Lists
+    /// Each runs a query and finalises it.
+    /// @{
+
+    /// Fills `databaseList` with the schema names.
+    bool getDatabaseList() override;
+
+    /// Links the tables of the main schema in place of those linked before.
+    bool getTableList() override;
+
+    /// Queries the columns of a table and fetches all rows. Deliberate: none is kept; `queryColumns`
+    /// holds the last one, and the linked tables are dropped.
+    bool getColumnList(std::string table) override;
+
+    /// The number of records of a table; 0 where no count could be fetched.
+    std::int64_t getRecords(const std::string& table) override;
+
+    /// SQLite's type codes: 1 integer, 2 float, 3 text, 4 blob, 5 the value 15, any other 0.
+    FIELD_TYPE convertFieldType(int storageClass);
+    /// @}
+
+    /// \name Statements
+    /// @{
+
+    /// Prepares the first statement of `sql`, with every backquote turned into a double quote. The
+    /// current result and `errorText` are emptied first. False without a message when disconnected.
+    bool prepare(std::string sql) override;
+
+    /// Steps the statement once. Finished: `resultRows` is the number of changed rows, true. Every other
+    /// answer, a row included, is a failure: reported, an open transaction rolled back, the statement
+    /// finalised, false; `errorText` keeps the reason.
+    bool execute() override;
+
+    /// Prepares, executes, and resets the statement so that it could run again.
+    bool execute(const std::string& sql) override;
+
+    /// Makes the statement's columns the current result, names in lower case; `resultRows` becomes 1,
+    /// also for a statement without columns. True.
+    bool query() override;
+
+    /// Prepares `sql` and makes its columns the current result.
+    bool query(const std::string& sql) override;
+
+    /// Fetches the next row; NULL becomes the empty text. A busy database is tried six times in all.
+    /// At the end of the rows: `resultRows` is their number, an open transaction is ended, false. An
+    /// error of code 1 is reported; every other failure answers false without a message.
+    bool fetchRow() override;
+
+    /// Empties the current result; true.
+    bool clearResults() override;
+
+    /// Resets the statement.
+    bool resetResults();
+
+    /// Destroys the statement. False, with the error reported unless it was before, when the statement's
+    /// last execution had failed.
+    bool finalize();
+
+    /// Prepares "INSERT INTO table (columns) VALUES (:columns)" for the columns of the current result,
+    /// which is then emptied. False without columns.
+    bool prepareInsert(const std::string& table) override;
+
+    /// Binds each value of `fields` as text to the parameter with the field's name, ":" included, and
+    /// executes the statement. A name without a parameter is reported and passed over; its parameter
+    /// keeps its value. A failing execution is reported on standard error too. False for an empty list.
+    bool preparedRecord(TableFields fields) override;
+    /// @}
+
+    /// \name Binding
+    /// Parameters are counted from 1. A failure is reported and answers false.
+    /// @{
+    bool bind(int index, std::string value);                ///< text up to its first zero byte
+    bool bind(int index, int value);                        ///< whole number
+    bool bind(int index, double value);                     ///< number; NaN binds NULL and answers true
+    bool bind(const std::string& name, std::string value);  ///< text, for the parameter `name`
+    bool bindNULL(int index);                               ///< NULL; a failure is not reported
+    /// @}
+
+    /// \name Transactions
+    /// As in `SqlDatabase`; a statement that is sent is finalised too. `rollback` keeps `errorText`.
+    /// @{
+    void beginTransaction() override;
+    void endTransaction() override;
+    void rollback() override;
+    /// @}
+
+private:
+    bool succeeded(int code);
+    int step();
+    void reportFailedStep();
+    void supersedeStatement();
+    void closeEverything();
+
+    std::vector<sqlite3_stmt*> HalfRead;     // replaced in the middle of a result: they keep their locks
+    std::vector<sqlite3*> Replaced;          // connections that openDatabase replaced
+    bool InResult = false;                   // the current statement answered a row last
+    bool FailureReported = false;            // the failure of the last step has been reported
+};
+
+}  // namespace kd_lib

@@ -1,0 +1,71 @@
+/// \file
+/// Composing SELECT statements.
+#pragma once
+
+#include <kd_lib/export.h>
+#include <kd_lib/text.h>
+
+#include <string>
+#include <vector>
+
+namespace kd_lib {
+
+/// Composes the text of a SELECT statement, or of the matching row count, from pieces. It examines and
+/// escapes nothing but the values of `setInClause`: quoting is the caller's business. Each clause
+/// stands on a line of its own; the blanks and line ends are part of the result.
+///
+///     kd_lib::SqlQuery query;
+///     query.setFields("name");
+///     query.setTables("people");
+///     query.setFilter("age > 30", "");
+///     std::string sql = query.selectQuery();
+///
+/// Threads: one thread per object; different threads may read one object.
+class KD_LIB_EXPORT SqlQuery {
+public:
+    std::string fields;     ///< select list
+    std::string tables;     ///< FROM list
+    std::string join;       ///< clause on a line of its own behind the FROM line
+    std::string filter;     ///< conditions of the WHERE clause, joined
+    std::string subFilter;  ///< parenthesised conditions, joined
+    std::string order;      ///< ORDER BY list
+    std::string limit;      ///< text of the LIMIT clause
+    bool distinct = false;  ///< SELECT DISTINCT
+
+    SqlQuery();  ///< an empty query
+    virtual ~SqlQuery();
+
+    /// Empties every piece.
+    void resetQuery();
+
+    /// Adds `f` to the select list, behind ",\n\t" when it is not the first.
+    void setFields(const std::string& f);
+
+    /// Adds `t` to the FROM list, behind ",\n\t" when it is not the first.
+    void setTables(const std::string& t);
+
+    /// Adds `o` to the ORDER BY list, behind "," when it is not the first.
+    void setOrder(const std::string& o);
+
+    /// Adds a condition; the conjunction of the first one is ignored.
+    void setFilter(std::string condition, std::string conjunction);
+
+    /// Adds a condition in parentheses; the conjunction of the first one is ignored. The arguments are
+    /// not changed.
+    void setSubFilter(std::string& condition, std::string& conjunction);
+
+    /// "IN (" and the quoted values, or "IN ()" without values. Deliberate: with a percent sign in any
+    /// value, the first such value alone as "IN (LIKE ('value')", one parenthesis short.
+    std::string setInClause(std::vector<std::string> values) const;
+
+    /// The SELECT statement.
+    std::string selectQuery() const;
+
+    /// The SELECT COUNT(*) statement with the same tables, join and conditions; its column is "count".
+    std::string countQuery() const;
+
+private:
+    std::string conditions() const;
+};
+
+}  // namespace kd_lib

@@ -1,0 +1,59 @@
+/// \file
+/// An xBase table as SQL text.
+#pragma once
+
+#include <kd_lib/export.h>
+#include <kd_lib/xbasetable.h>
+
+#include <ostream>
+#include <string>
+
+namespace kd_lib {
+
+/// Writes the statements that make and fill an SQL table from an xBase table. Table names are lowered,
+/// column names stand as `Fields` holds them, and nothing is quoted but values.
+///
+///     kd_lib::xBase2Sql stock("stock");
+///     std::string script = stock.convert();   // writes stock.sql
+///
+/// Threads: one thread per object.
+class KD_LIB_EXPORT xBase2Sql : public xBaseTable {
+public:
+    std::string KeyColumn;      ///< not empty: `createTable` begins with an auto-increment key of this name
+    bool InsertRecords = true;  ///< `convert` writes an INSERT per record behind the table's definition
+
+    xBase2Sql();                                  ///< as `xBaseTable`
+    explicit xBase2Sql(const std::string& name);  ///< the same, with `Name` set
+    ~xBase2Sql() override;
+
+    /// The table's definition, one column per line; `dropFirst` puts DROP TABLE IF EXISTS in front.
+    /// Opens the table and reads its header where that has not been done. A table that cannot be
+    /// opened: error line "Table is not open", and the result is "Error: table is not open".
+    std::string createTable(bool dropFirst);
+
+    /// An INSERT with placeholders: "$0", "$1", ... for the dialect "postgresql", "?" for every other.
+    /// Deliberate: "sqlite" puts ":" before the names in the column list, not before the placeholders.
+    std::string prepareInsert(const std::string& dialect);
+
+    /// An INSERT with the current values of the columns as literals.
+    std::string insert();
+
+    /// Writes the script `Path`/`Name`.sql: the definition with DROP TABLE, then the records while
+    /// `InsertRecords` is set. Closes the table and returns the script's path.
+    /// Empty: the table could not be opened (error line "Table is not open"), or the script could not
+    /// be created (no message; the table stays open).
+    /// With `ReadDeleted` false a deleted record writes the INSERT of the record before it once more.
+    std::string convert();
+
+    /// Writes the script of `convert` to `out` and leaves the table open. The caller sees a failed
+    /// write in the state of `out`; writing stops there.
+    void writeScript(std::ostream& out);
+
+private:
+    std::string insertLead() const;
+    void appendInsert(std::string& sql, const std::string& lead) const;
+    bool openWithHeader();
+    void writeRecords(std::ostream& out);
+};
+
+}  // namespace kd_lib

@@ -1,0 +1,108 @@
+#include <kd_lib/asciitable.h>
+
+#include "slicing.h"
+
+#include <kd_lib/tokenizer.h>
+
+namespace kd_lib {
+
+namespace {
+
+constexpr int comma = 44;
+constexpr int tab = 9;
+constexpr int doubleQuote = 34;
+constexpr int newline = 10;
+
+}  // namespace
+
+AsciiTable::AsciiTable() = default;
+
+AsciiTable::AsciiTable(std::string& name)
+{
+    BaseName = name;
+    Name = BaseName;
+}
+
+AsciiTable::~AsciiTable() = default;
+
+bool AsciiTable::isCommentLine(const std::string& line)
+{
+    return line.find(static_cast<char>(CommentChar)) != std::string::npos;
+}
+
+bool AsciiTable::extractContent(const std::string& record)
+{
+    sliceRecord(Fields, record, Trim, "src/db/asciitable");
+    return true;
+}
+
+DelimitedTable::DelimitedTable()
+{
+    Extension = "csv";
+    HasFieldNames = true;
+}
+
+DelimitedTable::~DelimitedTable() = default;
+
+void DelimitedTable::setCsvMode()
+{
+    Separator = comma;
+    Quote = doubleQuote;
+    RecordEnd = newline;
+}
+
+void DelimitedTable::setRMode()
+{
+    Separator = tab;
+    Quote = doubleQuote;
+    RecordEnd = newline;
+}
+
+void DelimitedTable::setExcelMode()
+{
+    setCsvMode();
+}
+
+bool DelimitedTable::skipHeader()
+{
+    // Deliberate: the byte RecordLength, not the end of the first line.
+    if (is_open() && HasFieldNames) {
+        seekTo(RecordLength);
+    }
+    return true;
+}
+
+bool DelimitedTable::readHeader()
+{
+    if (!HasFieldNames || !readRecord() || isCommentLine(Record)) {
+        return false;
+    }
+    extractFieldNames(Record);
+    return !File.fail();
+}
+
+bool DelimitedTable::extractFieldNames(const std::string& line)
+{
+    Tokenizer names;
+    names.split(line, std::string(1, static_cast<char>(Separator)));
+    for (const std::string& name : names.tokens) {
+        Fields.add(name);
+    }
+    return true;
+}
+
+bool DelimitedTable::extractContent(const std::string& record)
+{
+    const char separator = static_cast<char>(Separator);
+    PieceReader pieces(record, std::string_view(&separator, 1));
+    std::string_view piece;
+    for (TableField* field : Fields.List) {
+        if (!pieces.next(piece)) {
+            break;
+        }
+        field->Value.assign(piece);
+    }
+    return true;
+}
+
+}  // namespace kd_lib

@@ -1,0 +1,234 @@
+#include <kd_lib/filetable.h>
+
+#include "messages.h"
+#include "slicing.h"
+
+#include <kd_lib/console.h>
+#include <kd_lib/path.h>
+#include <kd_lib/tokenizer.h>
+
+#include <iostream>
+#include <unistd.h>
+
+namespace kd_lib {
+
+namespace {
+
+/// The `RecordEnd` of line records.
+constexpr int newline = 10;
+
+/// The standard stream keeps one byte of its buffer to itself, so that it reads whole pages.
+constexpr std::size_t fileBufferSize = 65536 + 1;
+
+constexpr const char* columnSeparators = "|:;";
+
+/// Deliberate: where endFile goes.
+constexpr std::uint64_t endFilePosition = 2;
+
+}  // namespace
+
+FileName::~FileName() = default;
+
+FileTable::FileTable()
+{
+    Extension = "txt";
+}
+
+FileTable::FileTable(const std::string& name) : FileTable()
+{
+    Name = name;
+}
+
+FileTable::~FileTable()
+{
+    FileTable::close();
+}
+
+bool FileTable::open(const std::string& name)
+{
+    if (is_open()) {
+        return true;
+    }
+    if (name.empty()) {
+        errorMessage(messages::noFileName);
+        return false;
+    }
+    std::string path = Path;
+    addEndSlash(path);
+    path += name;
+    if (!Extension.empty()) {
+        path += '.' + Extension;
+    }
+    checkHomePath(path);
+    std::cout << "Table: " << path << std::endl;
+    if (::access(path.c_str(), F_OK) != 0) {
+        errorMessage(messages::fileMissing);
+        return false;
+    }
+    if (::access(path.c_str(), R_OK) != 0) {
+        errorMessage(messages::fileNotReadable);
+        return false;
+    }
+    if (!FileBuffer) {
+        FileBuffer = std::make_unique<char[]>(fileBufferSize);
+        File.rdbuf()->pubsetbuf(FileBuffer.get(), fileBufferSize);
+    }
+    File.open(path, Binary ? std::ios::in | std::ios::binary : std::ios::in);
+    if (!is_open()) {
+        return false;
+    }
+    Name = name;
+    return true;
+}
+
+bool FileTable::is_open()
+{
+    return File.is_open();
+}
+
+bool FileTable::close()
+{
+    if (File.is_open()) {
+        File.clear();
+        File.close();
+    }
+    return true;
+}
+
+bool FileTable::getFieldList()
+{
+    return beginFile() && readHeader();
+}
+
+bool FileTable::skipHeader()
+{
+    beginFile();
+    return true;
+}
+
+bool FileTable::readHeader()
+{
+    return true;
+}
+
+bool FileTable::readRecord()
+{
+    if (RecordEnd == newline) {
+        Line.resize(RecordLength);
+        File.getline(Line.data(), static_cast<std::streamsize>(RecordLength), '\n');
+    } else {
+        if (RecordLength == 0) {
+            return false;
+        }
+        Line.resize(RecordLength);
+        File.read(Line.data(), static_cast<std::streamsize>(RecordLength));
+    }
+    if (File.fail()) {
+        return false;
+    }
+    const std::string_view read(Line.data(), std::min(Line.size(), static_cast<std::size_t>(File.gcount())));
+    Record.assign(read.substr(0, read.find('\0')));
+    return true;
+}
+
+bool FileTable::fetchRecord()
+{
+    if (!readRecord()) {
+        return false;
+    }
+    extractContent(Record);
+    return !File.fail();
+}
+
+bool FileTable::extractContent(const std::string& record)
+{
+    sliceRecord(Fields, record, Trim, "src/db/filetable");
+    return true;
+}
+
+void FileTable::setFieldOffsets(std::string& line)
+{
+    Tokenizer positions;
+    positions.split(line, columnSeparators);
+    int previous = 0;
+    for (std::size_t i = 0; i < positions.tokens.size(); ++i) {
+        const int position = std::stoi(positions.getToken(i));
+        // Unsigned arithmetic: far-apart numbers wrap instead of overflowing.
+        const auto length = static_cast<int>(static_cast<unsigned int>(position) - static_cast<unsigned int>(previous));
+        // Deliberate: a column starts at its own number and is as wide as the distance before it.
+        TableField field("Field#" + std::to_string(i), UNKNOWN_TYPE, position, length, 0, false);
+        Fields.add(field);
+        previous = position;
+    }
+}
+
+void FileTable::seekTo(std::uint64_t position)
+{
+    File.clear();
+    File.seekg(static_cast<std::streamoff>(position), std::ios::beg);
+}
+
+bool FileTable::beginFile()
+{
+    if (!is_open()) {
+        return false;
+    }
+    seekTo(0);
+    return true;
+}
+
+bool FileTable::endFile()
+{
+    if (!is_open()) {
+        return false;
+    }
+    seekTo(endFilePosition);
+    return true;
+}
+
+bool FileTable::firstRecord()
+{
+    if (!is_open()) {
+        return false;
+    }
+    seekTo(HeaderLength);
+    return true;
+}
+
+bool FileTable::nextRecord()
+{
+    if (!is_open()) {
+        return false;
+    }
+    File.clear();
+    File.seekg(static_cast<std::streamoff>(RecordLength), std::ios::cur);
+    return true;
+}
+
+bool FileTable::lastRecord()
+{
+    if (!is_open()) {
+        return false;
+    }
+    File.clear();
+    File.seekg(-static_cast<std::streamoff>(RecordLength + 1), std::ios::end);
+    return true;
+}
+
+bool FileTable::goRecord(unsigned long n)
+{
+    if (!is_open()) {
+        return false;
+    }
+    const std::uint64_t before = n <= 1 ? 0 : n - 1;
+    if (Binary || RecordEnd != newline) {
+        seekTo(HeaderLength + before * RecordLength);
+        return true;
+    }
+    seekTo(HeaderLength);
+    for (std::uint64_t i = 0; i < before && readRecord(); ++i) {
+    }
+    return true;
+}
+
+}  // namespace kd_lib

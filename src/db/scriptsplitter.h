@@ -1,0 +1,33 @@
+/// \file
+/// Splitting an SQL script into statements.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kd_lib {
+
+/// Takes a script in blocks of any size and hands out its statements. A ";" outside single quotes ends
+/// a statement and belongs to it; a "#" outside them starts a comment, which ends with its line and
+/// leaves nothing; inside a comment quotes do not count.
+class ScriptSplitter {
+public:
+    /// Reads `block` up to the end of the next statement and removes what was read from its front.
+    /// True when a statement is complete: it is then `statement()` until the next call.
+    bool next(std::string_view& block);
+
+    /// The text gathered so far.
+    const std::string& statement() const { return Statement; }
+
+private:
+    void takeComment(std::string_view& block);
+    void takeQuoted(std::string_view& block);
+    bool takeOrdinary(std::string_view& block);
+
+    std::string Statement;
+    bool Complete = false;
+    bool InComment = false;
+    bool InQuote = false;
+};
+
+}  // namespace kd_lib

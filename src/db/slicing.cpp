@@ -1,0 +1,37 @@
+#include "slicing.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+namespace kd_lib {
+
+namespace {
+
+/// Not the standard macro: this check holds in optimised builds too.
+[[noreturn]] void stopOnAssertion(const char* expression, const char* unit, const char* function)
+{
+    std::fflush(nullptr);
+    std::fprintf(stderr, "%s: %s: Assertion `%s' failed.\n", unit, function, expression);
+    std::abort();
+}
+
+}  // namespace
+
+void sliceRecord(TableFields& fields, const std::string& record, bool trim, const char* unit)
+{
+    const std::string_view text = record;
+    for (TableField* field : fields.List) {
+        // A negative number becomes a huge one: such an offset lies behind every record's end, and such
+        // a length fails the assertion.
+        const auto offset = static_cast<std::size_t>(field->Offset);
+        const auto length = static_cast<std::size_t>(field->getLength());
+        const std::string_view slice = text.substr(offset, length);
+        if (slice.size() != length) {
+            stopOnAssertion("tmp_str.size() == Fields.get(f)->getLength()", unit, "extractContent");
+        }
+        field->Value.assign(trim ? rightTrimView(slice) : slice);
+    }
+}
+
+}  // namespace kd_lib

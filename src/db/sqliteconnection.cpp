@@ -1,0 +1,231 @@
+#include <kd_lib/sqliteconnection.h>
+
+#include "messages.h"
+#include "sqlitecalls.h"
+
+#include <kd_lib/console.h>
+#include <kd_lib/path.h>
+
+#include <unistd.h>
+
+namespace kd_lib {
+
+namespace {
+
+constexpr const char* inMemory = ":memory:";
+
+/// What stands for the type of a NULL: a value past the named types.
+constexpr int nullType = 15;
+
+}  // namespace
+
+SQLite3::SQLite3()
+{
+    engine = "SQLITE3";
+}
+
+SQLite3::~SQLite3()
+{
+    SQLite3::disconnect();
+    closeEverything();
+}
+
+bool SQLite3::isConnected() const
+{
+    return handle != nullptr;
+}
+
+bool SQLite3::isDisconnected() const
+{
+    return handle == nullptr;
+}
+
+void SQLite3::setError()
+{
+    const int code = isConnected() ? sqlite3_errcode(handle) : SQLITE_OK;
+    if (code != SQLITE_OK) {
+        errorText = sqlite3_errmsg(handle);
+        errorText += " [#" + std::to_string(code) + "]";
+        message(errorText);
+    }
+}
+
+bool SQLite3::succeeded(int code)
+{
+    if (code != SQLITE_OK) {
+        setError();
+    }
+    return code == SQLITE_OK;
+}
+
+bool SQLite3::disconnect()
+{
+    clearResults();
+    errorText.clear();
+    if (isConnected() && !succeeded(retriedWhileBusy([this] { return sqlite3_close_v2(handle); }))) {
+        return false;
+    }
+    database.clear();
+    handle = nullptr;
+    closeEverything();
+    return true;
+}
+
+void SQLite3::closeEverything()
+{
+    // A closed connection lives on until its last statement is gone.
+    sqlite3_finalize(statement);
+    statement = nullptr;
+    InResult = false;
+    for (sqlite3_stmt* halfRead : HalfRead) {
+        sqlite3_finalize(halfRead);
+    }
+    HalfRead.clear();
+    for (sqlite3* replaced : Replaced) {
+        sqlite3_close_v2(replaced);
+    }
+    Replaced.clear();
+}
+
+std::string SQLite3::databasePath(const std::string& name)
+{
+    std::string path = host;
+    checkHomePath(path);
+    addEndSlash(path);
+    return path + name;
+}
+
+bool SQLite3::openDatabase(const std::string& name, bool create, const std::string& encoding)
+{
+    if (name.empty()) {
+        return false;
+    }
+    const bool onDisk = name != inMemory;
+    const std::string path = onDisk ? databasePath(name) : name;
+    errorText.clear();
+    database.clear();
+    if (onDisk && !create && ::access(path.c_str(), F_OK) != 0) {
+        errorText = messages::databaseMissing;
+        message(errorText);
+        return false;
+    }
+    if (!encoding.empty()) {
+        // Deliberate: before the new connection is opened, so it reaches the one that was open before.
+        execute("PRAGMA encoding = " + encoding + ";");
+        finalize();
+    }
+    if (isConnected()) {
+        Replaced.push_back(handle);
+    }
+    const int flags = SQLITE_OPEN_READWRITE | (create || !onDisk ? SQLITE_OPEN_CREATE : 0);
+    if (!succeeded(sqlite3_open_v2(path.c_str(), &handle, flags, nullptr))) {
+        return false;
+    }
+    database = path;
+    return true;
+}
+
+bool SQLite3::useDatabase(const std::string& name)
+{
+    return openDatabase(name, false, "");
+}
+
+bool SQLite3::createDatabase(const std::string& name)
+{
+    return openDatabase(name, true, "");
+}
+
+bool SQLite3::attach(const std::string& path, const std::string& alias)
+{
+    if (isDisconnected()) {
+        errorText = messages::noMainDatabase;
+        message(errorText);
+        return false;
+    }
+    std::string expanded = path;
+    checkHomePath(expanded);
+    const bool attached = execute("ATTACH DATABASE " + inQuotes(expanded, '\'') + " AS " + alias + ";");
+    finalize();
+    return attached;
+}
+
+bool SQLite3::detach(const std::string& alias)
+{
+    const bool detached = execute("DETACH DATABASE " + alias + ";");
+    finalize();
+    return detached;
+}
+
+bool SQLite3::enableLoad()
+{
+    return false;
+}
+
+bool SQLite3::loadExtension(const std::string&)
+{
+    errorText = loadEnabled ? messages::loadingFailed : messages::loadingNotEnabled;
+    message(errorText);
+    return false;
+}
+
+bool SQLite3::getDatabaseList()
+{
+    databaseList.clear();
+    query("PRAGMA database_list;");
+    const bool listed = resultRows != 0;
+    while (listed && fetchRow()) {
+        addDatabase(queryColumns.getData(1));
+    }
+    finalize();
+    return listed;
+}
+
+bool SQLite3::getTableList()
+{
+    clearTableList();
+    query("SELECT name FROM sqlite_master WHERE type == 'table';");
+    const bool listed = resultRows != 0;
+    while (listed && fetchRow()) {
+        linkTable(queryColumns.getData(0));
+    }
+    finalize();
+    return listed;
+}
+
+bool SQLite3::getColumnList(std::string table)
+{
+    clearTableList();
+    query("PRAGMA table_info(" + table + ");");
+    const bool listed = resultRows != 0;
+    while (listed && fetchRow()) {
+    }
+    finalize();
+    return listed;
+}
+
+std::int64_t SQLite3::getRecords(const std::string& table)
+{
+    const std::int64_t count = SqlDatabase::getRecords(table);
+    finalize();
+    return count;
+}
+
+FIELD_TYPE SQLite3::convertFieldType(int storageClass)
+{
+    switch (storageClass) {
+    case SQLITE_INTEGER:
+        return INTEGER_TYPE;
+    case SQLITE_FLOAT:
+        return FLOAT_TYPE;
+    case SQLITE_TEXT:
+        return TEXT_TYPE;
+    case SQLITE_BLOB:
+        return BLOB_TYPE;
+    case SQLITE_NULL:
+        return static_cast<FIELD_TYPE>(nullType);
+    default:
+        return UNKNOWN_TYPE;
+    }
+}
+
+}  // namespace kd_lib

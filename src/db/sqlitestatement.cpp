@@ -1,0 +1,250 @@
+// The statement side of SQLite3.
+
+#include <kd_lib/sqliteconnection.h>
+
+#include "sqlitecalls.h"
+
+#include <kd_lib/console.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace kd_lib {
+
+void SQLite3::supersedeStatement()
+{
+    if (InResult) {
+        HalfRead.push_back(statement);
+    } else {
+        sqlite3_finalize(statement);
+    }
+    statement = nullptr;
+    InResult = false;
+}
+
+int SQLite3::step()
+{
+    FailureReported = false;
+    const int answer = sqlite3_step(statement);
+    InResult = answer == SQLITE_ROW;
+    return answer;
+}
+
+void SQLite3::reportFailedStep()
+{
+    // SQLite repeats the answer of a failed step when the statement is reset or finalised.
+    if (!FailureReported) {
+        setError();
+        FailureReported = true;
+    }
+}
+
+bool SQLite3::prepare(std::string sql)
+{
+    errorText.clear();
+    clearResults();
+    resultRows = 0;
+    rowsFetched = 0;
+    if (isDisconnected()) {
+        return false;
+    }
+    std::replace(sql.begin(), sql.end(), '`', '"');
+    supersedeStatement();
+    FailureReported = false;
+    // The length includes the zero byte at the end: SQLite copies texts that are given without it.
+    const auto length = static_cast<int>(sql.size() + 1);
+    if (!succeeded(sqlite3_prepare_v2(handle, sql.c_str(), length, &statement, nullptr))) {
+        clearResults();
+        return false;
+    }
+    return true;
+}
+
+bool SQLite3::execute()
+{
+    if (step() == SQLITE_DONE) {
+        resultRows = static_cast<std::uint64_t>(sqlite3_changes(handle));
+        return true;
+    }
+    reportFailedStep();
+    // Failed for good, also in the middle of a result: the rollback may close it.
+    InResult = false;
+    if (inTransaction) {
+        rollback();
+    }
+    clearResults();
+    finalize();
+    return false;
+}
+
+bool SQLite3::execute(const std::string& sql)
+{
+    if (!prepare(sql) || !execute()) {
+        return false;
+    }
+    resetResults();
+    return true;
+}
+
+bool SQLite3::query()
+{
+    columnCount = sqlite3_column_count(statement);
+    for (int i = 0; i < columnCount; ++i) {
+        const char* name = sqlite3_column_name(statement, i);
+        queryColumns.add(std::string(name != nullptr ? name : ""));
+    }
+    resultRows = 1;
+    return true;
+}
+
+bool SQLite3::query(const std::string& sql)
+{
+    return prepare(sql) && query();
+}
+
+bool SQLite3::fetchRow()
+{
+    switch (retriedWhileBusy([this] { return step(); })) {
+    case SQLITE_ERROR:
+        reportFailedStep();
+        return false;
+    case SQLITE_ROW:
+        break;
+    case SQLITE_DONE:
+        resultRows = rowsFetched;
+        endTransaction();
+        return false;
+    default:
+        return false;
+    }
+    const int columns = std::min(columnCount, static_cast<int>(queryColumns.size()));
+    for (int i = 0; i < columns; ++i) {
+        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, i));
+        queryColumns.List[static_cast<std::size_t>(i)]->Value.assign(text != nullptr ? text : "");
+    }
+    ++rowsFetched;
+    return true;
+}
+
+bool SQLite3::clearResults()
+{
+    SqlDatabase::clearResults();
+    return true;
+}
+
+bool SQLite3::resetResults()
+{
+    InResult = false;
+    const bool reset = sqlite3_reset(statement) == SQLITE_OK;
+    if (!reset) {
+        reportFailedStep();
+    }
+    return reset;
+}
+
+bool SQLite3::finalize()
+{
+    InResult = false;
+    // The statement is gone whatever the answer is, so a repeated call must not see it again.
+    const bool finalized = retriedWhileBusy([this] {
+        sqlite3_stmt* ending = statement;
+        statement = nullptr;
+        return sqlite3_finalize(ending);
+    }) == SQLITE_OK;
+    if (!finalized) {
+        reportFailedStep();
+    }
+    return finalized;
+}
+
+bool SQLite3::prepareInsert(const std::string& table)
+{
+    if (queryColumns.size() == 0) {
+        return false;
+    }
+    std::string names;
+    std::string parameters;
+    for (const TableField* column : queryColumns.List) {
+        const char* separator = names.empty() ? "" : ",";
+        names += separator;
+        names += column->Name;
+        parameters += separator;
+        parameters += ':';
+        parameters += column->Name;
+    }
+    return prepare("INSERT INTO " + stringToLower(table) + " (\n" + names + ") \n\tVALUES (" + parameters + ");\n");
+}
+
+bool SQLite3::preparedRecord(TableFields fields)
+{
+    if (fields.size() == 0) {
+        return false;
+    }
+    for (const TableField* field : fields.List) {
+        bind(field->Name, field->Value);
+    }
+    if (!execute()) {
+        errorMessage(errorText);
+        return false;
+    }
+    resetResults();
+    return true;
+}
+
+bool SQLite3::bind(int index, std::string value)
+{
+    return succeeded(sqlite3_bind_text(statement, index, value.c_str(), -1, SQLITE_TRANSIENT));
+}
+
+bool SQLite3::bind(int index, int value)
+{
+    return succeeded(sqlite3_bind_int(statement, index, value));
+}
+
+bool SQLite3::bind(int index, double value)
+{
+    if (std::isnan(value)) {
+        sqlite3_bind_null(statement, index);
+        return true;
+    }
+    return succeeded(sqlite3_bind_double(statement, index, value));
+}
+
+bool SQLite3::bind(const std::string& name, std::string value)
+{
+    return bind(sqlite3_bind_parameter_index(statement, name.c_str()), std::move(value));
+}
+
+bool SQLite3::bindNULL(int index)
+{
+    return sqlite3_bind_null(statement, index) == SQLITE_OK;
+}
+
+void SQLite3::beginTransaction()
+{
+    if (!inTransaction) {
+        SqlDatabase::beginTransaction();
+        finalize();
+    }
+}
+
+void SQLite3::endTransaction()
+{
+    if (inTransaction) {
+        SqlDatabase::endTransaction();
+        finalize();
+    }
+}
+
+void SQLite3::rollback()
+{
+    if (inTransaction) {
+        const std::string reason = errorText;
+        SqlDatabase::rollback();
+        finalize();
+        errorText = reason.empty() ? errorText : reason;
+    }
+}
+
+}  // namespace kd_lib

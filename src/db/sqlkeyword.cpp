@@ -1,0 +1,105 @@
+#include <kd_lib/sqlkeyword.h>
+
+#include <kd_lib/console.h>
+
+#include <algorithm>
+#include <iostream>
+
+namespace kd_lib {
+
+namespace {
+
+// Deliberate: the list follows no single dialect, and its unusual forms (ACCESIBLE, END-EXEC, SAVE_POINT,
+// STDEV_POP, STDEV_SAMP, FRAMEROW, MIDDLEINT, RAID0, X509) are its own.
+constexpr const char* reservedWords[] = {
+    "ABORT", "ABS", "ABSOLUTE", "ACCESIBLE", "ACTION", "ADD", "ADMIN", "AFTER", "AGGREGATE", "ALIAS", "ALL",
+    "ALLOCATE", "ALTER", "ANALYSE", "ANALYZE", "AND", "ANY", "ARE", "ARRAY", "AS", "ASC", "ASENSITIVE", "ASSERTION",
+    "ASYMMETRIC", "AT", "ATOMIC", "ATTACH", "AUTHORIZATION", "AUTOINCREMENT", "AVG", "BEFORE", "BEGIN", "BEGIN_FRAME",
+    "BEGIN_PARTITION", "BETWEEN", "BIGINT", "BINARY", "BIT", "BIT_LENGTH", "BLOB", "BOOLEAN", "BOTH", "BREADTH", "BY",
+    "CALL", "CALLED", "CARDINALITY", "CASCADE", "CASCADED", "CASE", "CAST", "CATALOG", "CEIL", "CEILING", "CHANGE",
+    "CHAR", "CHARACTER", "CHARACTER_LENGTH", "CHAR_LENGTH", "CHECK", "CLOSE", "COALESCE", "COLLATE", "COLLATION",
+    "COLLECT", "COLUMN", "COMMIT", "COMPLETION", "CONCURRENTLY", "CONDITION", "CONFLICT", "CONNECT", "CONNECTION",
+    "CONSTRAINT", "CONSTRAINTS", "CONSTRUCTOR", "CONTAINS", "CONTINUE", "CONVERT", "CORR", "CORRESPONDING", "COUNT",
+    "COVAR_POP", "CREATE", "CROSS", "CUBE", "CUME_DIST", "CURRENT", "CURRENT_CATALOG", "CURRENT_DATE",
+    "CURRENT_DEFAULT_TRANSFORM_GROUP", "CURRENT_PATH", "CURRENT_ROLE", "CURRENT_ROW", "CURRENT_SCHEMA",
+    "CURRENT_TIME", "CURRENT_TIMESTAMP", "CURRENT_TRANSFORM_GROUP_FOR_TYPE", "CURRENT_USER", "CURSOR", "CYCLE",
+    "DATABASE", "DATABASES", "DATALINK", "DATE", "DAY", "DAY_HOUR", "DAY_MICROSECOND", "DAY_MINUTE", "DAY_SECOND",
+    "DEALLOCATE", "DEC", "DECIMAL", "DECLARE", "DEFAULT", "DEFERRABLE", "DEFERRED", "DELAYED", "DELETE", "DENSE_RANK",
+    "DEPTH", "DEREF", "DESC", "DESCRIBE", "DESCRIPTOR", "DESTROY", "DESTRUCTOR", "DETACH", "DETERMINISTIC",
+    "DIAGNOSTICS", "DICTIONARY", "DISTINCT", "DISTINCTROW", "DIV", "DO", "DOMAIN", "DOUBLE", "DROP", "DUAL",
+    "DYNAMIC", "EACH", "ELEMENT", "ELSE", "ELSEIF", "ENCLOSED", "END", "END-EXEC", "EQUALS", "ESCAPE", "ESCAPED",
+    "EVERY", "EXCEPT", "EXCEPTION", "EXCLUSIVE", "EXEC", "EXECUTE", "EXISTS", "EXIT", "EXP", "EXPLAIN", "EXTERNAL",
+    "EXTRACT", "FAIL", "FALSE", "FETCH", "FILTER", "FLOAT", "FLOAT4", "FLOAT8", "FLOOR", "FOR", "FORCE", "FOREIGN",
+    "FOUND", "FRAMEROW", "FREE", "FREEZE", "FROM", "FULL", "FULLTEXT", "FUNCTION", "FUSION", "GENERAL", "GET", "GLOB",
+    "GLOBAL", "GO", "GOTO", "GRANT", "GROUP", "GROUPING", "HAVING", "HIGH_PRIORITY", "HOLD", "HOST", "HOUR",
+    "HOUR_MICROSECOND", "HOUR_MINUTE", "HOUR_SECOND", "IDENTITY", "IF", "IGNORE", "ILIKE", "IMMEDIATE", "IN", "INDEX",
+    "INDEXED", "INDICATOR", "INFILE", "INITIALIZE", "INITIALLY", "INNER", "INOUT", "INPUT", "INSENSITIVE", "INSERT",
+    "INT", "INT1", "INT2", "INT3", "INT4", "INT8", "INTEGER", "INTERSECT", "INTERSECTION", "INTERVAL", "INTO", "IS",
+    "ISNULL", "ISOLATION", "ITERATE", "JOIN", "KEY", "KEYS", "KILL", "LANGUAGE", "LARGE", "LAST", "LATERAL",
+    "LEADING", "LEAVE", "LEFT", "LESS", "LIKE", "LIMIT", "LINEAR", "LINES", "LN", "LOAD", "LOCAL", "LOCALTIME",
+    "LOCALTIMESTAMP", "LOCATOR", "LOCK", "LONG", "LONGBLOB", "LONGTEXT", "LOOP", "LOWER", "LOW_PRIORITY", "MAP",
+    "MASTER_SSL_VERIFY_SERVER_CERT", "MATCH", "MAX", "MAXVALUE", "MEDIUMBLOB", "MEDIUMINT", "MEDIUMTEXT", "MEMBER",
+    "MERGE", "METHOD", "MIDDLEINT", "MIN", "MINUTE", "MINUTE_MICROSECOND", "MINUTE_SECOND", "MOD", "MODIFIES",
+    "MODIFY", "MODULE", "MONTH", "MULTISET", "NAMES", "NATIONAL", "NATURAL", "NCHAR", "NCLOB", "NEW", "NEXT", "NO",
+    "NONE", "NORMALIZE", "NOT", "NOTNULL", "NO_WRITE_TO_BINLOG", "NULL", "NULLIF", "NUMERIC", "OBJECT", "OF", "OFF",
+    "OFFSET", "OLD", "ON", "ONLY", "OPEN", "OPERATION", "OPTIMIZE", "OPTION", "OPTIONALLY", "OR", "ORDER",
+    "ORDINALITY", "OUT", "OUTER", "OUTFILE", "OUTPUT", "OVER", "OVERLAPS", "OVERLAY", "PAD", "PARAMETER",
+    "PARAMETERS", "PARTIAL", "PARTITION", "PATH", "PERCENTILE_CONT", "PERCENTILE_DISC", "PERCENT_RANK", "PLACING",
+    "PLAN", "POSITION", "POSTFIX", "POWER", "PRAGMA", "PRECISION", "PREFIX", "PREORDER", "PREPARE", "PRESERVE",
+    "PRIMARY", "PRIOR", "PRIVILEGES", "PROCEDURE", "PUBLIC", "PURGE", "QUERY", "RAID0", "RAISE", "RANGE", "RANK",
+    "READ", "READS", "REAL", "RECURSIVE", "REF", "REFERENCES", "REFERENCING", "REGEXP", "REGR_AVGX", "REGR_AVGY",
+    "REGR_COUNT", "REGR_INTERCEPT", "REGR_R2", "REGR_SLOPE", "REGR_SXX", "REGR_SYY", "REINDEX", "RELEASE", "RENAME",
+    "REPEAT", "REPLACE", "REQUIRE", "RESIGNAL", "RESTRICT", "RESULT", "RETURN", "RETURNING", "RETURNS", "REVOKE",
+    "RIGHT", "RLIKE", "ROLE", "ROLLBACK", "ROLLUP", "ROUTINE", "ROW", "ROWS", "ROW_NUMBER", "SAVEPOINT", "SAVE_POINT",
+    "SCHEMA", "SCHEMAS", "SCOPE", "SCROLL", "SEARCH", "SECOND", "SECOND_MICROSECOND", "SECTION", "SELECT",
+    "SENSITIVE", "SEPARATOR", "SEQUENCE", "SESSION", "SESSION_USER", "SET", "SETS", "SHOW", "SIGNAL", "SIMILAR",
+    "SIZE", "SMALLINT", "SOME", "SONAME", "SPACE", "SPATIAL", "SPECIFIC", "SPECIFICTYPE", "SQL", "SQLCODE",
+    "SQLERROR", "SQLEXCEPTION", "SQLSTATE", "SQLWARNING", "SQL_BIG_RESULT", "SQL_CALC_FOUND_ROWS", "SQL_SMALL_RESULT",
+    "SQRT", "SSL", "START", "STARTING", "STATE", "STATEMENT", "STATIC", "STDEV_POP", "STDEV_SAMP", "STRAIGHT_JOIN",
+    "STRUCTURE", "SUBMULTISET", "SUBSTRING", "SUM", "SYMMETRIC", "SYSTEM", "SYSTEM_USER", "TABLE", "TABLES",
+    "TABLESAMPLE", "TEMP", "TEMPORARY", "TERMINATE", "TERMINATED", "THAN", "THEN", "TIME", "TIMESTAMP",
+    "TIMEZONE_HOUR", "TIMEZONE_MINUTE", "TINYBLOB", "TINYINT", "TINYTEXT", "TO", "TRAILING", "TRANSACTION",
+    "TRANSLATE", "TRANSLATION", "TREAT", "TRIGGER", "TRIM", "TRUE", "UESCAPE", "UNDER", "UNDO", "UNION", "UNIQUE",
+    "UNKNOWN", "UNLOCK", "UNNEST", "UNSIGNED", "UPDATE", "UPGRADE", "UPPER", "USAGE", "USE", "USER", "USING",
+    "UTC_DATE", "UTC_TIME", "UTC_TIMESTAMP", "VACUUM", "VALUE", "VALUES", "VARBINARY", "VARCHAR", "VARCHARACTER",
+    "VARIABLE", "VARIADIC", "VARYING", "VAR_POP", "VAR_SAMP", "VERBOSE", "VIEW", "VIRTUAL", "WHEN", "WHENEVER",
+    "WHERE", "WHILE", "WIDTH_BUCKET", "WINDOW", "WITH", "WITHIN", "WITHOUT", "WRITE", "X509", "XOR", "YEAR",
+    "YEAR_MONTH", "ZEROFILL", "ZONE",
+};
+
+}  // namespace
+
+SqlKeyword::SqlKeyword()
+{
+    createList();
+}
+
+void SqlKeyword::createList()
+{
+    keywords.assign(std::begin(reservedWords), std::end(reservedWords));
+    std::sort(keywords.begin(), keywords.end(), vector_key<std::string>());
+}
+
+bool SqlKeyword::isReserved(const std::string& word) const
+{
+    return std::find(keywords.begin(), keywords.end(), word) != keywords.end();
+}
+
+void SqlKeyword::checkReserved(std::vector<TableField*>& fields) const
+{
+    for (TableField* field : fields) {
+        const std::string upper = stringToUpper(field->Name);
+        const std::string lower = stringToLower(upper);
+        // The lookup ends at a zero byte, as a C string does.
+        if (!isReserved(upper.c_str())) {
+            field->Name = lower;
+            continue;
+        }
+        if (isVerbose()) {
+            std::cout << "\t Field name " << upper << " is a reserved SQL keyword" << std::endl;
+        }
+        field->Name = inQuotes(lower, quoteChar);
+    }
+}
+
+}  // namespace kd_lib

@@ -1,0 +1,185 @@
+#include <kd_lib/xbase2sql.h>
+
+#include "messages.h"
+
+#include <kd_lib/console.h>
+#include <kd_lib/path.h>
+#include <kd_lib/sqlliteral.h>
+
+#include <fstream>
+
+namespace kd_lib {
+
+namespace {
+
+/// The script is written in blocks of about this size.
+constexpr std::size_t blockSize = 65536;
+
+void appendNames(std::string& sql, const TableFields& fields, const char* before)
+{
+    const char* separator = "";
+    for (const TableField* field : fields.List) {
+        sql += separator;
+        sql += before;
+        sql += field->Name;
+        separator = ",";
+    }
+}
+
+std::string placeholder(const std::string& dialect, std::size_t index)
+{
+    return dialect == "postgresql" ? '$' + std::to_string(index) : "?";
+}
+
+/// Gathers whole statements and writes them in blocks. What is complete is written even when an
+/// exception of a later statement passes.
+class StatementWriter {
+public:
+    explicit StatementWriter(std::ostream& out) : Out(out) {}
+    ~StatementWriter() { write(); }
+    StatementWriter(const StatementWriter&) = delete;
+    StatementWriter& operator=(const StatementWriter&) = delete;
+
+    std::string Block;  ///< statements are appended here
+
+    /// The block ends with a whole statement.
+    void statementEnds()
+    {
+        Complete = Block.size();
+        if (Complete >= blockSize) {
+            write();
+        }
+    }
+
+private:
+    void write()
+    {
+        Out.write(Block.data(), static_cast<std::streamsize>(Complete));
+        Block.clear();
+        Complete = 0;
+    }
+
+    std::ostream& Out;
+    std::size_t Complete = 0;
+};
+
+}  // namespace
+
+xBase2Sql::xBase2Sql() = default;
+
+xBase2Sql::xBase2Sql(const std::string& name) : xBaseTable(name) {}
+
+xBase2Sql::~xBase2Sql() = default;
+
+bool xBase2Sql::openWithHeader()
+{
+    if (!is_open() && !open()) {
+        errorMessage(messages::tableNotOpen);
+        return false;
+    }
+    if (Fields.size() == 0) {
+        readHeader();
+    }
+    return true;
+}
+
+std::string xBase2Sql::createTable(bool dropFirst)
+{
+    if (!openWithHeader()) {
+        return messages::tableNotOpenResult;
+    }
+    const std::string table = stringToLower(Name);
+    std::string sql;
+    if (dropFirst) {
+        sql += "DROP TABLE IF EXISTS " + table + ";\n";
+    }
+    sql += "CREATE TABLE IF NOT EXISTS " + table + " (\n";
+    if (!KeyColumn.empty()) {
+        sql += KeyColumn + " INTEGER  PRIMARY KEY AUTOINCREMENT,\n";
+    }
+    for (std::size_t i = 0; i < Fields.size(); ++i) {
+        sql += convertField2Sql(*Fields.List[i]);
+        sql += i + 1 < Fields.size() ? ",\n" : "\n";
+    }
+    return sql + ");\n";
+}
+
+std::string xBase2Sql::prepareInsert(const std::string& dialect)
+{
+    std::string sql = "INSERT INTO " + stringToLower(Name) + " (";
+    // Deliberate: the colons belong to the names, not to the placeholders.
+    appendNames(sql, Fields, dialect == "sqlite" ? ":" : "");
+    sql += ")\n VALUES (";
+    for (std::size_t i = 0; i < Fields.size(); ++i) {
+        sql += i > 0 ? "," : "";
+        sql += placeholder(dialect, i);
+    }
+    return sql + ");\n";
+}
+
+std::string xBase2Sql::insertLead() const
+{
+    std::string sql = "INSERT INTO " + stringToLower(Name) + "(";
+    appendNames(sql, Fields, "");
+    return sql + ") \n VALUES (";
+}
+
+void xBase2Sql::appendInsert(std::string& sql, const std::string& lead) const
+{
+    sql += lead;
+    for (std::size_t i = 0; i < Fields.size(); ++i) {
+        if (i > 0) {
+            sql += ',';
+        }
+        appendValue2Sql(sql, *Fields.List[i]);
+    }
+    sql += ");\n";
+}
+
+std::string xBase2Sql::insert()
+{
+    std::string sql;
+    appendInsert(sql, insertLead());
+    return sql;
+}
+
+void xBase2Sql::writeRecords(std::ostream& out)
+{
+    const std::string lead = insertLead();
+    StatementWriter writer(out);
+    firstRecord();
+    while (out && fetchRecord()) {
+        appendInsert(writer.Block, lead);
+        writer.statementEnds();
+    }
+}
+
+void xBase2Sql::writeScript(std::ostream& out)
+{
+    const std::string definition = createTable(true);
+    out.write(definition.data(), static_cast<std::streamsize>(definition.size()));
+    if (InsertRecords && is_open()) {
+        writeRecords(out);
+    }
+}
+
+std::string xBase2Sql::convert()
+{
+    std::string path = Path;
+    addEndSlash(path);
+    path += Name + ".sql";
+    checkHomePath(path);
+    if (!openWithHeader()) {
+        return "";
+    }
+    std::ofstream script(path);
+    if (!script.is_open()) {
+        return "";
+    }
+    writeScript(script);
+    close();
+    script.close();
+    return path;
+}
+
+}  // namespace kd_lib

@@ -1,0 +1,242 @@
+#include <kd_lib/xbasetable.h>
+
+#include "messages.h"
+
+#include <kd_lib/byteorder.h>
+#include <kd_lib/console.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdint>
+#include <cstring>
+#include <sstream>
+
+namespace kd_lib {
+
+namespace {
+
+// The file header.
+constexpr std::size_t headerSize = 32;
+constexpr std::size_t versionAt = 0;
+constexpr std::size_t yearAt = 1;
+constexpr std::size_t monthAt = 2;
+constexpr std::size_t dayAt = 3;
+constexpr std::size_t recordCountAt = 4;
+constexpr std::size_t headerLengthAt = 8;
+constexpr std::size_t recordLengthAt = 10;
+constexpr int yearBase = 1900;
+
+// A field descriptor.
+constexpr std::size_t descriptorSize = 32;
+constexpr std::size_t nameWidth = 11;
+constexpr std::size_t typeAt = 11;
+constexpr std::size_t lengthAt = 16;
+constexpr std::size_t decimalsAt = 17;
+constexpr std::size_t flagAt = 31;
+constexpr unsigned char indexedFlag = 1;
+
+// A record.
+constexpr char deletionMark = '*';
+constexpr int firstFieldOffset = 1;
+
+unsigned char byteAt(const char* bytes, std::size_t position)
+{
+    return static_cast<unsigned char>(bytes[position]);
+}
+
+short shortAt(const char* bytes, std::size_t position)
+{
+    short raw = 0;
+    std::memcpy(&raw, bytes + position, sizeof raw);
+    return rotate2b(raw);
+}
+
+unsigned int unsignedAt(const char* bytes, std::size_t position)
+{
+    unsigned int raw = 0;
+    std::memcpy(&raw, bytes + position, sizeof raw);
+    return rotate4b(raw);
+}
+
+std::uint64_t signExtended(short value)
+{
+    return static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
+}
+
+void blankUnprintable(char* begin, const char* end)
+{
+    for (char* byte = begin; byte != end; ++byte) {
+        if (std::isprint(static_cast<unsigned char>(*byte)) == 0) {
+            *byte = ' ';
+        }
+    }
+}
+
+/// True when all eight bytes are 0x20 to 0x7E, which are printable in every locale.
+bool allPlain(std::uint64_t eightBytes)
+{
+    constexpr std::uint64_t ones = 0x0101010101010101U;
+    constexpr std::uint64_t highBits = 0x8080808080808080U;
+    const std::uint64_t low = eightBytes & ~highBits;
+    const std::uint64_t atLeastBlank = low + ones * (0x80 - 0x20);
+    const std::uint64_t delete7F = low + ones;
+    return ((atLeastBlank & ~delete7F & ~eightBytes) & highBits) == highBits;
+}
+
+/// Replaces what isprint rejects by blanks.
+void makePrintable(std::string& record)
+{
+    char* byte = record.data();
+    char* const end = byte + record.size();
+    for (std::uint64_t eightBytes = 0; end - byte >= static_cast<std::ptrdiff_t>(sizeof eightBytes);
+         byte += sizeof eightBytes) {
+        std::memcpy(&eightBytes, byte, sizeof eightBytes);
+        if (!allPlain(eightBytes)) {
+            blankUnprintable(byte, byte + sizeof eightBytes);
+        }
+    }
+    blankUnprintable(byte, end);
+}
+
+}  // namespace
+
+xBaseTable::xBaseTable()
+{
+    Extension = "dbf";
+    Binary = true;
+    RecordLength = 0;
+    RecordEnd = 0;
+}
+
+xBaseTable::xBaseTable(const std::string& name) : xBaseTable()
+{
+    Name = name;
+}
+
+xBaseTable::~xBaseTable() = default;
+
+bool xBaseTable::skipHeader()
+{
+    if (!is_open()) {
+        return false;
+    }
+    File.clear();
+    File.seekp(static_cast<std::streamoff>(HeaderLength), std::ios::beg);
+    return true;
+}
+
+bool xBaseTable::readHeader()
+{
+    if (!is_open()) {
+        return false;
+    }
+    Fields.clearList();
+    beginFile();
+    std::array<char, headerSize> header{};
+    File.read(header.data(), headerSize);
+    if (File.gcount() == 0) {
+        return false;
+    }
+    Version = byteAt(header.data(), versionAt);
+    RecordLength = signExtended(shortAt(header.data(), recordLengthAt));
+    LastUpdate = std::to_string(byteAt(header.data(), yearAt) + yearBase) +
+                 std::to_string(byteAt(header.data(), monthAt)) + std::to_string(byteAt(header.data(), dayAt));
+    const short length = shortAt(header.data(), headerLengthAt);
+    const int fieldCount = length / static_cast<int>(descriptorSize) - 1;
+    // A negative count asks for more than any vector holds: its exception tells the caller.
+    Fields.List.reserve(static_cast<std::size_t>(fieldCount));
+    RecordCount = unsignedAt(header.data(), recordCountAt);
+    HeaderLength = signExtended(length);
+    readDescriptors(fieldCount);
+    File.get();
+    return true;
+}
+
+void xBaseTable::readDescriptors(int count)
+{
+    int offset = firstFieldOffset;
+    for (int i = 0; i < count; ++i) {
+        std::array<char, descriptorSize> descriptor{};
+        File.read(descriptor.data(), descriptorSize);
+        const std::string name(descriptor.data(), ::strnlen(descriptor.data(), nameWidth));
+        const int length = byteAt(descriptor.data(), lengthAt);
+        TableField field(name, convertXbaseFieldType(byteAt(descriptor.data(), typeAt)), offset, length,
+                         byteAt(descriptor.data(), decimalsAt), byteAt(descriptor.data(), flagAt) == indexedFlag);
+        Fields.add(field);
+        offset += length;
+    }
+}
+
+FIELD_TYPE xBaseTable::convertXbaseFieldType(unsigned char letter)
+{
+    switch (letter) {
+    case 'C':
+        return CHAR_TYPE;
+    case 'D':
+        return DATE_TYPE;
+    case 'F':
+        return FLOAT_TYPE;
+    case 'L':
+        return BOOLEAN_TYPE;
+    case 'M':
+        return MEMO_TYPE;
+    case 'N':
+        return INTEGER_TYPE;
+    case 'P':
+        return BLOB_TYPE;
+    default:
+        return UNKNOWN_TYPE;
+    }
+}
+
+bool xBaseTable::convertBoolean(const std::string& value)
+{
+    const char first = value.empty() ? ' ' : value.front();
+    return first != 'F' && first != 'f' && first != 'N' && first != 'n';
+}
+
+bool xBaseTable::fetchRecord()
+{
+    if (!is_open()) {
+        errorMessage(messages::tableNotOpen);
+        return false;
+    }
+    if (RecordLength == 0) {
+        return false;
+    }
+    Record.resize(RecordLength);
+    File.read(Record.data(), static_cast<std::streamsize>(RecordLength));
+    if (File.fail()) {
+        std::fill(Record.begin() + File.gcount(), Record.end(), ' ');
+    }
+    makePrintable(Record);
+    Deleted = Record.front() == deletionMark;
+    if (Deleted && !ReadDeleted) {
+        return true;
+    }
+    if (!File.fail()) {
+        extractContent(Record);
+    }
+    return File.good();
+}
+
+void xBaseTable::showHeader()
+{
+    std::ostringstream text;
+    text << "Header information\n"
+         << "------------------\n"
+         << "Database      : " << Path << '\n'
+         << "Table         : " << Name << '\n'
+         << "xBase version : " << Version << '\n'
+         << "Header length : " << HeaderLength << '\n'
+         << "Fields        : " << Fields.size() << '\n'
+         << "Last update   : " << LastUpdate << '\n'
+         << "Records       : " << RecordCount << '\n'
+         << '\n';
+    display(text.str());
+    Fields.show();
+    message("\n");
+}
+
+}  // namespace kd_lib

@@ -1,0 +1,139 @@
+#include <kd_lib/text.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+namespace kd_lib {
+
+namespace {
+
+bool isBlank(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+char lowerLetter(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+char upperLetter(char c)
+{
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+bool equalsInAnyCase(std::string_view s, std::string_view lower)
+{
+    return std::equal(s.begin(), s.end(), lower.begin(), lower.end(),
+                      [](char a, char b) { return lowerLetter(a) == b; });
+}
+
+}  // namespace
+
+std::string stringToLower(const std::string& s)
+{
+    std::string lower = s;
+    std::transform(lower.begin(), lower.end(), lower.begin(), lowerLetter);
+    return lower;
+}
+
+std::string stringToUpper(const std::string& s)
+{
+    std::string upper = s;
+    std::transform(upper.begin(), upper.end(), upper.begin(), upperLetter);
+    return upper;
+}
+
+std::string_view rightTrimView(std::string_view s)
+{
+    // Fixed-width fields end in long runs of blanks: these go eight at a time.
+    constexpr std::uint64_t eightBlanks = 0x2020202020202020U;
+    std::size_t size = s.size();
+    for (std::uint64_t last = 0; size >= sizeof last; size -= sizeof last) {
+        std::memcpy(&last, s.data() + size - sizeof last, sizeof last);
+        if (last != eightBlanks) {
+            break;
+        }
+    }
+    while (size > 0 && isBlank(s[size - 1])) {
+        --size;
+    }
+    return s.substr(0, size);
+}
+
+std::string_view allTrimView(std::string_view s)
+{
+    s = rightTrimView(s);
+    while (!s.empty() && isBlank(s.front())) {
+        s.remove_prefix(1);
+    }
+    return s;
+}
+
+std::string allTrim(const std::string& s)
+{
+    return std::string(allTrimView(s));
+}
+
+std::string rightTrim(const std::string& s)
+{
+    return std::string(rightTrimView(s));
+}
+
+std::string leftPad(const std::string& s, int width, char pad)
+{
+    const std::size_t wanted = width > 0 ? static_cast<std::size_t>(width) : 0;
+    std::string padded(wanted > s.size() ? wanted - s.size() : 0, pad);
+    padded += s;
+    return padded;
+}
+
+std::string replicateChar(int ch, int count)
+{
+    return std::string(count > 0 ? static_cast<std::size_t>(count) : 0, static_cast<char>(ch));
+}
+
+std::string replaceChar(const std::string& s, int from, int to)
+{
+    std::string replaced = s;
+    std::replace(replaced.begin(), replaced.end(), static_cast<char>(from), static_cast<char>(to));
+    return replaced;
+}
+
+std::string inQuotes(const std::string& s, char q)
+{
+    std::string quoted;
+    quoted.reserve(s.size() + 2);
+    quoted += q;
+    for (const char c : s) {
+        if (c == q) {
+            quoted += q;
+        }
+        quoted += c;
+    }
+    quoted += q;
+    return quoted;
+}
+
+std::string removeQuotes(const std::string& s)
+{
+    const bool enclosed = s.size() >= 2 && s.front() == s.back() && (s.front() == '"' || s.front() == '\'');
+    return enclosed ? s.substr(1, s.size() - 2) : s;
+}
+
+bool stringToBool(const std::string& s)
+{
+    const std::string_view word = allTrimView(s);
+    if (word.size() == 1) {
+        return word == "1" || lowerLetter(word[0]) == 't' || lowerLetter(word[0]) == 'y';
+    }
+    return equalsInAnyCase(word, "true") || equalsInAnyCase(word, "yes");
+}
+
+bool findStrings(const std::string& s, std::vector<std::string> list)
+{
+    return std::find(list.begin(), list.end(), s) != list.end();
+}
+
+}  // namespace kd_lib
