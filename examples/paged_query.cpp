@@ -1,0 +1,30 @@
+// A result as a paged table on the console.
+#include <kd_lib/sqliteconnection.h>
+
+#include <iostream>
+
+int main()
+{
+    kd_lib::SQLite3 numbers;
+    numbers.createDatabase(":memory:");
+    numbers.execute("CREATE TABLE number (n INTEGER, square INTEGER)");
+    numbers.execute("WITH RECURSIVE up(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM up WHERE n < 30) "
+                    "INSERT INTO number SELECT n, n * n FROM up");
+    std::cout << numbers.getRecords("number") << " records\n";
+
+    // The listing asks whether to go on once more than pageRows values have been printed. On a terminal
+    // that is a prompt; this program is tested with the two lines "" and "q" as its input, so that it
+    // goes on once and then stops.
+    numbers.pageRows = 10;
+    if (!numbers.query("SELECT n, square FROM number ORDER BY n")) {
+        return 1;
+    }
+
+    // The columns of a query have no width of their own. Give them one, and they are padded and ruled.
+    for (kd_lib::TableField* column : numbers.queryColumns.List) {
+        column->Length = 6;
+    }
+    numbers.queryResults();
+    numbers.finalize();  // the result was left in its middle
+    return 0;
+}
