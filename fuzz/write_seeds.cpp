@@ -1,0 +1,157 @@
+// Writes the first inputs of every target: write_seeds FOLDER makes FOLDER/<target>/<number>.
+// The settings of a target are the last bytes of its input.
+
+#include "support/dbf_builder.h"
+#include "support/mem_builder.h"
+
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <iostream>
+#include <string>
+
+namespace {
+
+/// The seeds of one target.
+class Seeds {
+public:
+    Seeds(const std::filesystem::path& corpus, const std::string& target) : Folder(corpus / target)
+    {
+        std::filesystem::create_directories(Folder);
+    }
+
+    void add(const std::string& content, std::initializer_list<int> settings)
+    {
+        std::string bytes = content;
+        for (const int setting : settings) {
+            bytes += static_cast<char>(setting);
+        }
+        std::ofstream out(Folder / std::to_string(Count), std::ios::binary);
+        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        ++Count;
+    }
+
+private:
+    std::filesystem::path Folder;
+    int Count = 0;
+};
+
+std::string stockTable()
+{
+    kd_test::DbfBuilder builder({{"NAME", 'C', 10}, {"PRICE", 'N', 8, 2}, {"BOUGHT", 'D', 8}, {"OPEN", 'L', 1}});
+    builder.record({"bolt", "    1.25", "20240305", "T"});
+    builder.deletedRecord({"nut's", "    0.30", "", "F"});
+    builder.record({"washer", "", "20231231", "?"});
+    return builder.bytes();
+}
+
+std::string allTypesTable()
+{
+    kd_test::DbfBuilder builder({{"C", 'C', 3}, {"D", 'D', 8}, {"F", 'F', 4, 1}, {"L", 'L', 1}, {"M", 'M', 10},
+                                 {"N", 'N', 5}, {"P", 'P', 10}, {"X", 'X', 2, 0, 1}});
+    builder.record({"c1", "20240101", "1.5", "Y", "", "7", "p1", "x1"});
+    builder.record({"c2", "20240202", "2.5", "N", "12", "8", "p2", "x2"});
+    return builder.bytes();
+}
+
+std::string narrowRecords()
+{
+    kd_test::DbfBuilder builder({{"A", 'C', 4}, {"B", 'C', 4}});
+    builder.record({"r1c1", "r1c2"}).record({"r2c1", "r2c2"});
+    builder.recordLength = 6;
+    builder.terminator = false;
+    builder.endMark = false;
+    return builder.bytes();
+}
+
+void writeXbaseSeeds(const std::filesystem::path& corpus, const std::string& target)
+{
+    Seeds seeds(corpus, target);
+    for (int settings = 0; settings < 4; ++settings) {
+        seeds.add(stockTable(), {settings});
+        seeds.add(allTypesTable(), {settings});
+        seeds.add(narrowRecords(), {settings});
+    }
+    seeds.add(stockTable().substr(0, 50), {0});
+    seeds.add("", {});
+}
+
+void writeMemorySeeds(const std::filesystem::path& corpus)
+{
+    Seeds seeds(corpus, "memory_fuzz");
+    const std::string text = kd_test::memEntry("TITLE", 'C', 6, 0, std::string("Hello\0", 6));
+    const std::string number = kd_test::memEntry("COUNT", 'N', 10, 2, "  42.50@");
+    const std::string date = kd_test::memEntry("TODAY", 'D', 8, 0, "20240305");
+    const std::string logical = kd_test::memEntry("READY", 'L', 1, 0, "T");
+    seeds.add(text + number + date + logical + '\x1A', {});
+    seeds.add(kd_test::memEntry("LONG", 'C', 255, 0, std::string(255, 'x')) + text, {});
+    seeds.add(number.substr(0, 36), {});
+}
+
+/// Settings: record length, then flags.
+void writePositionalSeeds(const std::filesystem::path& corpus)
+{
+    Seeds seeds(corpus, "positional_fuzz");
+    const std::string lines = "....bolt   blue  M8\n....nut    red   M6\r\n\nlast line without an end";
+    seeds.add("4|11|17\n" + lines, {0, 1});
+    seeds.add("2;4:6\n" + lines, {20, 0});
+    seeds.add("1|2\nabcdefghijkl", {4, 4});
+    seeds.add("8|x|12\n" + lines, {0, 3});
+    seeds.add("-1|2147483647|-2147483648\n" + lines, {0, 0});
+}
+
+/// Settings: record length, mode, flags.
+void writeDelimitedSeeds(const std::filesystem::path& corpus)
+{
+    Seeds seeds(corpus, "delimited_fuzz");
+    seeds.add("name|price|place\nbolt|1.25|left\nnut|0.30\nwasher||right|more\n", {0, 0, 0});
+    seeds.add("\"Name\",Price\r\n\"bolt, long\",1.25\r\n", {0, 1, 2});
+    seeds.add("a\tb\tc\n1\t2\t3\n\n4\t5\t6", {0, 2, 0});
+    seeds.add("# note\nr1c1;r1c2\nr2c1;r2c2\n", {12, 3 + 4 * ';', 8 + 1});
+    seeds.add("fixed,lines", {5, 1, 4 + 1});
+}
+
+/// Settings: block size.
+void writeScriptSeeds(const std::filesystem::path& corpus)
+{
+    Seeds seeds(corpus, "script_fuzz");
+    seeds.add("CREATE TABLE t (a, b);\nINSERT INTO t VALUES ('r1;c1', 1);\n# note; it's nothing\nSELECT * FROM t;\n", {3});
+    seeds.add("BEGIN; CREATE TABLE `order` (`select` int); INSERT INTO `order` VALUES (7); COMMIT;", {0});
+    seeds.add(";;\n;SELEC;", {1});
+    seeds.add("SELECT 'open", {15});
+    seeds.add("SELECT 1, 'two', NULL, x'00ff', 2.5", {7});
+    seeds.add("CREATE TABLE t (a PRIMARY KEY); BEGIN; INSERT INTO t VALUES (1); INSERT INTO t VALUES (1); COMMIT;", {2});
+    seeds.add("WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT x FROM c", {2});
+    seeds.add("DROP TABLE IF EXISTS t; CREATE TABLE t (a int); UPDATE t SET a = a + 1; DELETE FROM t; ROLLBACK;", {9});
+}
+
+/// Settings: length, type.
+void writeLiteralSeeds(const std::filesystem::path& corpus)
+{
+    Seeds seeds(corpus, "literal_fuzz");
+    const char* const values[] = {"", "   ", "it's", "'quoted'", "20240305", "2024-03-05 11:12:13", "101112", "12345", "T", "\t7.5 "};
+    for (const char* value : values) {
+        for (int type = 0; type < 17; ++type) {
+            seeds.add(value, {12, type});
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 2) {
+        std::cerr << "usage: write_seeds FOLDER\n";
+        return 2;
+    }
+    const std::filesystem::path corpus = argv[1];
+    writeXbaseSeeds(corpus, "xbase_fuzz");
+    writeXbaseSeeds(corpus, "convert_fuzz");
+    writeMemorySeeds(corpus);
+    writePositionalSeeds(corpus);
+    writeDelimitedSeeds(corpus);
+    writeScriptSeeds(corpus);
+    writeLiteralSeeds(corpus);
+    return 0;
+}
