@@ -1,0 +1,63 @@
+# For the scripts of this folder. SCRATCH is the folder that a script works in, empty at its start.
+set -euo pipefail
+
+top=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+rm -rf "$SCRATCH"
+mkdir -p "$SCRATCH"
+cd "$SCRATCH"
+
+fail()
+{
+    echo "$*" >&2
+    exit 1
+}
+
+# quietly COMMAND...: shows what the command says only where it fails.
+quietly()
+{
+    "$@" >command.log 2>&1 || { cat command.log >&2; fail "failed: $*"; }
+}
+
+# expectOutput PROGRAM: the output of examples/consumer, byte for byte.
+expectOutput()
+{
+    local expected=$'item price\nsaw 8.75\nhammer 12.5\nkd_lib 1.1\n.'
+    local output
+    output=$("$1" </dev/null && echo .) || fail "$1 failed"
+    [ "$output" = "$expected" ] || fail "$1 printed: $output"
+}
+
+# installLibraries BUILD_TREE PREFIX: what a client needs, without the program.
+installLibraries()
+{
+    local component
+    for component in kd_udf kd_db development; do
+        quietly cmake --install "$1" --prefix "$2" --component $component
+    done
+}
+
+# consume PREFIX shared|static: builds and runs examples/consumer against an installed tree, by CMake and by
+# pkg-config.
+consume()
+{
+    local prefix=$1 kind=$2 make_flags=()
+    [ "$kind" = shared ] || make_flags=(STATIC=1)
+
+    rm -rf by-cmake by-pkg-config
+    quietly cmake -S "$top/examples/consumer" -B by-cmake -G Ninja -DCMAKE_PREFIX_PATH="$prefix"
+    quietly cmake --build by-cmake
+    expectOutput by-cmake/consumer
+
+    cp -r "$top/examples/consumer" by-pkg-config
+    PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name kd_db.pc)") quietly make -C by-pkg-config "${make_flags[@]}"
+    LD_LIBRARY_PATH=$(dirname "$(find "$prefix" -name 'libkd_db.*' -print -quit)") expectOutput by-pkg-config/consumer
+
+    local program
+    for program in by-cmake/consumer by-pkg-config/consumer; do
+        if [ "$kind" = shared ]; then
+            readelf -d $program | grep -q 'NEEDED.*libkd_db\.so\.1\]' || fail "$program: not linked to libkd_db.so.1"
+        else
+            ! readelf -d $program | grep -q 'NEEDED.*libkd_' || fail "$program: needs a shared library"
+        fi
+    done
+}
