@@ -30,7 +30,4 @@ KD_LIB_EXPORT std::string convertField2Sql(TableField field);
 /// library's std::out_of_range.
 KD_LIB_EXPORT std::string convertValue2Sql(TableField field);
 
-/// Appends what `convertValue2Sql` returns to `sql`, without copying the field.
-KD_LIB_EXPORT void appendValue2Sql(std::string& sql, const TableField& field);
-
 }  // namespace kd_lib

@@ -50,11 +50,30 @@ KD_LIB_EXPORT bool stringToBool(const std::string& s);
 /// True when `s` equals one of the strings in `list`, byte for byte.
 KD_LIB_EXPORT bool findStrings(const std::string& s, std::vector<std::string> list);
 
-/// \name Views
-/// The same rules without a copy, for loops over many values. A view lives as long as its text.
+/// Whether `c` is a blank for the trims.
+inline bool isBlank(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+/// \name Size of what a trim leaves
+/// The work behind the views, for texts that need it: of leading blanks, and without trailing ones.
 /// @{
-KD_LIB_EXPORT std::string_view allTrimView(std::string_view s);
-KD_LIB_EXPORT std::string_view rightTrimView(std::string_view s);
+KD_LIB_EXPORT std::size_t leadingBlanks(std::string_view s);
+KD_LIB_EXPORT std::size_t sizeWithoutTrailingBlanks(std::string_view s);
 /// @}
+
+/// `rightTrim` without a copy, for loops over many values. The view lives as long as its text.
+inline std::string_view rightTrimView(std::string_view s)
+{
+    return s.empty() || !isBlank(s.back()) ? s : s.substr(0, sizeWithoutTrailingBlanks(s));
+}
+
+/// `allTrim` without a copy.
+inline std::string_view allTrimView(std::string_view s)
+{
+    s = rightTrimView(s);
+    return s.empty() || !isBlank(s.front()) ? s : s.substr(leadingBlanks(s));
+}
 
 }  // namespace kd_lib

@@ -51,7 +51,6 @@ public:
 
 private:
     std::string insertLead() const;
-    void appendInsert(std::string& sql, const std::string& lead) const;
     bool openWithHeader();
     void writeRecords(std::ostream& out);
 };

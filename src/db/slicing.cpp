@@ -1,5 +1,7 @@
 #include "slicing.h"
 
+#include "bytes.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -30,7 +32,7 @@ void sliceRecord(TableFields& fields, const std::string& record, bool trim, cons
         if (slice.size() != length) {
             stopOnAssertion("tmp_str.size() == Fields.get(f)->getLength()", unit, "extractContent");
         }
-        field->Value.assign(trim ? rightTrimView(slice) : slice);
+        assignValue(field->Value, trim ? rightTrimView(slice) : slice);
     }
 }
 

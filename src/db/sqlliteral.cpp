@@ -1,63 +1,106 @@
 #include <kd_lib/sqlliteral.h>
 
-#include <string_view>
+#include "bytes.h"
+#include "writeliteral.h"
+
+#include <algorithm>
+#include <cstdint>
 
 namespace kd_lib {
 
 namespace {
 
-constexpr const char* nullLiteral = "NULL";
+constexpr std::string_view nullLiteral = "NULL";
 
 constexpr std::size_t compactDateLength = 8;
 constexpr std::size_t compactTimeLength = 6;
 
-/// At most `length` characters from `position`; as std::string::substr, a position behind the end
-/// throws std::out_of_range.
-std::string_view piece(std::string_view text, std::size_t position, std::size_t length)
-{
-    return text.substr(position, length);
-}
+constexpr char quote = '\'';
+constexpr char backquote = '`';
 
-void appendDate(std::string& sql, std::string_view date)
+/// Copies eight bytes, their single quotes turned into backquotes.
+void copyEightWithoutQuotes(char* to, const char* from)
 {
-    sql += '\'';
-    if (date.size() <= compactDateLength) {
-        sql += piece(date, 0, 4);
-        sql += '-';
-        sql += piece(date, 4, 2);
-        sql += '-';
-        sql += piece(date, 6, 2);
-    } else {
-        sql += date;
+    constexpr std::uint64_t ones = 0x0101010101010101U;
+    constexpr std::uint64_t highBits = ones * 0x80;
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, from, sizeof bytes);
+    std::memcpy(to, &bytes, sizeof bytes);
+    const std::uint64_t zeroWhereQuote = bytes ^ (ones * quote);
+    if (((zeroWhereQuote - ones) & ~zeroWhereQuote & highBits) != 0) {
+        std::replace(to, to + sizeof bytes, quote, backquote);
     }
-    sql += '\'';
 }
 
-void appendTime(std::string& sql, std::string_view time)
+/// Copies `text`, its single quotes turned into backquotes, and returns the end of the copy.
+char* copyWithoutQuotes(char* to, std::string_view text)
+{
+    constexpr std::size_t width = sizeof(std::uint64_t);
+    const char* const from = text.data();
+    const std::size_t size = text.size();
+    if (size < width) {
+        copyBytes(to, text);
+        std::replace(to, to + size, quote, backquote);
+        return to + size;
+    }
+    // The last eight bytes may go twice: the second copy is the same.
+    for (std::size_t at = 0; at < size - width; at += width) {
+        copyEightWithoutQuotes(to + at, from + at);
+    }
+    copyEightWithoutQuotes(to + size - width, from + size - width);
+    return to + size;
+}
+
+/// Writes three pieces of a compact date or time with `separator` between them. As with
+/// std::string::substr, a piece that starts behind the end throws std::out_of_range.
+char* writePieces(char* to, std::string_view text, std::size_t firstLength, char separator)
+{
+    to = copyBytes(to, text.substr(0, firstLength));
+    *to++ = separator;
+    to = copyBytes(to, text.substr(firstLength, 2));
+    *to++ = separator;
+    return copyBytes(to, text.substr(firstLength + 2, 2));
+}
+
+char* writeDate(char* to, std::string_view date)
+{
+    *to++ = quote;
+    to = date.size() <= compactDateLength ? writePieces(to, date, 4, '-') : copyBytes(to, date);
+    *to++ = quote;
+    return to;
+}
+
+char* writeTime(char* to, std::string_view time)
 {
     // Deliberate: no quote in front, unlike a date.
-    if (time.size() <= compactTimeLength) {
-        sql += piece(time, 0, 2);
-        sql += ':';
-        sql += piece(time, 2, 2);
-        sql += ':';
-        sql += piece(time, 4, 2);
-    } else {
-        sql += time;
-    }
-    sql += '\'';
+    to = time.size() <= compactTimeLength ? writePieces(to, time, 2, ':') : copyBytes(to, time);
+    *to++ = quote;
+    return to;
 }
 
-void appendText(std::string& sql, std::string_view text)
+char* writeTimestamp(char* to, std::string_view timestamp)
 {
-    sql += '\'';
-    for (std::size_t quote = 0; (quote = text.find('\'')) != std::string_view::npos;) {
-        sql += text.substr(0, quote);
-        sql += '`';
-        text.remove_prefix(quote + 1);
-    }
-    sql += text;
-    sql += '\'';
+    *to++ = quote;
+    to = copyBytes(to, timestamp);
+    *to++ = quote;
+    return to;
+}
+
+char* writeText(char* to, std::string_view text)
+{
+    *to++ = quote;
+    to = copyWithoutQuotes(to, text);
+    *to++ = quote;
+    return to;
+}
+
+/// Writes a value of a type that knows NULL: of blanks alone it is NULL, otherwise `write` takes it
+/// without blanks at both ends.
+template <class Write>
+char* writeUnlessBlank(char* to, std::string_view value, Write write)
+{
+    const std::string_view trimmed = allTrimView(value);
+    return trimmed.empty() ? copyBytes(to, nullLiteral) : write(to, trimmed);
 }
 
 }  // namespace
@@ -73,60 +116,40 @@ std::string convertField2Sql(TableField field)
     return sql;
 }
 
-void appendValue2Sql(std::string& sql, const TableField& field)
+char* writeLiteral(char* to, const TableField& field)
 {
     switch (field.Type) {
     case BOOLEAN_TYPE:
-        sql += stringToBool(field.Value) ? '1' : '0';
-        return;
+        *to++ = stringToBool(field.Value) ? '1' : '0';
+        return to;
     case DECIMAL_TYPE:
     case FLOAT_TYPE:
     case SMALLINT_TYPE:
     case INTEGER_TYPE:
     case BIGINT_TYPE:
+        return writeUnlessBlank(to, field.Value, copyBytes);
     case DATE_TYPE:
+        return writeUnlessBlank(to, field.Value, writeDate);
     case TIME_TYPE:
+        return writeUnlessBlank(to, field.Value, writeTime);
     case TIMESTAMP_TYPE:
+        return writeUnlessBlank(to, field.Value, writeTimestamp);
     case CHAR_TYPE:
     case VARCHAR_TYPE:
-    case TEXT_TYPE:
-        break;
-    default:
-        sql += field.Value;
-        return;
+    case TEXT_TYPE: {
+        const std::string_view text = rightTrimView(field.Value);
+        return text.empty() ? copyBytes(to, nullLiteral) : writeText(to, text);
     }
-    const std::string_view trimmed = allTrimView(field.Value);
-    if (trimmed.empty()) {
-        sql += nullLiteral;
-        return;
-    }
-    switch (field.Type) {
-    case DATE_TYPE:
-        appendDate(sql, trimmed);
-        break;
-    case TIME_TYPE:
-        appendTime(sql, trimmed);
-        break;
-    case TIMESTAMP_TYPE:
-        sql += '\'';
-        sql += trimmed;
-        sql += '\'';
-        break;
-    case CHAR_TYPE:
-    case VARCHAR_TYPE:
-    case TEXT_TYPE:
-        appendText(sql, rightTrimView(field.Value));
-        break;
     default:
-        sql += trimmed;
-        break;
+        return copyBytes(to, field.Value);
     }
 }
 
 std::string convertValue2Sql(TableField field)
 {
-    std::string sql;
-    appendValue2Sql(sql, field);
+    std::string sql(literalRoom(field), ' ');
+    const char* const end = writeLiteral(sql.data(), field);
+    sql.resize(static_cast<std::size_t>(end - sql.data()));
     return sql;
 }
 

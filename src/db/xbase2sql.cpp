@@ -1,6 +1,8 @@
 #include <kd_lib/xbase2sql.h>
 
 #include "messages.h"
+#include "textbuffer.h"
+#include "writeliteral.h"
 
 #include <kd_lib/console.h>
 #include <kd_lib/path.h>
@@ -26,6 +28,22 @@ void appendNames(std::string& sql, const TableFields& fields, const char* before
     }
 }
 
+void appendInsert(TextBuffer& sql, const std::string& lead, const TableFields& fields)
+{
+    constexpr std::string_view end = ");\n";
+    sql.append(lead);
+    char* to = sql.room(end.size());
+    for (const TableField* field : fields.List) {
+        sql.endAt(to);
+        to = sql.room(literalRoom(*field) + 1 + end.size());
+        to = writeLiteral(to, *field);
+        *to++ = ',';
+    }
+    // The last value has no comma behind it.
+    to = fields.List.empty() ? to : to - 1;
+    sql.endAt(copyBytes(to, end));
+}
+
 std::string placeholder(const std::string& dialect, std::size_t index)
 {
     return dialect == "postgresql" ? '$' + std::to_string(index) : "?";
@@ -40,7 +58,7 @@ public:
     StatementWriter(const StatementWriter&) = delete;
     StatementWriter& operator=(const StatementWriter&) = delete;
 
-    std::string Block;  ///< statements are appended here
+    TextBuffer Block;  ///< statements are appended here
 
     /// The block ends with a whole statement.
     void statementEnds()
@@ -54,7 +72,7 @@ public:
 private:
     void write()
     {
-        Out.write(Block.data(), static_cast<std::streamsize>(Complete));
+        Out.write(Block.text().data(), static_cast<std::streamsize>(Complete));
         Block.clear();
         Complete = 0;
     }
@@ -117,30 +135,18 @@ std::string xBase2Sql::prepareInsert(const std::string& dialect)
     return sql + ");\n";
 }
 
+std::string xBase2Sql::insert()
+{
+    TextBuffer sql;
+    appendInsert(sql, insertLead(), Fields);
+    return std::string(sql.text());
+}
+
 std::string xBase2Sql::insertLead() const
 {
     std::string sql = "INSERT INTO " + stringToLower(Name) + "(";
     appendNames(sql, Fields, "");
     return sql + ") \n VALUES (";
-}
-
-void xBase2Sql::appendInsert(std::string& sql, const std::string& lead) const
-{
-    sql += lead;
-    for (std::size_t i = 0; i < Fields.size(); ++i) {
-        if (i > 0) {
-            sql += ',';
-        }
-        appendValue2Sql(sql, *Fields.List[i]);
-    }
-    sql += ");\n";
-}
-
-std::string xBase2Sql::insert()
-{
-    std::string sql;
-    appendInsert(sql, insertLead());
-    return sql;
 }
 
 void xBase2Sql::writeRecords(std::ostream& out)
@@ -149,7 +155,7 @@ void xBase2Sql::writeRecords(std::ostream& out)
     StatementWriter writer(out);
     firstRecord();
     while (out && fetchRecord()) {
-        appendInsert(writer.Block, lead);
+        appendInsert(writer.Block, lead, Fields);
         writer.statementEnds();
     }
 }

@@ -1,17 +1,13 @@
 #include <kd_lib/text.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
 namespace kd_lib {
 
 namespace {
-
-bool isBlank(char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
 
 char lowerLetter(char c)
 {
@@ -21,6 +17,29 @@ char lowerLetter(char c)
 char upperLetter(char c)
 {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+constexpr std::size_t width = sizeof(std::uint64_t);
+constexpr std::uint64_t allSpaces = 0x2020202020202020U;
+constexpr bool littleEndian = std::endian::native == std::endian::little;
+
+std::uint64_t eightBytesAt(std::string_view s, std::size_t position)
+{
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, s.data() + position, sizeof bytes);
+    return bytes;
+}
+
+std::size_t spacesAtStart(std::uint64_t eightBytes)
+{
+    const std::uint64_t others = eightBytes ^ allSpaces;
+    return static_cast<std::size_t>((littleEndian ? std::countr_zero(others) : std::countl_zero(others)) / 8);
+}
+
+std::size_t spacesAtEnd(std::uint64_t eightBytes)
+{
+    const std::uint64_t others = eightBytes ^ allSpaces;
+    return static_cast<std::size_t>((littleEndian ? std::countl_zero(others) : std::countr_zero(others)) / 8);
 }
 
 bool equalsInAnyCase(std::string_view s, std::string_view lower)
@@ -45,30 +64,29 @@ std::string stringToUpper(const std::string& s)
     return upper;
 }
 
-std::string_view rightTrimView(std::string_view s)
+std::size_t sizeWithoutTrailingBlanks(std::string_view s)
 {
-    // Fixed-width fields end in long runs of blanks: these go eight at a time.
-    constexpr std::uint64_t eightBlanks = 0x2020202020202020U;
+    // Fixed-width values end in long runs of spaces: these go eight at a time.
     std::size_t size = s.size();
-    for (std::uint64_t last = 0; size >= sizeof last; size -= sizeof last) {
-        std::memcpy(&last, s.data() + size - sizeof last, sizeof last);
-        if (last != eightBlanks) {
-            break;
-        }
+    for (std::size_t spaces = width; spaces == width && size >= width; size -= spaces) {
+        spaces = spacesAtEnd(eightBytesAt(s, size - width));
     }
     while (size > 0 && isBlank(s[size - 1])) {
         --size;
     }
-    return s.substr(0, size);
+    return size;
 }
 
-std::string_view allTrimView(std::string_view s)
+std::size_t leadingBlanks(std::string_view s)
 {
-    s = rightTrimView(s);
-    while (!s.empty() && isBlank(s.front())) {
-        s.remove_prefix(1);
+    std::size_t count = 0;
+    for (std::size_t spaces = width; spaces == width && s.size() - count >= width; count += spaces) {
+        spaces = spacesAtStart(eightBytesAt(s, count));
     }
-    return s;
+    while (count < s.size() && isBlank(s[count])) {
+        ++count;
+    }
+    return count;
 }
 
 std::string allTrim(const std::string& s)
