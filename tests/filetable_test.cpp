@@ -542,11 +542,6 @@ void PrintTo(const Move& move, std::ostream* out)
 
 class Navigation : public testing::TestWithParam<Move> {};
 
-std::string nameOf(const testing::TestParamInfo<Move>& info)
-{
-    return info.param.name;
-}
-
 /// Fixed-length records in a file of 100 bytes.
 class FixedTable : public FileTable {
 public:
@@ -586,7 +581,7 @@ TEST_P(Navigation, MakesAStreamThatFailedReadableAgain)
     EXPECT_EQ(GetParam().expected, position(file.table));
 }
 
-INSTANTIATE_TEST_SUITE_P(FileTable, Navigation, testing::ValuesIn(moves), nameOf);
+INSTANTIATE_TEST_SUITE_P(FileTable, Navigation, testing::ValuesIn(moves), kd_test::caseName<Move>);
 
 TEST(FileTableNavigation, FullWalkCanBeRepeated)
 {

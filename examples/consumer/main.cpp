@@ -7,9 +7,9 @@
 int main()
 {
     kd_lib::SQLite3 shop;
-    const bool filled = shop.openDatabase(":memory:", true, "")
-        && shop.execute("CREATE TABLE stock (item TEXT, price REAL)")
-        && shop.execute("INSERT INTO stock VALUES ('hammer', 12.5), ('saw', 8.75)");
+    const bool filled = shop.openDatabase(":memory:", true, "") &&
+                        shop.execute("CREATE TABLE stock (item TEXT, price REAL)") &&
+                        shop.execute("INSERT INTO stock VALUES ('hammer', 12.5), ('saw', 8.75)");
     if (!filled || !shop.query("SELECT item, price FROM stock ORDER BY price")) {
         kd_lib::errorMessage(shop.errorText);
         return 1;

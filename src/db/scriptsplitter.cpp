@@ -1,5 +1,9 @@
 #include "scriptsplitter.h"
 
+#include <kd_lib/text.h>
+
+#include <algorithm>
+
 namespace kd_lib {
 
 namespace {
@@ -9,17 +13,18 @@ constexpr char commentStart = '#';
 constexpr char statementEnd = ';';
 constexpr char lineEnd = '\n';
 
-bool isOrdinary(char c)
+/// The position of the first `c` from `from` on, or the end.
+std::size_t find(std::string_view text, char c, std::size_t from)
 {
-    return c != quote && c != commentStart && c != statementEnd;
+    return std::min(text.find(c, from), text.size());
 }
 
-/// Removes the first `count` characters of `text`, or all of them, and returns them.
-std::string_view take(std::string_view& text, std::size_t count)
+/// The position of the first character outside quotes that is not plain text, or the end.
+std::size_t findSpecial(std::string_view text, std::size_t from)
 {
-    const std::string_view taken = text.substr(0, count);
-    text.remove_prefix(taken.size());
-    return taken;
+    const auto isSpecial = [](char c) { return c == quote || c == commentStart || c == statementEnd; };
+    return static_cast<std::size_t>(std::find_if(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), isSpecial) -
+                                    text.begin());
 }
 
 }  // namespace
@@ -32,48 +37,45 @@ bool ScriptSplitter::next(std::string_view& block)
     }
     while (!block.empty() && !Complete) {
         if (InComment) {
-            takeComment(block);
-        } else if (InQuote) {
-            takeQuoted(block);
+            skipComment(block);
         } else {
-            Complete = takeOrdinary(block);
+            takeText(block);
         }
     }
     return Complete;
 }
 
-void ScriptSplitter::takeComment(std::string_view& block)
+void ScriptSplitter::skipComment(std::string_view& block)
 {
-    const std::size_t end = block.find(lineEnd);
-    InComment = end == std::string_view::npos;
-    take(block, InComment ? block.size() : end + 1);
+    const std::size_t end = find(block, lineEnd, 0);
+    InComment = end == block.size();
+    block.remove_prefix(InComment ? end : end + 1);
 }
 
-void ScriptSplitter::takeQuoted(std::string_view& block)
+void ScriptSplitter::takeText(std::string_view& block)
 {
-    const std::size_t end = block.find(quote);
-    InQuote = end == std::string_view::npos;
-    Statement += take(block, InQuote ? block.size() : end + 1);
+    if (Statement.empty()) {
+        block.remove_prefix(leadingBlanks(block));
+    }
+    std::size_t end = 0;
+    while (end < block.size() && !Complete && !InComment) {
+        end = afterNextSpecial(block, end);
+    }
+    Statement += block.substr(0, InComment ? end - 1 : end);
+    block.remove_prefix(end);
 }
 
-bool ScriptSplitter::takeOrdinary(std::string_view& block)
+/// Goes on behind the next character that changes what the text means.
+std::size_t ScriptSplitter::afterNextSpecial(std::string_view block, std::size_t from)
 {
-    std::size_t run = 0;
-    while (run < block.size() && isOrdinary(block[run])) {
-        ++run;
+    const std::size_t special = InQuote ? find(block, quote, from) : findSpecial(block, from);
+    if (special == block.size()) {
+        return special;
     }
-    Statement += take(block, run);
-    if (block.empty()) {
-        return false;
-    }
-    const char special = block.front();
-    take(block, 1);
-    InComment = special == commentStart;
-    InQuote = special == quote;
-    if (!InComment) {
-        Statement += special;
-    }
-    return special == statementEnd;
+    Complete = block[special] == statementEnd;
+    InComment = block[special] == commentStart;
+    InQuote = !InQuote && block[special] == quote;
+    return special + 1;
 }
 
 }  // namespace kd_lib

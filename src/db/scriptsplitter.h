@@ -9,7 +9,8 @@ namespace kd_lib {
 
 /// Takes a script in blocks of any size and hands out its statements. A ";" outside single quotes ends
 /// a statement and belongs to it; a "#" outside them starts a comment, which ends with its line and
-/// leaves nothing; inside a comment quotes do not count.
+/// leaves nothing; inside a comment quotes do not count. Blanks in front of a statement are left out;
+/// behind it there are none.
 class ScriptSplitter {
 public:
     /// Reads `block` up to the end of the next statement and removes what was read from its front.
@@ -20,9 +21,9 @@ public:
     const std::string& statement() const { return Statement; }
 
 private:
-    void takeComment(std::string_view& block);
-    void takeQuoted(std::string_view& block);
-    bool takeOrdinary(std::string_view& block);
+    void skipComment(std::string_view& block);
+    void takeText(std::string_view& block);
+    std::size_t afterNextSpecial(std::string_view block, std::size_t from);
 
     std::string Statement;
     bool Complete = false;

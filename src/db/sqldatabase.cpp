@@ -197,7 +197,7 @@ bool SqlDatabase::importSqlFile(const std::string& path)
         file.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
         std::string_view block(buffer.data(), static_cast<std::size_t>(file.gcount()));
         while (!stopped && splitter.next(block)) {
-            stopped = !runScriptStatement(allTrim(splitter.statement()));
+            stopped = !runScriptStatement(splitter.statement());
         }
     }
     // Deliberate: the answer is inverted. Reading to the end is a failed read, and a failing statement

@@ -19,7 +19,7 @@ char upperLetter(char c)
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
-constexpr std::size_t width = sizeof(std::uint64_t);
+constexpr std::size_t wordSize = sizeof(std::uint64_t);
 constexpr std::uint64_t allSpaces = 0x2020202020202020U;
 constexpr bool littleEndian = std::endian::native == std::endian::little;
 
@@ -68,8 +68,8 @@ std::size_t sizeWithoutTrailingBlanks(std::string_view s)
 {
     // Fixed-width values end in long runs of spaces: these go eight at a time.
     std::size_t size = s.size();
-    for (std::size_t spaces = width; spaces == width && size >= width; size -= spaces) {
-        spaces = spacesAtEnd(eightBytesAt(s, size - width));
+    for (std::size_t spaces = wordSize; spaces == wordSize && size >= wordSize; size -= spaces) {
+        spaces = spacesAtEnd(eightBytesAt(s, size - wordSize));
     }
     while (size > 0 && isBlank(s[size - 1])) {
         --size;
@@ -80,7 +80,7 @@ std::size_t sizeWithoutTrailingBlanks(std::string_view s)
 std::size_t leadingBlanks(std::string_view s)
 {
     std::size_t count = 0;
-    for (std::size_t spaces = width; spaces == width && s.size() - count >= width; count += spaces) {
+    for (std::size_t spaces = wordSize; spaces == wordSize && s.size() - count >= wordSize; count += spaces) {
         spaces = spacesAtStart(eightBytesAt(s, count));
     }
     while (count < s.size() && isBlank(s[count])) {

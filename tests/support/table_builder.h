@@ -123,6 +123,13 @@ inline std::string lettersOf(std::size_t count, std::size_t start = 0)
     return text;
 }
 
+/// Names a parameterised test after the member `name` of its row.
+template <class Case>
+std::string caseName(const testing::TestParamInfo<Case>& row)
+{
+    return row.param.name;
+}
+
 /// The slot of a virtual operation in its class's table of operations, where the two kinds of
 /// destructor take slots 0 and 1; 0 for an operation that is not virtual. It reads the pointer as the
 /// common C++ binary interface lays it out.
