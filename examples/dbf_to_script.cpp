@@ -1,5 +1,5 @@
 // Turning an xBase table into SQL text, and into a script file.
-#include "stock_dbf.h"
+#include "bolts_dbf.h"
 
 #include <kd_lib/xbase2sql.h>
 
@@ -8,26 +8,26 @@
 
 int main()
 {
-    example::writeStock();
+    example::writeBolts();
 
-    kd_lib::xBase2Sql stock("stock");
-    if (!stock.open() || !stock.getFieldList()) {
+    kd_lib::xBase2Sql bolts("bolts");
+    if (!bolts.open() || !bolts.getFieldList()) {
         return 1;
     }
 
     // Statement by statement, without the deleted records.
-    stock.KeyColumn = "id";
-    std::cout << stock.createTable(false);
-    for (stock.firstRecord(); stock.fetchRecord();) {
-        if (!stock.isDeleted()) {
-            std::cout << stock.insert();
+    bolts.KeyColumn = "id";
+    std::cout << bolts.createTable(false);
+    for (bolts.firstRecord(); bolts.fetchRecord();) {
+        if (!bolts.isDeleted()) {
+            std::cout << bolts.insert();
         }
     }
-    std::cout << stock.prepareInsert("mysql");
+    std::cout << bolts.prepareInsert("mysql");
 
     // Or the whole script at once. Here the deleted record repeats the one before it; with ReadDeleted
     // it would be written like any other.
-    const std::string script = stock.convert();
+    const std::string script = bolts.convert();
     std::cout << script << ":\n" << std::ifstream(script).rdbuf();
     return script.empty() ? 1 : 0;
 }

@@ -1,5 +1,5 @@
 // Walking an xBase table: header, records, deleted records.
-#include "stock_dbf.h"
+#include "bolts_dbf.h"
 
 #include <kd_lib/text.h>
 #include <kd_lib/xbasetable.h>
@@ -8,26 +8,26 @@
 
 int main()
 {
-    example::writeStock();
+    example::writeBolts();
 
-    kd_lib::xBaseTable stock("stock");  // the extension is "dbf" from the start
-    if (!stock.open() || !stock.getFieldList()) {
+    kd_lib::xBaseTable bolts("bolts");  // the extension is "dbf" from the start
+    if (!bolts.open() || !bolts.getFieldList()) {
         return 1;
     }
-    stock.showHeader();
+    bolts.showHeader();
 
     // A deleted record is fetched with the values of the record before it: ask, and pass over it.
-    for (stock.firstRecord(); stock.fetchRecord();) {
-        if (!stock.isDeleted()) {
-            std::cout << stock.Fields.getData("name") << ": " << kd_lib::allTrim(stock.Fields.getData("qty")) << "\n";
+    for (bolts.firstRecord(); bolts.fetchRecord();) {
+        if (!bolts.isDeleted()) {
+            std::cout << bolts.Fields.getData("name") << ": " << kd_lib::allTrim(bolts.Fields.getData("qty")) << "\n";
         }
     }
 
     // With ReadDeleted its own values are read.
-    stock.ReadDeleted = true;
-    stock.goRecord(2);
-    if (stock.fetchRecord()) {
-        std::cout << stock.Fields.getData("name") << (stock.isDeleted() ? " is deleted\n" : " is not deleted\n");
+    bolts.ReadDeleted = true;
+    bolts.goRecord(2);
+    if (bolts.fetchRecord()) {
+        std::cout << bolts.Fields.getData("name") << (bolts.isDeleted() ? " is deleted\n" : " is not deleted\n");
     }
     return 0;
 }

@@ -1,4 +1,4 @@
-// The table stock.dbf of docs/dbf-format.md, byte by byte: the input of the .dbf examples.
+// The table bolts.dbf of docs/dbf-format.md, byte by byte: the input of the .dbf examples.
 #pragma once
 
 #include <fstream>
@@ -17,8 +17,8 @@ inline std::string descriptor(const std::string& name, char type, char length, c
     return bytes;
 }
 
-/// Writes stock.dbf with its two records, the second one deleted.
-inline void writeStock()
+/// Writes bolts.dbf with its two records, the second one deleted.
+inline void writeBolts()
 {
     std::string header(32, '\0');
     header[0] = 3;    // version
@@ -28,7 +28,7 @@ inline void writeStock()
     header[4] = 2;    // records
     header[8] = 97;   // header length: 32 + 2 * 32 + 1
     header[10] = 11;  // record length: 1 + 6 + 4
-    std::ofstream("stock.dbf", std::ios::binary)
+    std::ofstream("bolts.dbf", std::ios::binary)
         << header << descriptor("NAME", 'C', 6, 1) << descriptor("QTY", 'N', 4, 0) << '\r'
         << " bolt    12"
         << "*nut   350" << '\x1A';
