@@ -6,36 +6,46 @@
 #include <cstring>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 namespace kd_lib {
 
-/// Copies `text` to `to`, which it does not overlap, and returns the end of the copy. Up to 32 bytes
-/// go as two blocks that may overlap each other.
+/// Copies `Width` bytes from both ends of an area of `count` bytes, Width <= count <= 2 * Width.
+template <std::size_t Width>
+void copyBothEnds(char* to, const char* from, std::size_t count)
+{
+    char first[Width];
+    char last[Width];
+    std::memcpy(first, from, Width);
+    std::memcpy(last, from + count - Width, Width);
+    std::memcpy(to, first, Width);
+    std::memcpy(to + count - Width, last, Width);
+}
+
+/// Copies less than eight bytes.
+inline void copyFewBytes(char* to, const char* from, std::size_t count)
+{
+    if ((count & 4U) != 0) {
+        copyBothEnds<4>(to, from, count);
+    } else if ((count & 2U) != 0) {
+        copyBothEnds<2>(to, from, count);
+    } else if ((count & 1U) != 0) {
+        *to = *from;
+    }
+}
+
+/// Copies `text` to `to`, which it does not overlap, and returns the end of the copy.
 inline char* copyBytes(char* to, std::string_view text)
 {
     const char* const from = text.data();
     const std::size_t count = text.size();
-    const auto copyTwo = [to, from, count](auto width) {
-        char first[width];
-        char last[width];
-        std::memcpy(first, from, width);
-        std::memcpy(last, from + count - width, width);
-        std::memcpy(to, first, width);
-        std::memcpy(to + count - width, last, width);
-    };
     if (count > 32) {
         std::memcpy(to, from, count);
     } else if (count >= 16) {
-        copyTwo(std::integral_constant<std::size_t, 16>());
+        copyBothEnds<16>(to, from, count);
     } else if (count >= 8) {
-        copyTwo(std::integral_constant<std::size_t, 8>());
-    } else if (count >= 4) {
-        copyTwo(std::integral_constant<std::size_t, 4>());
-    } else if (count >= 2) {
-        copyTwo(std::integral_constant<std::size_t, 2>());
-    } else if (count == 1) {
-        *to = *from;
+        copyBothEnds<8>(to, from, count);
+    } else {
+        copyFewBytes(to, from, count);
     }
     return to + count;
 }

@@ -18,37 +18,48 @@ constexpr std::size_t compactTimeLength = 6;
 constexpr char quote = '\'';
 constexpr char backquote = '`';
 
-/// Copies eight bytes, their single quotes turned into backquotes.
-void copyEightWithoutQuotes(char* to, const char* from)
+constexpr std::size_t wordSize = sizeof(std::uint64_t);
+
+/// Whether one of the first eight bytes at `text` is a single quote.
+bool holdsQuote(const char* text)
 {
     constexpr std::uint64_t ones = 0x0101010101010101U;
     constexpr std::uint64_t highBits = ones * 0x80;
     std::uint64_t bytes = 0;
-    std::memcpy(&bytes, from, sizeof bytes);
-    std::memcpy(to, &bytes, sizeof bytes);
+    std::memcpy(&bytes, text, wordSize);
     const std::uint64_t zeroWhereQuote = bytes ^ (ones * quote);
-    if (((zeroWhereQuote - ones) & ~zeroWhereQuote & highBits) != 0) {
-        std::replace(to, to + sizeof bytes, quote, backquote);
+    return ((zeroWhereQuote - ones) & ~zeroWhereQuote & highBits) != 0;
+}
+
+/// Copies eight bytes, their single quotes turned into backquotes.
+void copyWordWithoutQuotes(char* to, const char* from)
+{
+    std::memcpy(to, from, wordSize);
+    if (holdsQuote(from)) {
+        std::replace(to, to + wordSize, quote, backquote);
     }
 }
 
 /// Copies `text`, its single quotes turned into backquotes, and returns the end of the copy.
 char* copyWithoutQuotes(char* to, std::string_view text)
 {
-    constexpr std::size_t width = sizeof(std::uint64_t);
     const char* const from = text.data();
-    const std::size_t size = text.size();
-    if (size < width) {
-        copyBytes(to, text);
-        std::replace(to, to + size, quote, backquote);
-        return to + size;
+    if (text.size() < wordSize) {
+        char word[wordSize] = {};
+        copyFewBytes(word, from, text.size());
+        if (holdsQuote(word)) {
+            std::replace(word, word + wordSize, quote, backquote);
+        }
+        copyFewBytes(to, word, text.size());
+        return to + text.size();
     }
     // The last eight bytes may go twice: the second copy is the same.
-    for (std::size_t at = 0; at < size - width; at += width) {
-        copyEightWithoutQuotes(to + at, from + at);
+    const std::size_t last = text.size() - wordSize;
+    for (std::size_t at = 0; at < last; at += wordSize) {
+        copyWordWithoutQuotes(to + at, from + at);
     }
-    copyEightWithoutQuotes(to + size - width, from + size - width);
-    return to + size;
+    copyWordWithoutQuotes(to + last, from + last);
+    return to + text.size();
 }
 
 /// Writes three pieces of a compact date or time with `separator` between them. As with

@@ -15,7 +15,7 @@ namespace kd_lib {
 namespace {
 
 /// The script is written in blocks of about this size.
-constexpr std::size_t blockSize = 65536;
+constexpr std::size_t blockSize = 262144;
 
 void appendNames(std::string& sql, const TableFields& fields, const char* before)
 {
