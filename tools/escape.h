@@ -1,0 +1,30 @@
+/// \file
+/// Control bytes shown as escapes, so that data cannot steer a terminal.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kd_tool {
+
+/// Writes text with each control byte as `\xNN`. The control characters of the upper half (0x80 to 0x9F)
+/// count as well, alone or as UTF-8, while such bytes inside other UTF-8 characters stay. A text may be
+/// given in pieces that end anywhere.
+class ControlEscaper {
+public:
+    /// With `keepLines` line ends and tabs stay as they are.
+    explicit ControlEscaper(bool keepLines) : KeepLines(keepLines) {}
+
+    void append(std::string& out, std::string_view text);
+
+private:
+    bool isControl(unsigned char byte);
+
+    bool KeepLines;
+    int Continuation = 0;  // bytes that the UTF-8 character under way still needs
+};
+
+/// One line of `text`: every control byte is an escape.
+std::string oneLine(std::string_view text);
+
+}  // namespace kd_tool
