@@ -29,3 +29,23 @@ foreach(library IN ITEMS kd_udf kd_db)
     configure_file(${CMAKE_CURRENT_LIST_DIR}/${library}.pc.in ${kd_generated}/${library}.pc @ONLY)
     install(FILES ${kd_generated}/${library}.pc DESTINATION ${kd_pkgconfig_dir} COMPONENT development)
 endforeach()
+
+# The program finds the libraries beside itself.
+if(TARGET kd_db_program)
+    file(RELATIVE_PATH kd_lib_from_bin /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
+    set_target_properties(kd_db_program PROPERTIES INSTALL_RPATH $ORIGIN/${kd_lib_from_bin})
+endif()
+
+option(KD_PACKAGES "Lay the files down as in Debian's packages; tools/dev/packages makes these" OFF)
+if(KD_PACKAGES)
+    include(${CMAKE_CURRENT_LIST_DIR}/kd_packages.cmake)
+    set(kd_doc_dir share/doc/kd-db-doc)
+else()
+    set(kd_doc_dir ${CMAKE_INSTALL_DOCDIR})
+endif()
+
+# Documents
+file(GLOB kd_guides ${kd_lib_SOURCE_DIR}/docs/*.md ${kd_lib_SOURCE_DIR}/README.md)
+install(FILES ${kd_guides} DESTINATION ${kd_doc_dir} COMPONENT documentation)
+install(DIRECTORY ${kd_lib_SOURCE_DIR}/examples DESTINATION ${kd_doc_dir} COMPONENT documentation
+    FILES_MATCHING PATTERN *.cpp PATTERN *.dbf PATTERN *.csv PATTERN consumer/* PATTERN expected EXCLUDE)

@@ -6,14 +6,9 @@ function(kd_configure_library name)
     target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${kd_lib_SOURCE_DIR}/include FILES ${ARGN})
     target_compile_features(${name} PUBLIC cxx_std_20)
     target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:kd_warnings>)
-    # No path of the machine that builds gets into the libraries: two builds give the same bytes.
-    target_compile_options(${name} PRIVATE
-        $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${kd_lib_SOURCE_DIR}/=>
-        $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${kd_lib_BINARY_DIR}=build>)
     set_target_properties(${name} PROPERTIES
         VERSION ${kd_lib_VERSION}
         SOVERSION ${kd_lib_VERSION_MAJOR}
-        BUILD_RPATH_USE_ORIGIN ON
         INSTALL_RPATH $ORIGIN
         CXX_EXTENSIONS OFF
         CXX_VISIBILITY_PRESET hidden

@@ -1,0 +1,70 @@
+# Debian packages by CPack: one a component, and the files that such packages hold beside the installed ones.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME kd-lib)
+set(CPACK_PACKAGE_VERSION ${kd_lib_VERSION})
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "table access for console programs")
+set(KD_MAINTAINER "kd_db developers <developers@kd-db.invalid>" CACHE STRING "The maintainer that the packages name")
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${KD_MAINTAINER})
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+    $<TARGET_FILE_DIR:kd_udf> ${kd_lib_BINARY_DIR}/src/udf ${kd_lib_BINARY_DIR}/src/db)
+list(FILTER CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS EXCLUDE REGEX "^\\$")
+
+# kd_package(COMPONENT NAME SECTION SUMMARY DESCRIPTION [DEPENDS...])
+set(CPACK_COMPONENTS_ALL)
+function(kd_package component name section summary description)
+    string(TOUPPER ${component} COMPONENT)
+    list(APPEND CPACK_COMPONENTS_ALL ${component})
+    set(CPACK_COMPONENTS_ALL ${CPACK_COMPONENTS_ALL} PARENT_SCOPE)
+    list(JOIN ARGN ", " depends)
+    set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_NAME ${name} PARENT_SCOPE)
+    set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_SECTION ${section} PARENT_SCOPE)
+    set(CPACK_DEBIAN_${COMPONENT}_DESCRIPTION "${summary}\n${description}" PARENT_SCOPE)
+    set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_DEPENDS "${depends}" PARENT_SCOPE)
+    if(section STREQUAL doc)
+        set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_ARCHITECTURE all PARENT_SCOPE)
+    elseif(NOT section STREQUAL libdevel)
+        set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_SHLIBDEPS ON PARENT_SCOPE)
+    endif()
+    if(section STREQUAL libs)
+        set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_GENERATE_SHLIBS ON PARENT_SCOPE)
+        set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_CONTROL_EXTRA ${kd_generated}/triggers PARENT_SCOPE)
+    endif()
+    install(FILES ${kd_generated}/changelog.gz ${kd_generated}/changelog.Debian.gz
+        DESTINATION share/doc/${name} COMPONENT ${component})
+endfunction()
+
+# The change log twice: the project's, and the packages' in their own form. string(TIMESTAMP) obeys
+# SOURCE_DATE_EPOCH.
+string(TIMESTAMP kd_package_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/changelog.in ${kd_generated}/changelog.Debian @ONLY)
+configure_file(${kd_lib_SOURCE_DIR}/CHANGELOG.md ${kd_generated}/changelog COPYONLY)
+foreach(file IN ITEMS changelog changelog.Debian)
+    execute_process(COMMAND gzip -9nfk ${kd_generated}/${file} COMMAND_ERROR_IS_FATAL ANY)
+endforeach()
+file(WRITE ${kd_generated}/triggers "activate-noawait ldconfig\n")
+
+set(kd_same "(= ${kd_lib_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+kd_package(kd_udf libkd-udf${kd_lib_VERSION_MAJOR} libs "support functions of the kd_lib libraries"
+    "Console output, text and path functions, byte order and tokens, as used by\nthe table access library libkd_db.")
+kd_package(kd_db libkd-db${kd_lib_VERSION_MAJOR} libs "table access for console programs"
+    "One model of typed fields over positional and delimited text, xBase tables\nand SQLite databases, and the conversion of xBase tables to SQL."
+    "libkd-udf1 ${kd_same}")
+kd_package(development libkd-db-dev libdevel "table access for console programs (development files)"
+    "Headers, CMake package and pkg-config files for programs that use libkd_db."
+    "libkd-db1 ${kd_same}" "libkd-udf1 ${kd_same}")
+kd_package(program kd-db database "shows, converts and loads xBase and text tables"
+    "Lists xBase and text tables, turns them into SQL scripts, loads them into\nSQLite databases and prints the answers of queries."
+    "libkd-db1 ${kd_same}" "libkd-udf1 ${kd_same}")
+kd_package(documentation kd-db-doc doc "table access for console programs (documents)"
+    "Guides to the library libkd_db and its file formats, and examples.")
+
+include(CPack)
