@@ -5,7 +5,7 @@
 int main()
 {
     // Read a .dbf table record by record.
-    kd_lib::xBaseTable table("people");
+    kd_lib::xBaseTable table("members");
     if (!table.open() || !table.getFieldList()) {
         return 1;
     }
@@ -16,12 +16,12 @@ int main()
     }
 
     // Turn it into a script, run that into SQLite, and print a result.
-    kd_lib::xBase2Sql converter("people");
-    const std::string script = converter.convert();  // people.sql
+    kd_lib::xBase2Sql converter("members");
+    const std::string script = converter.convert();  // members.sql
     kd_lib::SQLite3 database;
     database.createDatabase(":memory:");
     database.importSqlFile(script);
-    if (database.query("SELECT name, city FROM people ORDER BY name")) {
+    if (database.query("SELECT name, fee FROM members ORDER BY fee")) {
         database.queryResults();
         database.finalize();
     }
