@@ -21,10 +21,9 @@ std::string entry(const std::string& name, char type, char length, const std::st
 int main()
 {
     using namespace std::string_literals;
-    std::ofstream("settings.mem", std::ios::binary) << entry("USER", 'C', 7, "Ingrid\0"s)
-                                                    << entry("SINCE", 'D', 9, "20240305\0"s)
-                                                    << entry("ACTIVE", 'L', 2, "T\0"s)
-                                                    << entry("VISITS", 'N', 0, "42@");
+    std::ofstream("settings.mem", std::ios::binary)
+        << entry("USER", 'C', 7, "Ingrid\0"s) << entry("SINCE", 'D', 9, "20240305\0"s)
+        << entry("ACTIVE", 'L', 2, "T\0"s) << entry("VISITS", 'N', 0, "42@");
 
     // A line per entry: name, type, length and decimals, value. Numbers show the codes of their
     // digits: 42 is 5250. The attempt that meets the end of the file repeats the last entry's header.
