@@ -1,5 +1,6 @@
 #include "text_source.h"
 
+#include "output.h"
 #include "signals.h"
 
 #include <kd_lib/text.h>
@@ -104,7 +105,7 @@ void DelimitedSource::checkPieces(std::string_view line) const
     const auto separators = std::count(line.begin(), line.end(), static_cast<char>(Separator));
     const std::size_t pieces = static_cast<std::size_t>(separators) + 1;
     if (pieces != Fields.size()) {
-        failRecord("holds " + std::to_string(pieces) + " values for " + std::to_string(Fields.size()) + " columns");
+        failRecord("holds " + counted(pieces, "value") + " for " + counted(Fields.size(), "column"));
     }
 }
 
