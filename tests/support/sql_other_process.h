@@ -1,0 +1,76 @@
+#pragma once
+
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+namespace kd_test {
+
+/// Another process with a connection of its own to a database file. It is made before this process
+/// opens the file: SQLite's bookkeeping of locks must not cross a fork.
+class OtherProcess {
+public:
+    explicit OtherProcess(const std::string& path)
+    {
+        if (::pipe(Requests) == 0 && ::pipe(Answers) == 0) {
+            Child = ::fork();
+        }
+        if (Child == 0) {
+            serve(path);
+        }
+        ::close(Requests[0]);
+        ::close(Answers[1]);
+    }
+    /// Ends the other process, and with it its locks.
+    ~OtherProcess()
+    {
+        ::close(Requests[1]);
+        ::close(Answers[0]);
+        int status = 0;
+        ::waitpid(Child, &status, 0);
+    }
+    OtherProcess(const OtherProcess&) = delete;
+    OtherProcess& operator=(const OtherProcess&) = delete;
+
+    /// Runs SQL statements over there; the answer is SQLite's code, or -1 where none came.
+    int run(const std::string& sql)
+    {
+        const std::string line = sql + '\n';
+        std::uint8_t answer = 0;
+        const bool answered = ::write(Requests[1], line.data(), line.size()) == static_cast<ssize_t>(line.size()) &&
+                              ::read(Answers[0], &answer, 1) == 1;
+        return answered ? answer : -1;
+    }
+
+private:
+    [[noreturn]] void serve(const std::string& path)
+    {
+        ::close(Requests[1]);
+        ::close(Answers[0]);
+        sqlite3* handle = nullptr;
+        sqlite3_open(path.c_str(), &handle);
+        std::string sql;
+        for (char c = 0; ::read(Requests[0], &c, 1) == 1;) {
+            if (c != '\n') {
+                sql += c;
+                continue;
+            }
+            const auto answer = static_cast<std::uint8_t>(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr));
+            sql.clear();
+            if (::write(Answers[1], &answer, 1) != 1) {
+                break;
+            }
+        }
+        ::_exit(0);
+    }
+
+    int Requests[2] = {-1, -1};
+    int Answers[2] = {-1, -1};
+    pid_t Child = -1;
+};
+
+}  // namespace kd_test
