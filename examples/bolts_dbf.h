@@ -30,7 +30,7 @@ inline void writeBolts()
     header[10] = 11;  // record length: 1 + 6 + 4
     std::ofstream("bolts.dbf", std::ios::binary)
         << header << descriptor("NAME", 'C', 6, 1) << descriptor("QTY", 'N', 4, 0) << '\r' << " bolt    12"
-        << "*nut   350" << '\x1A';
+        << "*nut    350" << '\x1A';
 }
 
 }  // namespace example
