@@ -39,7 +39,7 @@ class LockedDatabaseTest(support.FaultTest):
 
 class NoDatabaseTest(support.FaultTest):
     def test_a_file_that_is_no_database_is_left_alone(self):
-        contents = {"text": b"This is no database.\n" * 100, "zeros": bytes(5000), "one byte": b"S",
+        contents = {"text": b"This is no database.\n" * 100, "zeros": bytes(5000),
                     "only the mark": b"SQLite format 3\0", "bad page size": b"SQLite format 3\0\xff\xff" + bytes(4000)}
         no_database = self.folder / "data" / "none.db"
         for kind, bytes_of_it in contents.items():

@@ -101,14 +101,14 @@ class SweptLimit(support.FaultTest):
             answers = []
             for value in values:
                 with self.subTest(name, value=value):
+                    self.remove_results()
                     files, kept = self.files(), support.content(self.database)
                     done = kd_db(*arguments, limits=[(kind, value)])
                     answers.append(done.returncode)
                     if done.returncode == 0:
                         self.assert_done(name)
-                        self.remove_results()
-                    else:
-                        self.assert_error_line(done, *arguments[1:])
+                        continue
+                    self.assert_error_line(done, *arguments[1:])
                     self.assertEqual(self.files(), files)
                     self.assertEqual(support.content(self.database), kept)
             self.assertIn(1, answers, f"{name}: the sweep began too high")
