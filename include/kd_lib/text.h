@@ -12,10 +12,13 @@
 
 namespace kd_lib {
 
-/// Constants for client programs; each source unit has its own copy.
-const std::string BRACKET = "()";
-const std::string CURLY_BRACKET = "{}";
-const std::string SQUARE_BRACKET = "[]";
+/// \name Constants
+/// For client programs; each source unit has its own copy.
+/// @{
+const std::string BRACKET = "()";         ///< round brackets
+const std::string CURLY_BRACKET = "{}";   ///< curly brackets
+const std::string SQUARE_BRACKET = "[]";  ///< square brackets
+/// @}
 
 /// `s` with the ASCII letters A-Z turned to a-z; other bytes stay.
 KD_LIB_EXPORT std::string stringToLower(const std::string& s);
@@ -57,9 +60,13 @@ inline bool isBlank(char c)
 }
 
 /// \name Size of what a trim leaves
-/// The work behind the views, for texts that need it: of leading blanks, and without trailing ones.
+/// The work behind the views, for texts that need it.
 /// @{
+
+/// The number of blanks at the beginning of `s`.
 KD_LIB_EXPORT std::size_t leadingBlanks(std::string_view s);
+
+/// The size of `s` without the blanks at its end.
 KD_LIB_EXPORT std::size_t sizeWithoutTrailingBlanks(std::string_view s);
 /// @}
 
