@@ -1,0 +1,269 @@
+// The same five rows as a positional, an ASCII, a delimited and an xBase file; one set of tests walks
+// over each of them.
+#include "support/dbf_builder.h"
+#include "support/table_builder.h"
+
+#include <kd_lib/asciitable.h>
+#include <kd_lib/filetable.h>
+#include <kd_lib/xbasetable.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <type_traits>
+
+using kd_test::captured;
+using kd_test::Opened;
+using kd_test::Row;
+using kd_test::rowOf;
+using kd_test::Rows;
+using kd_test::rowsOf;
+
+namespace {
+
+/// Every cell differs, and no cell ends with a blank.
+const Rows fiveRows = {
+    {"r1c1", "r1c2x1", "r1c3-one"}, {"r2c1", "r2c2x2", "r2c3-two"}, {"r3c1", "r3c2x3", "r3c3-333"},
+    {"r4c1", "r4c2x4", "r4c3-444"}, {"r5c1", "r5c2x5", "r5c3-555"},
+};
+
+std::string lines(const std::string& before, const std::string& between)
+{
+    std::string text;
+    for (const Row& row : fiveRows) {
+        text += before + row[0] + between + row[1] + between + row[2] + "\n";
+    }
+    return text;
+}
+
+struct Positional {
+    using Table = kd_lib::FileTable;
+    static constexpr unsigned long firstRecord = 1;
+    static std::string bytes() { return lines("....", ".."); }
+    static void define(Table& table)
+    {
+        // Each column is as wide as the distance from the number before it.
+        std::string columns = "4|10|18";
+        table.setFieldOffsets(columns);
+    }
+};
+
+struct Ascii {
+    using Table = kd_lib::AsciiTable;
+    static constexpr unsigned long firstRecord = 1;
+    static std::string bytes() { return lines("", ""); }
+    static void define(Table& table)
+    {
+        kd_test::addColumn(table, "field#0", 0, 4);
+        kd_test::addColumn(table, "field#1", 4, 6);
+        kd_test::addColumn(table, "field#2", 10, 8);
+    }
+};
+
+struct Delimited {
+    using Table = kd_lib::DelimitedTable;
+    static constexpr unsigned long firstRecord = 2;  // the names are a line like any other
+    static std::string bytes() { return "Field#0|Field#1|Field#2\n" + lines("", "|"); }
+    static void define(Table& table) { EXPECT_TRUE(table.getFieldList()); }
+};
+
+struct XBase {
+    using Table = kd_lib::xBaseTable;
+    static constexpr unsigned long firstRecord = 1;
+    static std::string bytes()
+    {
+        kd_test::DbfBuilder builder({{"FIELD#0", 'C', 4}, {"FIELD#1", 'C', 6}, {"FIELD#2", 'C', 8}});
+        for (const Row& row : fiveRows) {
+            builder.record(row);
+        }
+        return builder.bytes();
+    }
+    static void define(Table& table) { EXPECT_TRUE(table.getFieldList()); }
+};
+
+template <class Kind>
+class TableContract : public testing::Test {
+public:
+    TableContract() : File(Kind::bytes()) { Kind::define(File.table); }
+
+protected:
+    kd_lib::FileTable& table() { return File.table; }
+
+    Opened<typename Kind::Table> File;
+};
+
+using Kinds = testing::Types<Positional, Ascii, Delimited, XBase>;
+
+class KindNames {
+public:
+    template <class Kind>
+    static std::string GetName(int)
+    {
+        if (std::is_same_v<Kind, Positional>) {
+            return "Positional";
+        }
+        if (std::is_same_v<Kind, Ascii>) {
+            return "Ascii";
+        }
+        return std::is_same_v<Kind, Delimited> ? "Delimited" : "XBase";
+    }
+};
+
+TYPED_TEST_SUITE(TableContract, Kinds, KindNames);
+
+}  // namespace
+
+TYPED_TEST(TableContract, WalkBehindTheDefinitionGivesEveryRow)
+{
+    EXPECT_EQ((Row{"field#0", "field#1", "field#2"}), kd_test::namesOf(this->table()));
+    EXPECT_EQ(fiveRows, rowsOf(this->table()));
+}
+
+TYPED_TEST(TableContract, ValuesAreReadByNumberAndByNameInAnyCase)
+{
+    kd_lib::FileTable& table = this->table();
+    ASSERT_TRUE(table.fetchRecord());
+    for (unsigned long i = 0; i < 3; ++i) {
+        EXPECT_EQ(fiveRows[0][i], table.Fields.getData(i));
+        EXPECT_EQ(fiveRows[0][i], table.Fields.getData("FIELD#" + std::to_string(i)));
+    }
+}
+
+TYPED_TEST(TableContract, WalkCanBeRepeatedFromTheFirstRecord)
+{
+    rowsOf(this->table());
+    EXPECT_TRUE(this->table().goRecord(TypeParam::firstRecord));
+    EXPECT_EQ(fiveRows, rowsOf(this->table()));
+}
+
+TYPED_TEST(TableContract, EveryRecordIsReachedByItsNumberInAnyOrder)
+{
+    for (const unsigned long i : {4UL, 0UL, 3UL, 1UL, 2UL, 2UL}) {
+        EXPECT_TRUE(this->table().goRecord(TypeParam::firstRecord + i));
+        ASSERT_TRUE(this->table().fetchRecord()) << i;
+        EXPECT_EQ(fiveRows[i], rowOf(this->table()));
+    }
+}
+
+TYPED_TEST(TableContract, WalkGoesOnBehindTheRecordReached)
+{
+    EXPECT_TRUE(this->table().goRecord(TypeParam::firstRecord + 2));
+    EXPECT_EQ((Rows{fiveRows[2], fiveRows[3], fiveRows[4]}), rowsOf(this->table()));
+}
+
+TYPED_TEST(TableContract, EndOfTheWalkKeepsTheLastRowAndStaysFalse)
+{
+    rowsOf(this->table());
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_FALSE(this->table().fetchRecord());
+    }
+    EXPECT_EQ(fiveRows.back(), rowOf(this->table()));
+    EXPECT_TRUE(this->table().File.fail());
+}
+
+TYPED_TEST(TableContract, BehindTheLastRecordThePositionIsTakenAndTheFetchFalse)
+{
+    EXPECT_TRUE(this->table().goRecord(TypeParam::firstRecord + 5));
+    EXPECT_FALSE(this->table().fetchRecord());
+    EXPECT_TRUE(this->table().goRecord(TypeParam::firstRecord + 500));
+    EXPECT_FALSE(this->table().fetchRecord());
+    EXPECT_EQ((Row{"", "", ""}), rowOf(this->table()));
+}
+
+TYPED_TEST(TableContract, ClosedTableKeepsItsRowAndGoesNowhere)
+{
+    kd_lib::FileTable& table = this->table();
+    ASSERT_TRUE(table.fetchRecord());
+    EXPECT_TRUE(table.close());
+    EXPECT_FALSE(table.is_open());
+    EXPECT_FALSE(table.goRecord(1));
+    EXPECT_FALSE(table.getFieldList());
+    captured([&] { EXPECT_FALSE(table.fetchRecord()); });
+    EXPECT_EQ(fiveRows[0], rowOf(table));
+}
+
+TYPED_TEST(TableContract, ReopenedTableIsWalkedWithTheColumnsItHad)
+{
+    this->File.reopen(TypeParam::bytes());
+    EXPECT_TRUE(this->table().goRecord(TypeParam::firstRecord));
+    EXPECT_EQ(fiveRows, rowsOf(this->table()));
+}
+
+TYPED_TEST(TableContract, DefinedAnewTheColumnsAreThoseOfTheFile)
+{
+    this->table().defineFields();
+    TypeParam::define(this->File.table);
+    EXPECT_EQ(3U, this->table().Fields.size());
+    EXPECT_TRUE(this->table().goRecord(TypeParam::firstRecord));
+    EXPECT_EQ(fiveRows, rowsOf(this->table()));
+}
+
+TYPED_TEST(TableContract, TwoTablesOnOneFileDoNotDisturbEachOther)
+{
+    typename TypeParam::Table other;
+    other.Path = this->File.directory();
+    captured([&] { EXPECT_TRUE(other.open("sample")); });
+    TypeParam::define(other);
+    for (const Row& row : fiveRows) {
+        ASSERT_TRUE(this->table().fetchRecord());
+        ASSERT_TRUE(other.fetchRecord());
+        EXPECT_EQ(row, rowOf(this->table()));
+        EXPECT_EQ(row, rowOf(other));
+    }
+}
+
+TYPED_TEST(TableContract, RootOfAllTablesLeadsToTheSameOperations)
+{
+    kd_lib::DatabaseTable& root = this->table();
+    EXPECT_TRUE(root.is_open());
+    Rows rows;
+    while (root.fetchRecord()) {
+        rows.push_back({root.Fields.getData(0UL), root.Fields.getData(1UL), root.Fields.getData(2UL)});
+    }
+    EXPECT_EQ(fiveRows, rows);
+    EXPECT_TRUE(root.close());
+    EXPECT_FALSE(root.is_open());
+    captured([&] { EXPECT_TRUE(root.open()); });
+    EXPECT_TRUE(root.is_open());
+    root.defineFields();
+    EXPECT_EQ(0U, root.Fields.size());
+}
+
+TYPED_TEST(TableContract, OverriddenExtractContentSeesEveryRecord)
+{
+    class Recorder : public TypeParam::Table {
+    public:
+        bool extractContent(const std::string& record) override
+        {
+            Records.push_back(record);
+            return TypeParam::Table::extractContent(record);
+        }
+        Row Records;
+    };
+    Opened<Recorder> file(TypeParam::bytes());
+    TypeParam::define(file.table);
+    EXPECT_EQ(fiveRows, rowsOf(file.table));
+    ASSERT_EQ(5U, file.table.Records.size());
+    for (std::size_t i = 0; i < 5; ++i) {
+        for (const std::string& value : fiveRows[i]) {
+            EXPECT_NE(std::string::npos, file.table.Records[i].find(value));
+        }
+    }
+}
+
+TYPED_TEST(TableContract, WithoutTrimTheRowsAreTheSameWhereNoValueEndsWithABlank)
+{
+    this->table().Trim = false;
+    EXPECT_EQ(fiveRows, rowsOf(this->table()));
+}
+
+TYPED_TEST(TableContract, PositionGrowsByOneRecordPerFetch)
+{
+    const auto start = this->table().File.tellg();
+    const auto step = (static_cast<std::streamoff>(TypeParam::bytes().size()) - start) / 5;
+    for (int i = 1; i <= 5; ++i) {
+        ASSERT_TRUE(this->table().fetchRecord());
+        EXPECT_EQ(start + i * step, this->table().File.tellg());
+        EXPECT_TRUE(this->table().File.good());
+    }
+}
