@@ -14,7 +14,7 @@ namespace kd_tool {
 
 namespace {
 
-constexpr const char* description = "Reads .dbf, .csv, .tab and positional text tables, and carries them into SQLite.";
+constexpr const char* description = "Reads .dbf, .csv, .tab and positional text tables; carries them into SQLite.";
 
 constexpr const char* examples =
     "Examples:\n"
@@ -82,7 +82,7 @@ void addReading(CLI::App& app, Arguments& a)
 void addWriting(CLI::App& app, Arguments& a)
 {
     CLI::App* command =
-        addCommand(app, a, "script", "Write a .dbf table as an SQL script, print its path", [&a] { script(a.Script); });
+        addCommand(app, a, "script", "Write a .dbf table's SQL script, print its path", [&a] { script(a.Script); });
     command->add_option("FILE", a.Script.File, "The .dbf table")->required();
     command->add_option("--key", a.Script.KeyColumn, "Begin with an automatic key of this name")->type_name("COLUMN");
     command->add_flag("--definition-only", a.Script.DefinitionOnly, "Leave the records out");

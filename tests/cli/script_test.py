@@ -1,0 +1,86 @@
+"""script: what is written, and where."""
+import os
+import unittest
+
+from support import ProgramTest, content, make_data, sample, table, write
+
+MEMBERS_DEFINITION = '''\
+DROP TABLE IF EXISTS members;
+CREATE TABLE IF NOT EXISTS members (
+{key}id integer,
+name char(14),
+joined date,
+fee integer
+);
+'''
+
+MEMBERS_RECORDS = '''\
+INSERT INTO members(id,name,joined,fee) 
+ VALUES (101,'Ada Quill','2019-04-01',24.00);
+INSERT INTO members(id,name,joined,fee) 
+ VALUES (102,'Ben Osier','2020-11-15',18.50);
+INSERT INTO members(id,name,joined,fee) 
+ VALUES (103,'Cleo Marsh','2022-06-30',31.75);
+'''
+
+
+class Script(ProgramTest):
+    def test_script_stands_beside_the_table_and_its_path_is_printed(self):
+        os.mkdir('deep')
+        write('deep/members.dbf', make_data.MEMBERS)
+        self.check(['script', 'deep/members.dbf'], 'deep/members.sql\n', 'Table: deep/members.dbf\n')
+        self.assertEqual(content('deep/members.sql').decode(), MEMBERS_DEFINITION.format(key='') + MEMBERS_RECORDS)
+        self.assertEqual(sorted(os.listdir('deep')), ['members.dbf', 'members.sql'])
+
+    def test_definition_only(self):
+        sample('members.dbf')
+        self.check(['script', 'members.dbf', '--definition-only'], 'members.sql\n', 'Table: members.dbf\n')
+        self.assertEqual(content('members.sql').decode(), MEMBERS_DEFINITION.format(key=''))
+
+    def test_key_column(self):
+        sample('members.dbf')
+        self.check(['script', 'members.dbf', '--key', 'nr'], 'members.sql\n', 'Table: members.dbf\n')
+        key = 'nr INTEGER  PRIMARY KEY AUTOINCREMENT,\n'
+        self.assertEqual(content('members.sql').decode(), MEMBERS_DEFINITION.format(key=key) + MEMBERS_RECORDS)
+
+    def test_script_before_is_replaced(self):
+        sample('members.dbf')
+        write('members.sql', 'x' * 100000)
+        self.check(['script', 'members.dbf', '--definition-only'], 'members.sql\n', 'Table: members.dbf\n')
+        self.assertEqual(content('members.sql').decode(), MEMBERS_DEFINITION.format(key=''))
+
+    def test_script_has_the_rights_of_an_ordinary_new_file(self):
+        sample('members.dbf')
+        before = os.umask(0o027)
+        self.addCleanup(os.umask, before)
+        self.run_program('script', 'members.dbf')
+        self.assertEqual(os.stat('members.sql').st_mode & 0o777, 0o640)
+
+    def test_deleted_record_repeats_the_one_before_and_is_told(self):
+        sample('stock.dbf')
+        self.check(['script', 'stock.dbf'], 'stock.sql\n',
+                   'Table: stock.dbf\nstock.dbf: 1 deleted record, for each of which the script holds the record'
+                   ' before once more\n')
+        self.assertEqual(content('stock.sql').decode().count('Painter`s ladder').decode(), 2)
+
+    def test_date_too_short_for_sql_names_its_record(self):
+        write('d.dbf', table([['20240305'], ['2024']], [('DAY', 'D', 8, 0)]))
+        self.check_failure(['script', 'd.dbf'], 'd.dbf: record 2 holds a date that is too short for SQL',
+                           'Table: d.dbf\n')
+        self.assertEqual(os.listdir('.'), ['d.dbf'])
+
+    def test_script_before_stays_when_the_new_one_fails(self):
+        write('d.dbf', table([['2024']], [('DAY', 'D', 8, 0)]))
+        write('d.sql', 'precious')
+        self.assertEqual(self.run_program('script', 'd.dbf').code, 1)
+        self.assertEqual(content('d.sql').decode(), 'precious')
+
+    def test_folder_in_the_place_of_the_script(self):
+        sample('members.dbf')
+        os.mkdir('members.sql')
+        self.check_failure(['script', 'members.dbf'], 'members.sql: Is a directory', 'Table: members.dbf\n')
+        self.assertEqual(sorted(os.listdir('.')), ['members.dbf', 'members.sql'])
+
+
+if __name__ == '__main__':
+    unittest.main()
