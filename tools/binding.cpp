@@ -4,15 +4,16 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <system_error>
 
 namespace kd_tool {
 
 namespace {
 
-/// So many digits fit any int, and so many survive in a double or in SQLite's whole numbers.
+/// So many digits fit any int, and so many survive in a double.
 constexpr int intDigits = 9;
 constexpr int doubleDigits = 15;
-constexpr int wholeDigits = 18;
 
 constexpr std::size_t dateDigits = 8;
 
@@ -44,6 +45,13 @@ struct NumberShape {
         Plain = digits;
     }
 };
+
+/// SQLite's whole numbers have 64 bits.
+bool isWholeNumber(std::string_view text)
+{
+    std::int64_t number = 0;
+    return std::from_chars(text.data(), text.data() + text.size(), number).ec == std::errc();
+}
 
 template <class Number>
 Number parsed(std::string_view text)
@@ -99,8 +107,9 @@ Binding::Kind Binding::kindOf(const kd_lib::TableField& field)
     switch (field.Type) {
     case kd_lib::INTEGER_TYPE:
     case kd_lib::DECIMAL_TYPE:
-    case kd_lib::FLOAT_TYPE:
         return Kind::Number;
+    case kd_lib::FLOAT_TYPE:
+        return Kind::Float;
     case kd_lib::BOOLEAN_TYPE:
         return Kind::Boolean;
     case kd_lib::DATE_TYPE:
@@ -152,14 +161,17 @@ bool Binding::bindValue(kd_lib::SQLite3& database, int index, Kind kind, const s
     if (trimmed.empty()) {
         return database.bindNULL(index);
     }
-    if (kind == Kind::Number) {
-        return bindNumber(database, index, trimmed);
+    switch (kind) {
+    case Kind::Boolean:
+        return bindBoolean(database, index, trimmed.front());
+    case Kind::Date:
+        return bindDate(database, index, trimmed);
+    default:
+        return bindNumber(database, index, kind, trimmed);
     }
-    return kind == Kind::Boolean ? bindBoolean(database, index, trimmed.front())
-                                 : bindDate(database, index, trimmed);
 }
 
-bool Binding::bindNumber(kd_lib::SQLite3& database, int index, std::string_view value)
+bool Binding::bindNumber(kd_lib::SQLite3& database, int index, Kind kind, std::string_view value)
 {
     const NumberShape shape(value);
     if (shape.Plain && !shape.Point && shape.Significant <= intDigits) {
@@ -168,8 +180,9 @@ bool Binding::bindNumber(kd_lib::SQLite3& database, int index, std::string_view 
     if (shape.Plain && shape.Point && shape.Significant <= doubleDigits) {
         return database.bind(index, parsed<double>(value));
     }
-    // SQLite reads the text: a whole number exactly, a longer one or one with a point to 15 digits.
-    Rounded += shape.Plain && shape.Significant > (shape.Point ? doubleDigits : wholeDigits) ? 1U : 0U;
+    // SQLite makes a number of the text where it can: exactly of a whole one, else to 15 digits.
+    const bool exact = !shape.Point && kind == Kind::Number && isWholeNumber(value);
+    Rounded += shape.Plain && shape.Significant > doubleDigits && !exact ? 1U : 0U;
     return database.bind(index, std::string(value));
 }
 

@@ -44,9 +44,9 @@ public:
     std::uint64_t roundedNumbers() const { return Rounded; }
 
 private:
-    enum class Kind { Text, Number, Boolean, Date };
+    enum class Kind { Text, Number, Float, Boolean, Date };
 
-    bool bindNumber(kd_lib::SQLite3& database, int index, std::string_view value);
+    bool bindNumber(kd_lib::SQLite3& database, int index, Kind kind, std::string_view value);
     static bool bindBoolean(kd_lib::SQLite3& database, int index, char letter);
     static bool bindDate(kd_lib::SQLite3& database, int index, std::string_view value);
     bool bindValue(kd_lib::SQLite3& database, int index, Kind kind, const std::string& value);

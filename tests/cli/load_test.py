@@ -67,7 +67,7 @@ class Load(ProgramTest):
         write('t.dbf', table([], TYPES))
         self.run_program('load', 't.dbf', '--into', 't.db')
         self.assertEqual(self.rows('t.db', 'SELECT sql FROM sqlite_master'),
-                         ['CREATE TABLE "t" ("c" char(12), "n0" integer, "n2" decimal(20,2), "f" float, "l" boolean,'
+                         ['CREATE TABLE "t" ("c" char(14), "n0" integer, "n2" decimal(20,2), "f" float, "l" boolean,'
                           ' "d" date text, "m" text, "x" text)'])
 
     def test_every_kind_of_value(self):
@@ -93,10 +93,12 @@ class Load(ProgramTest):
         self.assertEqual(self.rows('t.db', f'SELECT count(*) FROM t WHERE {nulls}'), ['1'])
 
     def test_numbers_with_more_digits_than_sqlite_keeps_are_counted(self):
-        write('t.dbf', table([['1234567890.123456'], ['12345678901234.5'], ['0.10']], [('N', 'N', 20, 6)]))
+        records = [['1234567890.123456', '1'], ['12345678901234.5', '123456789012345'], ['0.10', '1234567890123456'],
+                   ['9223372036854775807', '1'], ['9223372036854775808', '1']]
+        write('t.dbf', table(records, [('N', 'N', 20, 6), ('F', 'F', 20, 0)]))
         self.check(['load', 't.dbf', '--into', 't.db'], '',
-                   'Table: t.dbf\nt.dbf: 1 number rounded: more digits than SQLite keeps\n'
-                   't.dbf: 3 records read, 0 left out, 3 stored in table t\n')
+                   'Table: t.dbf\nt.dbf: 3 numbers rounded: more digits than SQLite keeps\n'
+                   't.dbf: 5 records read, 0 left out, 5 stored in table t\n')
 
     def test_delimited_values_arrive_verbatim(self):
         write('A.csv', 'x,"y"\n 1,"a ""b"\n,\n')

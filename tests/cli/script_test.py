@@ -61,7 +61,7 @@ class Script(ProgramTest):
         self.check(['script', 'stock.dbf'], 'stock.sql\n',
                    'Table: stock.dbf\nstock.dbf: 1 deleted record, for each of which the script holds the record'
                    ' before once more\n')
-        self.assertEqual(content('stock.sql').decode().count('Painter`s ladder').decode(), 2)
+        self.assertEqual(content('stock.sql').decode().count('Painter`s ladder'), 2)
 
     def test_date_too_short_for_sql_names_its_record(self):
         write('d.dbf', table([['20240305'], ['2024']], [('DAY', 'D', 8, 0)]))
