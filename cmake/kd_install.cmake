@@ -49,3 +49,14 @@ file(GLOB kd_guides ${kd_lib_SOURCE_DIR}/docs/*.md ${kd_lib_SOURCE_DIR}/README.m
 install(FILES ${kd_guides} DESTINATION ${kd_doc_dir} COMPONENT documentation)
 install(DIRECTORY ${kd_lib_SOURCE_DIR}/examples DESTINATION ${kd_doc_dir} COMPONENT documentation
     FILES_MATCHING PATTERN *.cpp PATTERN *.dbf PATTERN *.csv PATTERN consumer/* PATTERN expected EXCLUDE)
+
+# The program's manual page; Debian has it compressed.
+set(kd_manual ${kd_lib_SOURCE_DIR}/docs/kd_db.1)
+if(TARGET kd_db_program AND EXISTS ${kd_manual})
+    if(KD_PACKAGES)
+        configure_file(${kd_manual} ${kd_generated}/kd_db.1 COPYONLY)
+        execute_process(COMMAND gzip -9nfk ${kd_generated}/kd_db.1 COMMAND_ERROR_IS_FATAL ANY)
+        set(kd_manual ${kd_generated}/kd_db.1.gz)
+    endif()
+    install(FILES ${kd_manual} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
+endif()

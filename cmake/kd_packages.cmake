@@ -2,8 +2,8 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kd-lib)
 set(CPACK_PACKAGE_VERSION ${kd_lib_VERSION})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "table access for console programs")
 set(KD_MAINTAINER "kd_db developers <developers@kd-db.invalid>" CACHE STRING "The maintainer that the packages name")
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${KD_MAINTAINER})
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
@@ -11,12 +11,12 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
-    $<TARGET_FILE_DIR:kd_udf> ${kd_lib_BINARY_DIR}/src/udf ${kd_lib_BINARY_DIR}/src/db)
-list(FILTER CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS EXCLUDE REGEX "^\\$")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${kd_lib_BINARY_DIR}/src/udf ${kd_lib_BINARY_DIR}/src/db)
 
 # kd_package(COMPONENT NAME SECTION SUMMARY DESCRIPTION [DEPENDS...])
 set(CPACK_COMPONENTS_ALL)
@@ -35,7 +35,6 @@ function(kd_package component name section summary description)
         set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_SHLIBDEPS ON PARENT_SCOPE)
     endif()
     if(section STREQUAL libs)
-        set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_GENERATE_SHLIBS ON PARENT_SCOPE)
         set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_CONTROL_EXTRA ${kd_generated}/triggers PARENT_SCOPE)
     endif()
     install(FILES ${kd_generated}/changelog.gz ${kd_generated}/changelog.Debian.gz
@@ -55,7 +54,7 @@ file(WRITE ${kd_generated}/triggers "activate-noawait ldconfig\n")
 set(kd_same "(= ${kd_lib_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 kd_package(kd_udf libkd-udf${kd_lib_VERSION_MAJOR} libs "support functions of the kd_lib libraries"
     "Console output, text and path functions, byte order and tokens, as used by\nthe table access library libkd_db.")
-kd_package(kd_db libkd-db${kd_lib_VERSION_MAJOR} libs "table access for console programs"
+kd_package(kd_db libkd-db${kd_lib_VERSION_MAJOR} libs "table access for console programs (library)"
     "One model of typed fields over positional and delimited text, xBase tables\nand SQLite databases, and the conversion of xBase tables to SQL."
     "libkd-udf1 ${kd_same}")
 kd_package(development libkd-db-dev libdevel "table access for console programs (development files)"
