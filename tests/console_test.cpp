@@ -76,6 +76,14 @@ public:
 
     int descriptor() const { return Slave; }
 
+    /// Keys are answered after this time (tenths of a second) even when none was pressed.
+    void stopWaitingAfter(unsigned char tenths)
+    {
+        AtStart.c_cc[VMIN] = 0;
+        AtStart.c_cc[VTIME] = tenths;
+        ::tcsetattr(Slave, TCSANOW, &AtStart);
+    }
+
     void type(const std::string& keys) const
     {
         ASSERT_EQ(static_cast<ssize_t>(keys.size()), ::write(Master, keys.data(), keys.size()));
@@ -391,6 +399,18 @@ TEST(MoreOnATerminal, OneKeyIsReadAndTheNextStaysForTheNextQuestion)
     EXPECT_EQ(goesOnStatus, first.status());
     const AskingProcess second(terminal.descriptor(), terminal.descriptor());
     EXPECT_EQ(stopsStatus, second.status());
+}
+
+TEST(MoreOnATerminal, WaitsForAKeyWhateverTheTerminalWasSetTo)
+{
+    Terminal terminal;
+    terminal.stopWaitingAfter(1);
+    const AskingProcess process(terminal.descriptor(), terminal.descriptor());
+    ASSERT_TRUE(terminal.waitsForKey());
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    terminal.type("q");
+    EXPECT_EQ(stopsStatus, process.status());
+    EXPECT_TRUE(terminal.isAsAtStart());
 }
 
 // more, with only standard input a terminal

@@ -99,6 +99,7 @@ TEST(CheckHomePath, LeavesTheTildeOfAnotherUser)
     EXPECT_EQ("~name", checked("~name"));
     EXPECT_EQ("~name/tables", checked("~name/tables"));
     EXPECT_EQ("~root", checked("~root"));
+    EXPECT_EQ("~x", checked("~x"));
     EXPECT_EQ("~~/x", checked("~~/x"));
 }
 
