@@ -1,53 +1,25 @@
 // An SQL script: split in blocks of any size, imported into a database in memory, and printed as a query.
-//
-// SQL can ask for endless work, for huge values and for files by itself, which is SQLite's affair. The
-// connection is therefore fenced in: a budget of virtual machine steps per input, small limits, and an
-// authorizer that refuses other files and settings of the process. A refusal is a failing statement like
-// any other.
 
 #include "support/bounded_output.h"
 #include "support/input_folder.h"
 #include "support/options.h"
+#include "support/sqlite_fence.h"
 
 #include "db/scriptsplitter.h"
 
 #include <kd_lib/sqliteconnection.h>
+#include <kd_lib/text.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <sqlite3.h>
 #include <string>
 #include <vector>
 
 namespace {
 
-constexpr int stepsPerCall = 1000;
-constexpr int callsPerInput = 200;
-constexpr int longestValue = 20000;
 /// Steps bound the rows, the longest value bounds a row.
 constexpr std::size_t outputLimit = 256U << 20U;
-
-int refuseFilesAndSettings(void*, int action, const char*, const char*, const char*, const char*)
-{
-    return action == SQLITE_ATTACH || action == SQLITE_PRAGMA ? SQLITE_DENY : SQLITE_OK;
-}
-
-int spendBudget(void* budget)
-{
-    return --*static_cast<int*>(budget) < 0 ? 1 : 0;
-}
-
-void fenceIn(sqlite3* handle, int& budget)
-{
-    sqlite3_progress_handler(handle, stepsPerCall, spendBudget, &budget);
-    sqlite3_set_authorizer(handle, refuseFilesAndSettings, nullptr);
-    sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, longestValue);
-    sqlite3_limit(handle, SQLITE_LIMIT_EXPR_DEPTH, 50);
-    sqlite3_limit(handle, SQLITE_LIMIT_COMPOUND_SELECT, 10);
-    sqlite3_limit(handle, SQLITE_LIMIT_TRIGGER_DEPTH, 10);
-    sqlite3_limit(handle, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 50);
-}
 
 std::vector<std::string> split(std::string_view script, std::size_t blockSize)
 {
@@ -57,13 +29,13 @@ std::vector<std::string> split(std::string_view script, std::size_t blockSize)
         std::string_view block = script.substr(0, blockSize);
         script.remove_prefix(block.size());
         while (splitter.next(block)) {
-            statements.push_back(splitter.statement());
+            statements.push_back(kd_lib::allTrim(std::string(splitter.statement())));
         }
     }
     return statements;
 }
 
-/// The rules of the splitter, one character after the other.
+/// The rules of the splitter, one character after the other; blanks around a statement do not count.
 std::vector<std::string> plainSplit(std::string_view script)
 {
     std::vector<std::string> statements;
@@ -82,7 +54,7 @@ std::vector<std::string> plainSplit(std::string_view script)
         statement += c;
         inQuote = inQuote != (c == '\'');
         if (!inQuote && c == ';') {
-            statements.push_back(statement);
+            statements.push_back(kd_lib::allTrim(statement));
             statement.clear();
         }
     }
@@ -99,10 +71,8 @@ void checkSplitting(std::string_view script, std::size_t blockSize)
 
 void runScript(std::string_view script)
 {
-    int budget = callsPerInput;
     kd_lib::SQLite3 database;
     database.openDatabase(":memory:", true, "");
-    fenceIn(database.handle, budget);
     database.beginTransaction();
     database.importSqlFile(kd_fuzz::inputFolder() + "/input.sql");
     database.endTransaction();
@@ -118,6 +88,12 @@ void runScript(std::string_view script)
 
 }  // namespace
 
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    kd_fuzz::fenceInConnections();
+    return 0;
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     kd_fuzz::Options options(data, size);
@@ -126,6 +102,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     checkSplitting(script, blockSize);
     kd_fuzz::writeInput("input.sql", script);
     const kd_fuzz::BoundedOutput output(outputLimit);
+    kd_fuzz::renewBudget();
     try {
         runScript(script);
     } catch (const std::exception&) {

@@ -137,6 +137,32 @@ void writeLiteralSeeds(const std::filesystem::path& corpus)
     }
 }
 
+/// Arguments line by line, an empty line, and the bytes of every file that the arguments can name.
+void writeProgramSeeds(const std::filesystem::path& corpus)
+{
+    Seeds seeds(corpus, "program_fuzz");
+    const std::string text = "name,price\r\nbolt,1.25\nnut,0.30\n";
+    for (const char* work : {"show\ninput.dbf", "list\ninput.dbf\n--deleted", "script\ninput.dbf\n--key\nid",
+                             "load\ninput.dbf\n--into\nnew.db\n--table\nt", "script\ninput.dbf\n--definition-only"}) {
+        for (const std::string& table : {stockTable(), allTypesTable(), narrowRecords()}) {
+            seeds.add(work + ("\n\n" + table), {});
+        }
+    }
+    seeds.add("list\ninput.csv\n--unquote\n\n" + text, {});
+    seeds.add("load\ninput.csv\n--into\nnew.db\n\n" + text, {});
+    seeds.add("list\ninput.tsv\n\na\tb\n1\t2\n", {});
+    seeds.add("list\ninput.txt\n--columns\n2|5\n\nabcdefghijklmnop\n0123456789\n", {});
+    seeds.add("show\ninput.txt\n--columns\n2|5\n\nabc\n", {});
+    seeds.add("memory\ninput.mem\n\n" + kd_test::memEntry("TITLE", 'C', 6, 0, std::string("Hello\0", 6)), {});
+    seeds.add("import\ninput.sql\n--into\nnew.db\n\nBEGIN; CREATE TABLE t (a); INSERT INTO t VALUES (1); COMMIT;", {});
+    seeds.add("import\ninput.sql\n--into\nempty.db\n\nCREATE TABLE t (a); INSERT INTO nowhere VALUES (1);", {});
+    seeds.add("query\nempty.db\nSELECT 1 AS one, 'two' AS other\n\n", {});
+    seeds.add("query\ninput.db\nSELECT * FROM sqlite_master\n\nSQLite format 3", {});
+    seeds.add("--help\n\n", {});
+    seeds.add("--version\n\n", {});
+    seeds.add("", {});
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -153,5 +179,6 @@ int main(int argc, char** argv)
     writeDelimitedSeeds(corpus);
     writeScriptSeeds(corpus);
     writeLiteralSeeds(corpus);
+    writeProgramSeeds(corpus);
     return 0;
 }
