@@ -224,16 +224,7 @@ TEST(Database, DestructionThroughTheBaseClosesAndDeletesTheTables)
 
 TEST(Database, VirtualOperationsStandInTheirSlots)
 {
-    using kd_test::virtualSlot;
-    using Text = const std::string&;
-    EXPECT_TRUE(std::has_virtual_destructor_v<Frame>);
-    EXPECT_EQ(2U, virtualSlot(static_cast<bool (Frame::*)()>(&Frame::connect)));
-    EXPECT_EQ(3U, virtualSlot(static_cast<bool (Frame::*)(Text, Text, Text, Text)>(&Frame::connect)));
-    EXPECT_EQ(4U, virtualSlot(&Frame::isConnected));
-    EXPECT_EQ(5U, virtualSlot(&Frame::isDisconnected));
-    EXPECT_EQ(6U, virtualSlot(&Frame::disconnect));
-    EXPECT_EQ(7U, virtualSlot(&Frame::useDatabase));
-    EXPECT_EQ(8U, virtualSlot(&Frame::createDatabase));
+    kd_test::expectFrameSlots<Frame>();
 }
 
 }  // namespace

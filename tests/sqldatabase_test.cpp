@@ -5,14 +5,15 @@
 
 #include <kd_lib/sqldatabase.h>
 #include <kd_lib/sqliteconnection.h>
+#include <kd_lib/text.h>
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <limits>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <sys/socket.h>
@@ -26,7 +27,6 @@ namespace {
 using kd_lib::FIELD_TYPE;
 using kd_lib::SqlDatabase;
 using kd_lib::SQLite3;
-using kd_lib::TableFields;
 using kd_test::captured;
 using kd_test::Console;
 using kd_test::FakeSqlDatabase;
@@ -71,36 +71,7 @@ TEST(SqlDatabase, MembersHaveTheirTypes)
 
 TEST(SqlDatabase, VirtualOperationsStandInTheirSlots)
 {
-    using kd_test::virtualSlot;
-    using Text = const std::string&;
-    using Sql = SqlDatabase;
-    EXPECT_EQ(2U, virtualSlot(static_cast<bool (Sql::*)()>(&Sql::connect)));
-    EXPECT_EQ(3U, virtualSlot(static_cast<bool (Sql::*)(Text, Text, Text, Text)>(&Sql::connect)));
-    EXPECT_EQ(4U, virtualSlot(&Sql::isConnected));
-    EXPECT_EQ(5U, virtualSlot(&Sql::isDisconnected));
-    EXPECT_EQ(6U, virtualSlot(&Sql::disconnect));
-    EXPECT_EQ(7U, virtualSlot(&Sql::useDatabase));
-    EXPECT_EQ(8U, virtualSlot(&Sql::createDatabase));
-    EXPECT_EQ(9U, virtualSlot(&Sql::setError));
-    EXPECT_EQ(10U, virtualSlot(&Sql::beginTransaction));
-    EXPECT_EQ(11U, virtualSlot(&Sql::endTransaction));
-    EXPECT_EQ(12U, virtualSlot(&Sql::rollback));
-    EXPECT_EQ(13U, virtualSlot(&Sql::getDatabaseList));
-    EXPECT_EQ(14U, virtualSlot(&Sql::getTableList));
-    EXPECT_EQ(15U, virtualSlot(&Sql::convertSql2FieldType));
-    EXPECT_EQ(16U, virtualSlot(&Sql::getColumnList));
-    EXPECT_EQ(17U, virtualSlot(&Sql::prepare));
-    EXPECT_EQ(18U, virtualSlot(&Sql::prepareInsert));
-    EXPECT_EQ(19U, virtualSlot(&Sql::preparedRecord));
-    EXPECT_EQ(20U, virtualSlot(static_cast<bool (Sql::*)()>(&Sql::execute)));
-    EXPECT_EQ(21U, virtualSlot(static_cast<bool (Sql::*)(Text)>(&Sql::execute)));
-    EXPECT_EQ(22U, virtualSlot(static_cast<bool (Sql::*)()>(&Sql::query)));
-    EXPECT_EQ(23U, virtualSlot(static_cast<bool (Sql::*)(Text)>(&Sql::query)));
-    EXPECT_EQ(24U, virtualSlot(&Sql::getRecords));
-    EXPECT_EQ(25U, virtualSlot(&Sql::fetchRow));
-    EXPECT_EQ(26U, virtualSlot(&Sql::printHeader));
-    EXPECT_EQ(27U, virtualSlot(&Sql::processRow));
-    EXPECT_EQ(28U, virtualSlot(&Sql::clearResults));
+    kd_test::expectSqlSlots<SqlDatabase>();
 }
 
 TEST(SqlDatabase, FrameOperationsThatAreNotOverriddenStayThoseOfTheFrame)
@@ -287,15 +258,13 @@ INSTANTIATE_TEST_SUITE_P(Steps, SqlDatabaseTypeText,
                                          TypeText{"xNUMx", 2, "decimal"}, TypeText{"FLOAT", 3, "float"},
                                          TypeText{"xFLOATx", 3, "float"}, TypeText{"CHARACTER(", 10, "char"},
                                          TypeText{"xCHARACTER(12)", 10, "char"},
-                                         TypeText{"CHARACTER VARYING", 11, "varchar"},
-                                         TypeText{"BLOB", 14, "blob"}, TypeText{"DATE", 7, "date"},
-                                         TypeText{"TIME", 8, "time"}, TypeText{"TIMESTAMP", 9, "timestamp"},
-                                         TypeText{"BOOLEAN", 1, "boolean"}));
+                                         TypeText{"CHARACTER VARYING", 11, "varchar"}, TypeText{"BLOB", 14, "blob"},
+                                         TypeText{"DATE", 7, "date"}, TypeText{"TIME", 8, "time"},
+                                         TypeText{"TIMESTAMP", 9, "timestamp"}, TypeText{"BOOLEAN", 1, "boolean"}));
 
 INSTANTIATE_TEST_SUITE_P(Order, SqlDatabaseTypeText,
                          testing::Values(TypeText{"DEC NUM FLOAT CHARACTER(", 2, "decimal"},
-                                         TypeText{"FLOAT NUM", 2, "decimal"},
-                                         TypeText{"CHARACTER( FLOAT", 3, "float"},
+                                         TypeText{"FLOAT NUM", 2, "decimal"}, TypeText{"CHARACTER( FLOAT", 3, "float"},
                                          TypeText{"CHARACTER(DEC)", 2, "decimal"},
                                          TypeText{"SMALLINT NUM", 2, "decimal"}));
 
@@ -669,12 +638,13 @@ Import importScript(SqlDatabase& database, const std::string& script)
     const ScopedDirectory scratch;
     const std::string path = scratch.write("script.sql", script);
     Import import;
-    import.Printed = captured([&] { import.Answer = database.importSqlFile(path); });
-    const std::string progress = "Executing SQL file " + path + "\n";
-    EXPECT_EQ(progress, import.Printed.out.substr(0, progress.size()));
-    import.Printed.out.erase(0, progress.size());
-    return import;
-}
+    import.Printed = captured([&] { import.Answer = database.importSqlFile(path);
+});
+const std::string progress = "Executing SQL file " + path + "\n";
+EXPECT_EQ(progress, import.Printed.out.substr(0, progress.size()));
+import.Printed.out.erase(0, progress.size());
+return import;
+}  // namespace
 
 /// The statements that a script is split into.
 Texts statementsOf(const std::string& script)
@@ -747,6 +717,47 @@ TEST(SqlDatabaseImport, StatementsQuotesAndCommentsMayStraddleEveryBlockBoundary
         SCOPED_TRACE(lead);
         const std::string start(lead, 'x');
         EXPECT_EQ((Texts{start + "';#'''y;", "z;"}), statementsOf(start + "';#'''y;#c;'\nz;"));
+        const std::string blanks(lead, ' ');
+        EXPECT_EQ((Texts{"A;", "B;"}), statementsOf(blanks + "A;" + blanks + "\n#;\n" + blanks + "B;" + blanks));
+    }
+}
+
+/// The rules of a script, one character at a time.
+Texts splitOneByOne(const std::string& script)
+{
+    Texts statements;
+    std::string statement;
+    bool inComment = false;
+    bool inQuote = false;
+    for (const char c : script) {
+        inComment = inComment || (c == '#' && !inQuote);
+        if (inComment) {
+            inComment = c != '\n';
+            continue;
+        }
+        statement += c;
+        inQuote = inQuote != (c == '\'');
+        if (c == ';' && !inQuote) {
+            statements.push_back(kd_lib::allTrim(statement));
+            statement.clear();
+        }
+    }
+    return statements;
+}
+
+TEST(SqlDatabaseImport, RandomScriptsAreSplitAsOneCharacterAtATime)
+{
+    std::mt19937 random(20240117);
+    const std::string characters("';;##\n\n \t\rAb\"`\0\xff", 17);
+    for (std::size_t round = 0; round < 300; ++round) {
+        // Every third script begins with a quoted text, with blanks or with a word that fills a block.
+        const std::string first = round % 3 == 0 ? std::string("'\nx", 3).substr(round / 3 % 3, 1) : "";
+        std::string script = first + std::string(first.empty() ? 0 : 65430, round % 2 == 0 ? ' ' : 'y');
+        for (int i = 0; i < 200; ++i) {
+            script += characters[random() % characters.size()];
+        }
+        SCOPED_TRACE(testing::PrintToString(script.substr(script.size() - 200)));
+        ASSERT_EQ(splitOneByOne(script), statementsOf(script));
     }
 }
 
@@ -908,9 +919,8 @@ protected:
 
 TEST_F(SqlDatabaseSqliteImport, ScriptRunsToItsEnd)
 {
-    const Import import = importScript(Database,
-                                       "CREATE TABLE t (a TEXT, b INTEGER);\n# one; comment\n"
-                                       "INSERT INTO `t` VALUES ('x;y', 1);\nINSERT INTO t VALUES ('z', 2)");
+    const Import import = importScript(Database, "CREATE TABLE t (a TEXT, b INTEGER);\n# one; comment\n"
+                                                 "INSERT INTO `t` VALUES ('x;y', 1);\nINSERT INTO t VALUES ('z', 2)");
     EXPECT_FALSE(import.Answer);
     EXPECT_EQ("", import.Printed.out);
     EXPECT_EQ("", import.Printed.err);
@@ -928,8 +938,7 @@ TEST_F(SqlDatabaseSqliteImport, DeliberatelyASelectWithARowFails)
 
 TEST_F(SqlDatabaseSqliteImport, SelectWithoutARowPasses)
 {
-    const Import import =
-        importScript(Database, "CREATE TABLE t (a);\nSELECT a FROM t;\nINSERT INTO t VALUES (1);\n");
+    const Import import = importScript(Database, "CREATE TABLE t (a);\nSELECT a FROM t;\nINSERT INTO t VALUES (1);\n");
     EXPECT_FALSE(import.Answer);
     EXPECT_EQ("", import.Printed.err);
     EXPECT_EQ(1, Database.getRecords("t"));
@@ -937,9 +946,8 @@ TEST_F(SqlDatabaseSqliteImport, SelectWithoutARowPasses)
 
 TEST_F(SqlDatabaseSqliteImport, FailureOutsideATransactionKeepsWhatRan)
 {
-    const Import import = importScript(Database,
-                                       "CREATE TABLE t (a);\nINSERT INTO t VALUES (1);\n"
-                                       "INSERT INTO u VALUES (2);\nINSERT INTO t VALUES (3);");
+    const Import import = importScript(Database, "CREATE TABLE t (a);\nINSERT INTO t VALUES (1);\n"
+                                                 "INSERT INTO u VALUES (2);\nINSERT INTO t VALUES (3);");
     EXPECT_TRUE(import.Answer);
     EXPECT_EQ("no such table: u [#1]\n", import.Printed.out);
     EXPECT_EQ("Error executing statement\n", import.Printed.err);
@@ -988,8 +996,8 @@ TEST_F(SqlDatabaseSqliteImport, EmptyStatementStopsTheScriptWithoutAReason)
 
 TEST_F(SqlDatabaseSqliteImport, OneVeryLongStatementIsStoredWhole)
 {
-    const Import import = importScript(
-        Database, "CREATE TABLE t (a TEXT);\nINSERT INTO t VALUES ('" + std::string(10'000'000, 'x') + ";');\n");
+    const Import import = importScript(Database, "CREATE TABLE t (a TEXT);\nINSERT INTO t VALUES ('" +
+                                                     std::string(10'000'000, 'x') + ";');\n");
     EXPECT_FALSE(import.Answer);
     EXPECT_EQ("", import.Printed.err);
     EXPECT_EQ("10000001,;", row("SELECT length(a), substr(a, -1) FROM t"));

@@ -118,35 +118,7 @@ TEST(Sqlite3Object, ConnectOfTheFrameAssignsTheSettingsAndOpensNothing)
 
 TEST(Sqlite3Object, VirtualOperationsStandInTheirSlots)
 {
-    using kd_test::virtualSlot;
-    using Text = const std::string&;
-    EXPECT_EQ(2U, virtualSlot(static_cast<bool (SQLite3::*)()>(&SQLite3::connect)));
-    EXPECT_EQ(3U, virtualSlot(static_cast<bool (SQLite3::*)(Text, Text, Text, Text)>(&SQLite3::connect)));
-    EXPECT_EQ(4U, virtualSlot(&SQLite3::isConnected));
-    EXPECT_EQ(5U, virtualSlot(&SQLite3::isDisconnected));
-    EXPECT_EQ(6U, virtualSlot(&SQLite3::disconnect));
-    EXPECT_EQ(7U, virtualSlot(&SQLite3::useDatabase));
-    EXPECT_EQ(8U, virtualSlot(&SQLite3::createDatabase));
-    EXPECT_EQ(9U, virtualSlot(&SQLite3::setError));
-    EXPECT_EQ(10U, virtualSlot(&SQLite3::beginTransaction));
-    EXPECT_EQ(11U, virtualSlot(&SQLite3::endTransaction));
-    EXPECT_EQ(12U, virtualSlot(&SQLite3::rollback));
-    EXPECT_EQ(13U, virtualSlot(&SQLite3::getDatabaseList));
-    EXPECT_EQ(14U, virtualSlot(&SQLite3::getTableList));
-    EXPECT_EQ(15U, virtualSlot(&SQLite3::convertSql2FieldType));
-    EXPECT_EQ(16U, virtualSlot(&SQLite3::getColumnList));
-    EXPECT_EQ(17U, virtualSlot(&SQLite3::prepare));
-    EXPECT_EQ(18U, virtualSlot(&SQLite3::prepareInsert));
-    EXPECT_EQ(19U, virtualSlot(&SQLite3::preparedRecord));
-    EXPECT_EQ(20U, virtualSlot(static_cast<bool (SQLite3::*)()>(&SQLite3::execute)));
-    EXPECT_EQ(21U, virtualSlot(static_cast<bool (SQLite3::*)(Text)>(&SQLite3::execute)));
-    EXPECT_EQ(22U, virtualSlot(static_cast<bool (SQLite3::*)()>(&SQLite3::query)));
-    EXPECT_EQ(23U, virtualSlot(static_cast<bool (SQLite3::*)(Text)>(&SQLite3::query)));
-    EXPECT_EQ(24U, virtualSlot(&SQLite3::getRecords));
-    EXPECT_EQ(25U, virtualSlot(&SQLite3::fetchRow));
-    EXPECT_EQ(26U, virtualSlot(&SQLite3::printHeader));
-    EXPECT_EQ(27U, virtualSlot(&SQLite3::processRow));
-    EXPECT_EQ(28U, virtualSlot(&SQLite3::clearResults));
+    kd_test::expectSqlSlots<SQLite3>();
 }
 
 // Paths
@@ -256,10 +228,10 @@ TEST_F(SqliteConnection, EmptyNameChangesNothing)
     const sqlite3* handle = Database.handle;
     sqliteCalls.reset();
     EXPECT_EQ("", printedBy([&] {
-        EXPECT_FALSE(Database.openDatabase("", true, "x"));
-        EXPECT_FALSE(Database.useDatabase(""));
-        EXPECT_FALSE(Database.createDatabase(""));
-    }));
+                  EXPECT_FALSE(Database.openDatabase("", true, "x"));
+                  EXPECT_FALSE(Database.useDatabase(""));
+                  EXPECT_FALSE(Database.createDatabase(""));
+              }));
     EXPECT_EQ("x.db", Database.database);
     EXPECT_EQ("kept", Database.errorText);
     EXPECT_EQ(handle, Database.handle);
@@ -604,9 +576,9 @@ TEST_F(SqliteConnection, PathOfAttachCannotBreakOutOfItsQuotes)
 {
     ASSERT_TRUE(Database.createDatabase(":memory:"));
     ASSERT_TRUE(Database.execute("CREATE TABLE t (a)"));
-    for (const std::string& path : {std::string("a'b.db"), std::string("' AS x; DROP TABLE t; --"),
-                                    std::string("two\nlines;.db"), std::string("\"quoted\".db"),
-                                    std::string("\x01\x1b\x7f.db")}) {
+    for (const std::string& path :
+         {std::string("a'b.db"), std::string("' AS x; DROP TABLE t; --"), std::string("two\nlines;.db"),
+          std::string("\"quoted\".db"), std::string("\x01\x1b\x7f.db")}) {
         SCOPED_TRACE(path);
         EXPECT_EQ("", printedBy([&] { EXPECT_TRUE(Database.attach(path, "other")); }));
         EXPECT_TRUE(std::filesystem::exists(path));
@@ -693,9 +665,9 @@ TEST_F(SqliteConnection, DatabaseListWithoutAConnectionIsEmptyAndFalse)
 {
     Database.databaseList = {"old"};
     EXPECT_EQ("", printedBy([&] {
-        EXPECT_FALSE(Database.getDatabaseList());
-        EXPECT_FALSE(Database.isAttached("main"));
-    }));
+                  EXPECT_FALSE(Database.getDatabaseList());
+                  EXPECT_FALSE(Database.isAttached("main"));
+              }));
     EXPECT_TRUE(Database.databaseList.empty());
 }
 
@@ -909,8 +881,7 @@ TEST_F(SqliteConnection, ScriptIntoALockedDatabaseStopsAtItsFirstStatement)
     ASSERT_EQ(SQLITE_OK, other.run("CREATE TABLE t (a); BEGIN EXCLUSIVE"));
     ASSERT_TRUE(Database.useDatabase("x.db"));
     Scratch.write("script.sql", "INSERT INTO t VALUES (1);\nINSERT INTO t VALUES (2);\n");
-    const kd_test::Console console =
-        kd_test::captured([&] { EXPECT_TRUE(Database.importSqlFile("script.sql")); });
+    const kd_test::Console console = kd_test::captured([&] { EXPECT_TRUE(Database.importSqlFile("script.sql")); });
     EXPECT_EQ("Executing SQL file script.sql\n" + failureLine(5, "database is locked"), console.out);
     EXPECT_EQ("Error executing statement\n", console.err);
 }

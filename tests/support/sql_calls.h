@@ -24,8 +24,8 @@ struct OpenCall {
 /// The calls since the last `reset`, and the answers to give in place of SQLite's.
 struct SqliteCalls {
     std::vector<OpenCall> Opens;
-    std::vector<std::string> Prepared;      ///< the texts given to `sqlite3_prepare_v2`
-    std::vector<sqlite3_stmt*> Finalized;   ///< the statements given to `sqlite3_finalize`
+    std::vector<std::string> Prepared;     ///< the texts given to `sqlite3_prepare_v2`
+    std::vector<sqlite3_stmt*> Finalized;  ///< the statements given to `sqlite3_finalize`
     int Steps = 0;
     int Closes = 0;
 

@@ -106,10 +106,7 @@ public:
     }
 
 private:
-    bool fails(const std::string& sql) const
-    {
-        return std::find(Failing.begin(), Failing.end(), sql) != Failing.end();
-    }
+    bool fails(const std::string& sql) const { return std::find(Failing.begin(), Failing.end(), sql) != Failing.end(); }
 };
 
 /// What a paged listing printed, and how many of the answers it took.
