@@ -6,6 +6,7 @@
 #include <kd_lib/sqldatabase.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 struct sqlite3;
@@ -165,6 +166,10 @@ public:
     bool bind(int index, double value);                     ///< number; NaN binds NULL and answers true
     bool bind(const std::string& name, std::string value);  ///< text, for the parameter `name`
     bool bindNULL(int index);                               ///< NULL; a failure is not reported
+
+    /// Text that SQLite does not copy: it must stay as it is until the statement has been executed and
+    /// another value is bound or the statement is finalised.
+    bool bindKept(int index, std::string_view value);
     /// @}
 
     /// \name Transactions

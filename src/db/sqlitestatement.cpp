@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace kd_lib {
@@ -195,6 +196,14 @@ bool SQLite3::preparedRecord(TableFields fields)
 bool SQLite3::bind(int index, std::string value)
 {
     return succeeded(sqlite3_bind_text(statement, index, value.c_str(), -1, SQLITE_TRANSIENT));
+}
+
+bool SQLite3::bindKept(int index, std::string_view value)
+{
+    // What an int cannot tell is longer than SQLite takes.
+    const std::size_t longest = std::numeric_limits<int>::max();
+    const auto length = static_cast<int>(std::min(value.size(), longest));
+    return succeeded(sqlite3_bind_text(statement, index, value.empty() ? "" : value.data(), length, SQLITE_STATIC));
 }
 
 bool SQLite3::bind(int index, int value)
