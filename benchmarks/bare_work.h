@@ -1,0 +1,19 @@
+/// \file
+/// The bare twins: plain block reads and slices, plain line reads, bare SQLite calls. They know nothing of
+/// the library, check little, and hold no more than a few blocks, apart from the script's twin, which keeps
+/// the whole script in memory.
+#pragma once
+
+#include "workloads.h"
+
+namespace kd_bench::bare {
+
+Tally walkDbf(const Files& files);
+Tally walkCsv(const Files& files);
+Tally walkFixed(const Files& files);
+Tally writeScript(const Files& files);
+Tally importScript(const Files& files);
+Tally loadRecords(const Files& files);
+Tally printQuery(const Files& files);
+
+}  // namespace kd_bench::bare

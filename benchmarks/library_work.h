@@ -1,0 +1,17 @@
+/// \file
+/// The work as a client of the library does it.
+#pragma once
+
+#include "workloads.h"
+
+namespace kd_bench::library {
+
+Tally walkDbf(const Files& files);
+Tally walkCsv(const Files& files);
+Tally walkFixed(const Files& files);
+Tally writeScript(const Files& files);
+Tally importScript(const Files& files);
+Tally loadRecords(const Files& files);
+Tally printQuery(const Files& files);
+
+}  // namespace kd_bench::library
