@@ -1,6 +1,7 @@
 #include "support/console_capture.h"
 #include "support/scoped_directory.h"
 #include "support/sql_fake.h"
+#include "support/sql_rights.h"
 #include "support/sql_slot.h"
 
 #include <kd_lib/sqldatabase.h>
@@ -12,6 +13,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <limits>
 #include <random>
 #include <stdexcept>
@@ -877,6 +879,21 @@ TEST(SqlDatabaseImport, DirectoryAnswersFalse)
     EXPECT_FALSE(answer);
     EXPECT_EQ("", console.err);
     EXPECT_TRUE(database.Executed.empty());
+}
+
+TEST(SqlDatabaseImportDeathTest, ExistingFileThatMayNotBeReadIsNotReportedAsMissing)
+{
+    const ScopedDirectory scratch;
+    const std::string path = scratch.write("script.sql", "A;");
+    std::filesystem::permissions(scratch.path(), std::filesystem::perms::all);
+    std::filesystem::permissions(path, std::filesystem::perms::none);
+    const auto importWithoutRights = [&path] {
+        kd_test::giveUpRights();
+        FakeSqlDatabase database;
+        const bool answer = database.importSqlFile(path);
+        ::_exit(answer || !database.Executed.empty() ? 1 : 0);
+    };
+    EXPECT_EXIT(importWithoutRights(), testing::ExitedWithCode(0), testing::Matcher<const std::string&>(""));
 }
 
 TEST(SqlDatabaseImport, OneVeryLongStatementIsRunWhole)

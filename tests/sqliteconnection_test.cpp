@@ -2,6 +2,7 @@
 #include "support/scoped_directory.h"
 #include "support/sql_calls.h"
 #include "support/sql_other_process.h"
+#include "support/sql_rights.h"
 #include "support/sql_slot.h"
 #include "support/sql_sqlite.h"
 
@@ -14,6 +15,7 @@
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -277,6 +279,21 @@ TEST_F(SqliteConnection, FailedOpenIsReportedAndKeepsTheHandle)
     EXPECT_TRUE(Database.isConnected()) << "the handle that SQLite returned stays";
     EXPECT_TRUE(Database.disconnect());
     EXPECT_EQ("", Database.errorText);
+}
+
+class SqliteConnectionDeathTest : public SqliteConnection {};
+
+TEST_F(SqliteConnectionDeathTest, ExistingFileThatMayNotBeReadIsNotReportedAsMissing)
+{
+    makeDatabase("x.db", "CREATE TABLE t (a)");
+    std::filesystem::permissions(Scratch.path(), std::filesystem::perms::all);
+    std::filesystem::permissions("x.db", std::filesystem::perms::none);
+    const auto useWithoutRights = [this] {
+        kd_test::giveUpRights();
+        const bool answer = Database.useDatabase("x.db");
+        ::_exit(!answer && Database.errorText == "unable to open database file [#14]" ? 0 : 1);
+    };
+    EXPECT_EXIT(useWithoutRights(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(SqliteConnection, CreateInAMissingDirectoryFails)

@@ -231,6 +231,14 @@ TEST_F(SqliteStatement, DeliberatelyExecuteOfASelectWithARowFails)
     EXPECT_EQ(0U, Database.queryColumns.size());
 }
 
+TEST_F(SqliteStatement, FailedExecuteEmptiesTheResultThatAQueryBegan)
+{
+    ASSERT_TRUE(Database.query("SELECT 1 AS x"));
+    EXPECT_EQ(rowIsFailure, printedBy([&] { EXPECT_FALSE(Database.execute()); }));
+    EXPECT_EQ(0U, Database.queryColumns.size());
+    EXPECT_EQ(0U, Database.resultRows);
+}
+
 TEST_F(SqliteStatement, ExecuteOfASelectWithoutARowSucceeds)
 {
     SQLite3 fresh;
@@ -565,6 +573,17 @@ TEST_F(SqliteStatement, FetchRowReportsAnErrorOfCodeOneOnce)
     EXPECT_EQ("integer overflow [#1]", Database.errorText);
     EXPECT_EQ(1U, Database.resultRows) << "as the query set it";
     EXPECT_EQ(1U, Database.rowsFetched);
+}
+
+TEST_F(SqliteStatement, StatementThatFailsAgainIsReportedAgain)
+{
+    ASSERT_TRUE(Database.query(failingQuery));
+    EXPECT_EQ(overflow + overflow, printedBy([&] {
+                  EXPECT_FALSE(Database.fetchRow());
+                  EXPECT_FALSE(Database.resetResults());
+                  EXPECT_FALSE(Database.fetchRow());
+                  EXPECT_FALSE(Database.finalize());
+              }));
 }
 
 TEST_F(SqliteStatement, FetchRowAnswersOtherCodesInSilence)
