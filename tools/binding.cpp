@@ -95,7 +95,7 @@ std::string quotedName(const std::string& name)
     return kd_lib::inQuotes(safe, '"');
 }
 
-Binding::Binding(const kd_lib::TableFields& fields) : Fields(fields)
+Binding::Binding(const kd_lib::TableFields& fields) : Fields(fields), Dates(fields.size())
 {
     for (const kd_lib::TableField* field : fields.List) {
         Kinds.push_back(kindOf(*field));
@@ -155,7 +155,7 @@ bool Binding::bindRecord(kd_lib::SQLite3& database)
 bool Binding::bindValue(kd_lib::SQLite3& database, int index, Kind kind, const std::string& value)
 {
     if (kind == Kind::Text) {
-        return value.empty() ? database.bindNULL(index) : database.bind(index, value);
+        return value.empty() ? database.bindNULL(index) : database.bindKept(index, value);
     }
     const std::string_view trimmed = kd_lib::allTrimView(value);
     if (trimmed.empty()) {
@@ -183,7 +183,7 @@ bool Binding::bindNumber(kd_lib::SQLite3& database, int index, Kind kind, std::s
     // SQLite makes a number of the text where it can: exactly of a whole one, else to 15 digits.
     const bool exact = !shape.Point && kind == Kind::Number && isWholeNumber(value);
     Rounded += shape.Plain && shape.Significant > doubleDigits && !exact ? 1U : 0U;
-    return database.bind(index, std::string(value));
+    return database.bindKept(index, value);
 }
 
 bool Binding::bindBoolean(kd_lib::SQLite3& database, int index, char letter)
@@ -206,11 +206,12 @@ bool Binding::bindBoolean(kd_lib::SQLite3& database, int index, char letter)
 
 bool Binding::bindDate(kd_lib::SQLite3& database, int index, std::string_view value)
 {
-    std::string text(value);
-    if (text.size() == dateDigits && std::all_of(text.begin(), text.end(), isDigit)) {
-        text.insert(6, 1, '-').insert(4, 1, '-');
+    if (value.size() != dateDigits || !std::all_of(value.begin(), value.end(), isDigit)) {
+        return database.bindKept(index, value);
     }
-    return database.bind(index, std::move(text));
+    std::string& date = Dates[static_cast<std::size_t>(index - 1)];
+    date.assign(value.substr(0, 4)).append(1, '-').append(value.substr(4, 2)).append(1, '-').append(value.substr(6));
+    return database.bindKept(index, date);
 }
 
 }  // namespace kd_tool

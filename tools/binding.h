@@ -37,7 +37,8 @@ public:
     std::string createTable(const std::string& table) const;
     std::string insert(const std::string& table) const;
 
-    /// Binds the current values to the prepared `insert`; false when SQLite refuses one.
+    /// Binds the current values to the prepared `insert`; false when SQLite refuses one. The statement must
+    /// have been executed before the values change.
     bool bindRecord(kd_lib::SQLite3& database);
 
     /// Numbers bound so far that have more digits than SQLite keeps.
@@ -48,12 +49,13 @@ private:
 
     bool bindNumber(kd_lib::SQLite3& database, int index, Kind kind, std::string_view value);
     static bool bindBoolean(kd_lib::SQLite3& database, int index, char letter);
-    static bool bindDate(kd_lib::SQLite3& database, int index, std::string_view value);
+    bool bindDate(kd_lib::SQLite3& database, int index, std::string_view value);
     bool bindValue(kd_lib::SQLite3& database, int index, Kind kind, const std::string& value);
     static Kind kindOf(const kd_lib::TableField& field);
 
     const kd_lib::TableFields& Fields;
     std::vector<Kind> Kinds;
+    std::vector<std::string> Dates;  // what is bound for each column of dates
     std::uint64_t Rounded = 0;
 };
 

@@ -80,13 +80,30 @@ void Connection::commit()
     require(errorText.empty());
 }
 
-NewDatabaseFile::NewDatabaseFile(const std::string& file) : Path(plainPath(file)), Created(createEmpty(file)) {}
+TargetFile::TargetFile(const std::string& file) : Argument(file), Created(createEmpty(file)) {}
 
-NewDatabaseFile::~NewDatabaseFile()
+TargetFile::~TargetFile()
+{
+    if (!Kept) {
+        undo();
+    }
+}
+
+void TargetFile::undo() const
 {
     if (Created) {
-        ::unlink((Path + "-journal").c_str());
-        ::unlink(Path.c_str());
+        const std::string path = plainPath(Argument);
+        ::unlink((path + "-journal").c_str());
+        ::unlink(path.c_str());
+        return;
+    }
+    try {
+        // After a failed write SQLite leaves its journal to the next one who reads: that is done here.
+        Connection database(Argument);
+        database.query("SELECT count(*) FROM sqlite_master");
+        database.fetchRow();
+    } catch (const Failure&) {
+        // There is nothing to undo in what cannot be opened.
     }
 }
 

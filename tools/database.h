@@ -31,19 +31,23 @@ private:
     std::string Argument;
 };
 
-/// Makes an empty database file where there is none, and removes that again unless it is kept.
-class NewDatabaseFile {
+/// The file of a database that is to be changed, made empty where there is none. Unless it is kept, it is
+/// brought back to what it was: a new file is removed, in an old one SQLite undoes what a failed write left.
+class TargetFile {
 public:
-    explicit NewDatabaseFile(const std::string& file);
-    ~NewDatabaseFile();
-    NewDatabaseFile(const NewDatabaseFile&) = delete;
-    NewDatabaseFile& operator=(const NewDatabaseFile&) = delete;
+    explicit TargetFile(const std::string& file);
+    ~TargetFile();
+    TargetFile(const TargetFile&) = delete;
+    TargetFile& operator=(const TargetFile&) = delete;
 
-    void keep() { Created = false; }
+    void keep() { Kept = true; }
 
 private:
-    std::string Path;
+    void undo() const;
+
+    std::string Argument;
     bool Created;
+    bool Kept = false;
 };
 
 }  // namespace kd_tool

@@ -11,7 +11,7 @@ namespace kd_tool {
 
 namespace {
 
-/// Scripts do not end with longer comments; where one does, there is at most a note too many.
+/// A text inside quotes that is longer can at most cost a note too many or too few.
 constexpr std::streamoff tailSize = 65536;
 
 std::string readTail(const std::string& script)
@@ -27,37 +27,50 @@ std::string readTail(const std::string& script)
     return tail;
 }
 
-/// The line up to a "#" outside quotes.
-std::string_view withoutComment(std::string_view line)
-{
-    bool quoted = false;
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        quoted = quoted != (line[i] == '\'');
-        if (line[i] == '#' && !quoted) {
-            return line.substr(0, i);
+/// Reads a script's text as the library splits it, and knows whether a statement is under way.
+class StatementState {
+public:
+    void take(char c)
+    {
+        if (InComment) {
+            InComment = c != '\n';
+        } else if (c == '\'') {
+            InQuote = !InQuote;
+            Open = true;
+        } else if (InQuote) {
+            return;
+        } else if (c == '#') {
+            InComment = true;
+        } else if (c == ';') {
+            Open = false;
+        } else if (kd_lib::allTrimView(std::string_view(&c, 1)).size() == 1) {
+            Open = true;
         }
     }
-    return line;
-}
+
+    bool open() const { return Open; }
+
+private:
+    bool InComment = false;
+    bool InQuote = false;
+    bool Open = false;
+};
 
 }  // namespace
 
 bool endsInsideStatement(const std::string& script)
 {
     const std::string tail = readTail(script);
-    bool open = false;
+    StatementState state;
     kd_lib::PieceReader lines(tail, "\n");
     for (std::string_view line; lines.next(line);) {
-        line = withoutComment(line);
-        const std::size_t end = line.rfind(';');
-        if (end != std::string_view::npos) {
-            open = false;
-            line.remove_prefix(end + 1);
+        // SQL's own comments between the statements do no harm.
+        if (state.open() || kd_lib::allTrimView(line).substr(0, 2) != "--") {
+            std::for_each(line.begin(), line.end(), [&state](char c) { state.take(c); });
+            state.take('\n');
         }
-        line = kd_lib::allTrimView(line);
-        open = open || (!line.empty() && line.substr(0, 2) != "--");
     }
-    return open;
+    return state.open();
 }
 
 }  // namespace kd_tool

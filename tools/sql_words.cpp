@@ -59,6 +59,33 @@ std::string takeWord(std::string_view& text)
     return word;
 }
 
+bool beginsTrigger(std::string_view sql)
+{
+    if (takeWord(sql) != "CREATE") {
+        return false;
+    }
+    const std::string word = takeWord(sql);
+    return word == "TRIGGER" || ((word == "TEMP" || word == "TEMPORARY") && takeWord(sql) == "TRIGGER");
+}
+
+/// Removes the first statement with its ";". Quotes of any kind and comments protect a ";".
+void skipStatement(std::string_view& sql)
+{
+    while (!sql.empty()) {
+        skipNothing(sql);
+        const char first = sql.empty() ? ';' : sql.front();
+        sql.remove_prefix(sql.empty() ? 0 : 1);
+        if (first == ';') {
+            return;
+        }
+        if (first == '\'' || first == '"' || first == '`') {
+            skipBehind(sql, std::string_view(&first, 1));
+        } else if (first == '[') {
+            skipBehind(sql, "]");
+        }
+    }
+}
+
 /// Most statements begin with another letter: they need no closer look.
 bool canBeTransactionWord(std::string_view text)
 {
@@ -91,6 +118,21 @@ TransactionWord transactionWord(std::string_view statement)
         }
     }
     return next == "TO" ? TransactionWord::None : TransactionWord::Rollback;
+}
+
+bool holdsSecondStatement(std::string_view sql)
+{
+    // The statements inside a trigger end with ";" as well.
+    if (beginsTrigger(sql)) {
+        return false;
+    }
+    skipStatement(sql);
+    skipNothing(sql);
+    while (startsWith(sql, ";")) {
+        sql.remove_prefix(1);
+        skipNothing(sql);
+    }
+    return !sql.empty();
 }
 
 }  // namespace kd_tool

@@ -93,7 +93,7 @@ void import(const ImportOptions& options)
 {
     finishOnSignal();
     requireReadableFile(options.Script);
-    NewDatabaseFile file(options.Database);
+    TargetFile file(options.Database);
     std::uint64_t statements = 0;
     {
         ImportConnection database(options.Database);

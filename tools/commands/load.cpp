@@ -71,7 +71,7 @@ void load(const LoadOptions& options)
     const kd_lib::FileTable& table = source->table();
     requireNames(*source, table.Fields);
     const std::string name = options.Table.empty() ? kd_lib::stringToLower(table.Name) : options.Table;
-    NewDatabaseFile file(options.Database);
+    TargetFile file(options.Database);
     Counts counts;
     {
         // Closed without a commit it leaves the database as it was.

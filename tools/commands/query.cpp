@@ -2,6 +2,7 @@
 
 #include "../database.h"
 #include "../output.h"
+#include "../sql_words.h"
 
 namespace kd_tool {
 
@@ -43,6 +44,9 @@ private:
 void query(const QueryOptions& options)
 {
     requireReadableFile(options.Database);
+    if (holdsSecondStatement(options.Sql)) {
+        throw Failure(options.Database, "the text holds more than one statement");
+    }
     QueryConnection database(options.Database);
     database.require(database.query(options.Sql));
     if (database.statement == nullptr) {

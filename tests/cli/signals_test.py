@@ -1,0 +1,127 @@
+"""Signals in the middle of the work. The moments are random; KD_SEED repeats them."""
+import os
+import random
+import signal
+import subprocess
+import time
+import unittest
+
+from support import ProgramTest, content, many_records, sample, started, write
+
+ROUNDS = 20
+RECORDS = 60000
+
+
+class Signals(ProgramTest):
+    def setUp(self):
+        super().setUp()
+        seed = os.environ.get('KD_SEED') or str(time.time_ns())
+        self.random = random.Random(seed)
+        print('KD_SEED=' + seed, flush=True)
+        write('big.dbf', many_records(RECORDS))
+        write('big.sql', 'CREATE TABLE big(n);\n' + ''.join(
+            f'INSERT INTO big VALUES ({n});\n' for n in range(RECORDS)))
+        sample('members.dbf')
+        self.run_program('load', 'members.dbf', '--into', 'old.db')
+        self.before = content('old.db')
+
+    def duration(self, arguments):
+        """How long the whole work takes here; what it made is removed."""
+        begin = time.monotonic()
+        self.assertEqual(self.run_program(*arguments).code, 0)
+        return time.monotonic() - begin
+
+    def interrupt(self, arguments, number, moment):
+        with started(*arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            time.sleep(moment)
+            process.send_signal(number)
+            out, err = process.communicate(timeout=120)
+            return process.returncode, out.decode(), err.decode()
+
+    def moments(self, arguments, rounds):
+        whole = self.duration(arguments)
+        # Evenly spread, each somewhere in its share, so that every stage of the work is met.
+        return [whole * (i + self.random.random()) / rounds for i in range(rounds)]
+
+    def loaded(self, database):
+        """The number of records in the table that is loaded; None: there is no such table."""
+        tables = self.rows(database, "SELECT count(*) FROM sqlite_master WHERE name = 'big'")
+        return int(self.rows(database, 'SELECT count(*) FROM big')[0]) if tables == ['1'] else None
+
+    def remake(self):
+        for name in os.listdir('.'):
+            if name.startswith(('new.db', 'old.db')):
+                os.remove(name)
+        write('old.db', self.before)
+
+
+class Killed(Signals):
+    def check_killed(self, *arguments):
+        moments = self.moments([*arguments, 'new.db'], ROUNDS)
+        cut_short = 0
+        for moment in moments:
+            for database in ['new.db', 'old.db']:
+                self.remake()
+                code, _, _ = self.interrupt([*arguments, database], signal.SIGKILL, moment)
+                cut_short += code == -signal.SIGKILL
+                if os.path.exists(database):
+                    self.check_intact(database)
+                    self.assertIn(self.loaded(database), [None, RECORDS])
+                if database == 'old.db':
+                    self.assertEqual(self.rows(database, 'SELECT count(*) FROM members'), ['3'])
+        self.assertGreater(cut_short, ROUNDS // 2)
+
+    def test_load_killed_at_random_moments_holds_all_or_nothing(self):
+        self.check_killed('load', 'big.dbf', '--into')
+
+    def test_import_killed_at_random_moments_holds_all_or_nothing(self):
+        self.check_killed('import', 'big.sql', '--into')
+
+
+class Ended(Signals):
+    def check_ended(self, *arguments):
+        files = {'big.dbf', 'big.sql', 'members.dbf', 'old.db'}
+        cut_short = 0
+        for index, moment in enumerate(self.moments([*arguments, 'new.db'], ROUNDS)):
+            number = [signal.SIGINT, signal.SIGTERM][index % 2]
+            for database in ['new.db', 'old.db']:
+                self.remake()
+                code, out, err = self.interrupt([*arguments, database], number, moment)
+                self.assertIn(code, [0, 128 + number])
+                self.assertEqual(out, '')
+                self.assertNotIn('kd_db:', err)
+                if code != 0:
+                    cut_short += 1
+                    self.assertEqual(set(os.listdir('.')), files)
+                    self.assertEqual(content('old.db'), self.before)
+                else:
+                    self.assertEqual(self.loaded(database), RECORDS)
+        self.assertGreater(cut_short, ROUNDS // 2)
+
+    def test_load_ended_at_random_moments_rolls_back(self):
+        self.check_ended('load', 'big.dbf', '--into')
+
+    def test_import_ended_at_random_moments_rolls_back(self):
+        self.check_ended('import', 'big.sql', '--into')
+
+    def test_script_ended_at_random_moments_leaves_nothing(self):
+        write('big.dbf', many_records(5 * RECORDS))
+        os.remove('big.sql')
+        cut_short = 0
+        for index, moment in enumerate(self.moments(['script', 'big.dbf'], ROUNDS)):
+            number = [signal.SIGINT, signal.SIGTERM][index % 2]
+            if os.path.exists('big.sql'):
+                os.remove('big.sql')
+            code, out, err = self.interrupt(['script', 'big.dbf'], number, moment)
+            if code == 0:
+                self.assertEqual(out, 'big.sql\n')
+            else:
+                cut_short += 1
+                self.assertEqual((code, out), (128 + number, ''))
+                self.assertNotIn('kd_db:', err)
+                self.assertEqual(set(os.listdir('.')), {'big.dbf', 'members.dbf', 'old.db'})
+        self.assertGreater(cut_short, ROUNDS // 2)
+
+
+if __name__ == '__main__':
+    unittest.main()
