@@ -12,7 +12,7 @@ def dbf(columns, records, date=(124, 3, 5)):
     """A .dbf table. A column is (name, type, length, decimals); a record is (deletion mark, values)."""
     header_length = 32 + 32 * len(columns) + 1
     record_length = 1 + sum(length for _, _, length, _ in columns)
-    out = struct.pack('<BBBBIHH20x', 3, *date, len(records), header_length, record_length)
+    out = bytearray(struct.pack('<BBBBIHH20x', 3, *date, len(records), header_length, record_length))
     for name, kind, length, decimals in columns:
         out += struct.pack('<11scIBB14x', name.encode('ascii'), kind.encode('ascii'), 0, length, decimals)
     out += b'\r'
@@ -23,7 +23,7 @@ def dbf(columns, records, date=(124, 3, 5)):
                 raise ValueError(f'{name}: {value!r} is longer than {length}')
             value = value.rjust(length) if kind in 'NF' else value.ljust(length)
             out += value.encode('ascii')
-    return out + b'\x1a'
+    return bytes(out + b'\x1a')
 
 
 def mem_entry(name, kind, length, decimals, value):
