@@ -501,6 +501,23 @@ TEST_F(SqliteConnection, DestructionDisconnects)
     EXPECT_EQ(before, openDescriptors());
 }
 
+TEST_F(SqliteConnection, DestructionFinalisesTheStatementsEvenOfAConnectionThatDoesNotClose)
+{
+    sqlite3* handle = nullptr;
+    {
+        SQLite3 database;
+        ASSERT_TRUE(database.createDatabase(":memory:"));
+        ASSERT_TRUE(database.query("SELECT 1"));
+        ASSERT_TRUE(database.fetchRow());
+        ASSERT_TRUE(database.prepare("SELECT 2"));
+        handle = database.handle;
+        ASSERT_EQ(2U, kd_test::openStatements(handle));
+        sqliteCalls.Answers["close"] = {SQLITE_BUSY, 6};
+    }
+    EXPECT_EQ(0U, kd_test::openStatements(handle));
+    EXPECT_EQ(SQLITE_OK, sqlite3_close_v2(handle));
+}
+
 TEST_F(SqliteConnection, TenThousandRoundsLeaveNoDescriptor)
 {
     makeDatabase("x.db", "CREATE TABLE t (a); INSERT INTO t VALUES (1), (2)");
