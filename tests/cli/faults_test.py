@@ -54,6 +54,7 @@ class SizeLimit(Faults):
 
 
 class OtherLimits(Faults):
+    @unittest.skipIf(SANITIZED, 'the sanitizers need descriptors themselves')
     def test_descriptors(self):
         self.check_script('.+', preexec_fn=limits(NOFILE=4))
         for count in [3, 4, 5]:
