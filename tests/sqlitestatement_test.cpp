@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -123,6 +124,7 @@ TEST_F(SqliteStatement, EveryOperationWithoutAConnectionFailsSilently)
         EXPECT_FALSE(database.bind(1, 2.5));
         EXPECT_FALSE(database.bind(":a", "x"));
         EXPECT_FALSE(database.bindNULL(1));
+        EXPECT_FALSE(database.bindKept(1, "x"));
         EXPECT_FALSE(database.prepareInsert("t"));
         EXPECT_TRUE(database.resetResults());
         EXPECT_TRUE(database.finalize());
@@ -685,6 +687,36 @@ TEST_F(SqliteStatement, TextIsBoundUpToItsZeroByteAndCopied)
     EXPECT_EQ("'ab','" + std::string(100, 'x') + "'\n", rows());
 }
 
+TEST_F(SqliteStatement, KeptTextIsBoundWithItsOwnLengthAndNotCopied)
+{
+    ASSERT_TRUE(Database.prepare("INSERT INTO t VALUES (?, ?)"));
+    std::string text = "r1c1r1c2";
+    EXPECT_TRUE(Database.bindKept(1, std::string_view(text).substr(0, 4)));
+    EXPECT_TRUE(Database.bindKept(2, std::string_view(text).substr(4)));
+    text[0] = 'R';
+    EXPECT_TRUE(Database.execute());
+    EXPECT_EQ("'R1c1','r1c2'\n", rows());
+}
+
+TEST_F(SqliteStatement, EmptyKeptTextIsNotNull)
+{
+    ASSERT_TRUE(Database.prepare("INSERT INTO t VALUES (?, ?)"));
+    EXPECT_TRUE(Database.bindKept(1, std::string_view()));
+    EXPECT_TRUE(Database.bindKept(2, ""));
+    EXPECT_TRUE(Database.execute());
+    EXPECT_EQ("'',''\n", rows());
+}
+
+TEST_F(SqliteStatement, KeptTextKeepsItsZeroBytesUnlikeCopiedText)
+{
+    ASSERT_TRUE(Database.prepare("INSERT INTO t VALUES (?, ?)"));
+    const std::string text("ab\0cd", 5);
+    EXPECT_TRUE(Database.bindKept(1, text));
+    EXPECT_TRUE(Database.bind(2, text));
+    EXPECT_TRUE(Database.execute());
+    EXPECT_EQ("6162006364,6162\n", bare("SELECT hex(a), hex(b) FROM t"));
+}
+
 TEST_F(SqliteStatement, NotANumberIsBoundAsNullAndAnswersTrue)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();
@@ -719,6 +751,7 @@ TEST_F(SqliteStatement, BindingOutsideTheParametersIsReported)
         EXPECT_EQ(outOfRange, printedBy([&] { EXPECT_FALSE(Database.bind(index, std::string("x"))); }));
         EXPECT_EQ(outOfRange, printedBy([&] { EXPECT_FALSE(Database.bind(index, 1)); }));
         EXPECT_EQ(outOfRange, printedBy([&] { EXPECT_FALSE(Database.bind(index, 1.5)); }));
+        EXPECT_EQ(outOfRange, printedBy([&] { EXPECT_FALSE(Database.bindKept(index, "x")); }));
     }
 }
 
