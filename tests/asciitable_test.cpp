@@ -30,9 +30,8 @@ int position(kd_lib::FileTable& table)
     return static_cast<int>(table.File.tellg());
 }
 
-const char* const asciiTableAssertion =
-    "^src/db/asciitable: extractContent: Assertion `tmp_str\\.size\\(\\) == "
-    "Fields\\.get\\(f\\)->getLength\\(\\)' failed\\.\n$";
+const char* const asciiTableAssertion = "^src/db/asciitable: extractContent: Assertion `tmp_str\\.size\\(\\) == "
+                                        "Fields\\.get\\(f\\)->getLength\\(\\)' failed\\.\n$";
 
 }  // namespace
 
@@ -265,8 +264,7 @@ TEST_P(DelimitedMode, SetsNothingElse)
     EXPECT_EQ((Row{"kept"}), namesOf(table));
 }
 
-INSTANTIATE_TEST_SUITE_P(DelimitedTable, DelimitedMode, testing::ValuesIn(modes),
-                         kd_test::caseName<Mode>);
+INSTANTIATE_TEST_SUITE_P(DelimitedTable, DelimitedMode, testing::ValuesIn(modes), kd_test::caseName<Mode>);
 
 // Delimited tables: the header line
 

@@ -392,7 +392,8 @@ TEST(BlockBoundaryXBase, ConvertedScriptHoldsEveryRecordOfThreeBlocks)
     const kd_test::DbfBuilder builder = recordsOver(3 * block);
     const std::size_t count = builder.records().size() / xBaseRecord;
     Opened<kd_lib::xBase2Sql> file(builder.bytes());
-    std::string expected = "DROP TABLE IF EXISTS sample;\nCREATE TABLE IF NOT EXISTS sample (\na char(5),\nb char(7)\n);\n";
+    std::string expected =
+        "DROP TABLE IF EXISTS sample;\nCREATE TABLE IF NOT EXISTS sample (\na char(5),\nb char(7)\n);\n";
     for (std::size_t i = 0; i < count; ++i) {
         const Row row = rowNumber(i);
         expected += "INSERT INTO sample(a,b) \n VALUES ('" + row[0] + "','" + row[1] + "');\n";
@@ -443,8 +444,7 @@ TEST(BlockBoundaryMemory, FileCutAtAnyByteAroundABlockEndsAsAShortOneDoes)
     const std::size_t start = block - tail.size() / 2;
     const std::size_t count = (start - 32) / longEntry.size();
     const std::size_t padding = start - 32 - count * longEntry.size();
-    const std::string front =
-        kd_test::memEntry("PAD", 'C', static_cast<unsigned char>(padding), 0, lettersOf(padding));
+    const std::string front = kd_test::memEntry("PAD", 'C', static_cast<unsigned char>(padding), 0, lettersOf(padding));
     const std::string frontLine = "PAD C " + std::to_string(padding) + ".0  " + lettersOf(padding) + "|\n";
     const std::string longFile = front + repeated(longEntry, count);
     ASSERT_EQ(start, longFile.size());

@@ -33,8 +33,8 @@ std::string listingOf(const std::string& bytes)
 }
 
 /// Text, number and date: 38, 36 and 40 bytes.
-const std::string valid = memEntry("TEXT", 'C', 6, 1, std::string("abcde\0", 6)) +
-                          memEntry("NUM", 'N', 8, 2, "1.5@") + memEntry("DAY", 'D', 8, 0, "20240305");
+const std::string valid = memEntry("TEXT", 'C', 6, 1, std::string("abcde\0", 6)) + memEntry("NUM", 'N', 8, 2, "1.5@") +
+                          memEntry("DAY", 'D', 8, 0, "20240305");
 
 const std::string textLine = "TEXT C 6.1  abcde|\n";
 const std::string numberLine = "NUM N 8.2 4953|\n";
@@ -79,7 +79,8 @@ TEST(DamagedMem, CutAtEveryByteOfTheFirstHeader)
 TEST(DamagedMem, CutAtEveryByteOfATextValue)
 {
     for (std::size_t size = 32; size < 38; ++size) {
-        EXPECT_EQ("TEXT C 6.1  " + std::string("abcde").substr(0, size - 32) + "|\n", listingOf(valid.substr(0, size))) << size;
+        EXPECT_EQ("TEXT C 6.1  " + std::string("abcde").substr(0, size - 32) + "|\n", listingOf(valid.substr(0, size)))
+            << size;
     }
 }
 

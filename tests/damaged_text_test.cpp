@@ -51,7 +51,8 @@ protected:
     {
         const std::string unit = std::is_same_v<Table, FileTable> ? "filetable" : "asciitable";
         return "^src/db/" + unit +
-               ": extractContent: Assertion `tmp_str\\.size\\(\\) == Fields\\.get\\(f\\)->getLength\\(\\)' failed\\.\n$";
+               ": extractContent: Assertion `tmp_str\\.size\\(\\) == Fields\\.get\\(f\\)->getLength\\(\\)' "
+               "failed\\.\n$";
     }
 };
 
@@ -69,13 +70,15 @@ public:
 TYPED_TEST_SUITE(DamagedPositional, PositionalTables, TableNames);
 
 template <class Table>
-class DamagedPositionalDeathTest : public DamagedPositional<Table> {};
+class DamagedPositionalDeathTest : public DamagedPositional<Table> {
+};
 
 TYPED_TEST_SUITE(DamagedPositionalDeathTest, PositionalTables, TableNames);
 
 /// What every text reader meets alike.
 template <class Table>
-class DamagedText : public testing::Test {};
+class DamagedText : public testing::Test {
+};
 
 using TextTables = testing::Types<FileTable, AsciiTable, DelimitedTable>;
 
@@ -259,8 +262,9 @@ TEST(DamagedDelimited, FileCutAtAnyByteKeepsTheValuesOfMissingPieces)
             // A piece that is there replaces the value; one that is not leaves the row before it.
             for (std::size_t column = 0; column < 3; ++column) {
                 const std::size_t begin = column * 5;
-                const std::string piece = begin > cut ? delimitedRows[0][column]
-                                                      : delimitedRows[1][column].substr(0, std::min<std::size_t>(cut - begin, 4));
+                const std::string piece =
+                    begin > cut ? delimitedRows[0][column]
+                                : delimitedRows[1][column].substr(0, std::min<std::size_t>(cut - begin, 4));
                 EXPECT_EQ(piece, rows[1][column]) << column;
             }
         }
@@ -332,7 +336,10 @@ TEST(DamagedDelimited, ByteOrderMarkStaysInTheFirstName)
 {
     Opened<DelimitedTable> file("\xEF\xBB\xBF" + delimited);
     ASSERT_TRUE(file.table.getFieldList());
-    EXPECT_EQ((Row{"\xEF\xBB\xBF" "a", "b", "c"}), namesOf(file.table));
+    EXPECT_EQ((Row{"\xEF\xBB\xBF"
+                   "a",
+                   "b", "c"}),
+              namesOf(file.table));
 }
 
 // All text files

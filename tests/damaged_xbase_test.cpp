@@ -45,7 +45,8 @@ DbfBuilder valid()
     return builder;
 }
 
-const Rows validRows = {{"r1c1", "   1.01", "19990102"}, {"r2c1", "  22.02", "20241225"}, {"r3c1", " 333.03", "20240305"}};
+const Rows validRows = {
+    {"r1c1", "   1.01", "19990102"}, {"r2c1", "  22.02", "20241225"}, {"r3c1", " 333.03", "20240305"}};
 const Row validPlaces = {"1+4", "5+7", "12+8"};
 
 std::string withHeaderLength(unsigned int length)
@@ -221,7 +222,8 @@ TEST(DamagedXBase, CutInsideARecordGivesTheRecordsBeforeIt)
         file.reopen(bytes.substr(0, size));
         const std::size_t whole = std::min<std::size_t>((size - headerSize) / recordSize, 3);
         SCOPED_TRACE(size);
-        EXPECT_EQ(Rows(validRows.begin(), validRows.begin() + static_cast<std::ptrdiff_t>(whole)), rowsFrom(file.table));
+        EXPECT_EQ(Rows(validRows.begin(), validRows.begin() + static_cast<std::ptrdiff_t>(whole)),
+                  rowsFrom(file.table));
         EXPECT_EQ(whole == 0 ? (Row{"", "", ""}) : validRows[whole - 1], rowOf(file.table));
         EXPECT_TRUE(file.table.File.eof());
         EXPECT_TRUE(file.table.File.fail());
@@ -246,7 +248,8 @@ TEST(DamagedXBase, ConverterOfAFileCutAtAnyByteWritesWholeRecordsOnly)
         EXPECT_FALSE(file.table.is_open());
         const std::string script = kd_test::readFile(path);
         if (size >= headerSize - 1) {
-            const std::size_t whole = size < headerSize ? 0 : std::min<std::size_t>((size - headerSize) / recordSize, 3);
+            const std::size_t whole =
+                size < headerSize ? 0 : std::min<std::size_t>((size - headerSize) / recordSize, 3);
             EXPECT_EQ(validScript(whole), script);
         } else {
             EXPECT_EQ(std::string::npos, script.find("INSERT"));
@@ -655,5 +658,6 @@ TEST(DamagedXBase, ConverterMeetsDirectoriesPipesAndEndlessFiles)
     xBase2Sql piped("pipe");
     ASSERT_TRUE(kd_test::openQuietly(piped, directory, "pipe"));
     pipe.end();
-    EXPECT_EQ("DROP TABLE IF EXISTS pipe;\nCREATE TABLE IF NOT EXISTS pipe (\n);\n", kd_test::readFile(piped.convert()));
+    EXPECT_EQ("DROP TABLE IF EXISTS pipe;\nCREATE TABLE IF NOT EXISTS pipe (\n);\n",
+              kd_test::readFile(piped.convert()));
 }

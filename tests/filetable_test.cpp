@@ -429,9 +429,7 @@ TEST(FileTableClose, DestructionClosesTheFile)
 {
     const ScopedDirectory directory;
     directory.write("data.txt", twoLines);
-    const auto openDescriptors = [] {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-    };
+    const auto openDescriptors = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
     const auto before = openDescriptors();
     {
         FileTable table;

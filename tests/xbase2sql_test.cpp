@@ -39,8 +39,14 @@ std::string twoRecords()
 /// One field of every type that a table can have.
 DbfBuilder allTypes()
 {
-    return DbfBuilder({{"C", 'C', 12}, {"D", 'D', 8}, {"F", 'F', 8, 2}, {"L", 'L', 1}, {"M", 'M', 10},
-                       {"N", 'N', 6, 1}, {"P", 'P', 4}, {"X", 'X', 5}});
+    return DbfBuilder({{"C", 'C', 12},
+                       {"D", 'D', 8},
+                       {"F", 'F', 8, 2},
+                       {"L", 'L', 1},
+                       {"M", 'M', 10},
+                       {"N", 'N', 6, 1},
+                       {"P", 'P', 4},
+                       {"X", 'X', 5}});
 }
 
 /// A table without fields of its own file, as `prepareInsert` and `insert` need none.
@@ -303,7 +309,8 @@ TEST(xBase2SqlInsert, NeedsNoOpenTableAndNeverNamesTheKeyColumn)
 
 TEST(xBase2SqlInsert, EveryTypeHasItsLiteral)
 {
-    Opened<xBase2Sql> file(allTypes().record({" it's", "20240305", "   -1.50", "T", "        42", "  12.5", "ab", " x y"}).bytes());
+    Opened<xBase2Sql> file(
+        allTypes().record({" it's", "20240305", "   -1.50", "T", "        42", "  12.5", "ab", " x y"}).bytes());
     file.table.getFieldList();
     ASSERT_TRUE(file.table.fetchRecord());
     EXPECT_EQ("INSERT INTO sample(c,d,f,l,m,n,p,x) \n"
@@ -600,7 +607,8 @@ TEST(xBase2SqlConvert, ManyRecordsAreWrittenWholeInBlocks)
         inserts += "INSERT INTO t(a) \n VALUES ('" + std::to_string(i) + "');\n";
     }
     Conversion conversion("t", builder.bytes());
-    EXPECT_EQ("DROP TABLE IF EXISTS t;\nCREATE TABLE IF NOT EXISTS t (\na char(6)\n);\n" + inserts, conversion.script());
+    EXPECT_EQ("DROP TABLE IF EXISTS t;\nCREATE TABLE IF NOT EXISTS t (\na char(6)\n);\n" + inserts,
+              conversion.script());
 }
 
 TEST(xBase2SqlWriteScript, WritesTheSameTextToAnyStreamAndLeavesTheTableOpen)
