@@ -171,6 +171,15 @@ std::string processor()
     return "unknown";
 }
 
+bool isOptimised()
+{
+#ifdef __OPTIMIZE__
+    return std::string_view(KD_BENCH_SANITIZE).empty();
+#else
+    return false;
+#endif
+}
+
 void banner(const Options& options)
 {
     utsname system{};
@@ -186,10 +195,10 @@ void banner(const Options& options)
 #endif
     benchmark::AddCustomContext("build", KD_BENCH_BUILD);
     benchmark::AddCustomContext("sizes", records + ", seed " + std::to_string(options.Seed));
-#if !defined(__OPTIMIZE__) || defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    benchmark::AddCustomContext("warning", "this build is not optimised; its times say nothing");
-    std::cerr << "***WARNING*** This build is not optimised; its times say nothing.\n";
-#endif
+    if (!isOptimised()) {
+        benchmark::AddCustomContext("warning", "this build is not optimised; its times say nothing");
+        std::cerr << "***WARNING*** This build is not optimised; its times say nothing.\n";
+    }
 }
 
 int run(int argc, char** argv)
