@@ -167,7 +167,7 @@ public:
     bool bind(const std::string& name, std::string value);  ///< text, for the parameter `name`
     bool bindNULL(int index);                               ///< NULL; a failure is not reported
 
-    /// Text that SQLite does not copy: it must stay as it is until the statement has been executed and
+    /// Text, zero bytes included, that SQLite does not copy: it must stay as it is until the statement has been executed and
     /// another value is bound or the statement is finalised.
     bool bindKept(int index, std::string_view value);
     /// @}

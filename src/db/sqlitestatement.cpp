@@ -166,13 +166,14 @@ bool SQLite3::prepareInsert(const std::string& table)
     }
     std::string names;
     std::string parameters;
+    const char* separator = "";
     for (const TableField* column : queryColumns.List) {
-        const char* separator = names.empty() ? "" : ",";
         names += separator;
         names += column->Name;
         parameters += separator;
         parameters += ':';
         parameters += column->Name;
+        separator = ",";
     }
     return prepare("INSERT INTO " + stringToLower(table) + " (\n" + names + ") \n\tVALUES (" + parameters + ");\n");
 }
