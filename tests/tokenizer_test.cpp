@@ -102,6 +102,14 @@ TEST(Tokenizer, ASecondSplitReplacesThePieces)
     EXPECT_EQ((Pieces{"r2c1", "r2c2"}), tokenizer.tokens);
 }
 
+TEST(Tokenizer, SplitsOneOfItsOwnPieces)
+{
+    Tokenizer tokenizer;
+    tokenizer.split("a long first piece, with a comma;r1c2", ";");
+    tokenizer.split(tokenizer.tokens[0], ",");
+    EXPECT_EQ((Pieces{"a long first piece", " with a comma"}), tokenizer.tokens);
+}
+
 TEST(Tokenizer, KeepsBlanksAndQuotesAndZeroBytes)
 {
     EXPECT_EQ((Pieces{" r1c1 ", "\"r1c2\"", "\0"s}), split(" r1c1 ,\"r1c2\",\0"s, ","));

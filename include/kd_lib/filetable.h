@@ -44,10 +44,10 @@ private:
     std::unique_ptr<char[]> FileBuffer;  // outlives File, which reads through it
 
 public:
-    std::fstream File;                   ///< the open file; only ever opened for input
-    std::uint64_t RecordLength = 255;    ///< bytes per record; for lines one more than the longest line
-    std::uint64_t HeaderLength = 0;      ///< byte position of the first record
-    int RecordEnd = 10;                  ///< 10: records are lines; any other value: fixed-length records
+    std::fstream File;                 ///< the open file; only ever opened for input
+    std::uint64_t RecordLength = 255;  ///< bytes per record; for lines one more than the longest line
+    std::uint64_t HeaderLength = 0;    ///< byte position of the first record
+    int RecordEnd = 10;                ///< 10: records are lines; any other value: fixed-length records
 
     FileTable();                                  ///< extension "txt", text mode
     explicit FileTable(const std::string& name);  ///< the same, with `Name` set

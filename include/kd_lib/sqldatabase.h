@@ -19,17 +19,17 @@ namespace kd_lib {
 /// Threads: one thread per object; `processRow` counts for all objects of the process together.
 class KD_LIB_EXPORT SqlDatabase : public Database<DatabaseTable> {
 public:
-    std::uint64_t rowsFetched = 0;  ///< rows of the current result fetched so far
-    std::uint64_t resultRows = 0;   ///< 0: no result; 1 after `query`; the row count at the end of a
-                                    ///< fetch; the number of changed rows after `execute`
+    std::uint64_t rowsFetched = 0;          ///< rows of the current result fetched so far
+    std::uint64_t resultRows = 0;           ///< 0: no result; 1 after `query`; the row count at the end of a
+                                            ///< fetch; the number of changed rows after `execute`
     std::vector<std::string> databaseList;  ///< schema names, filled by `getDatabaseList`
-    TableFields queryColumns;       ///< one column per result column, with the current row's values
-    std::string errorText;          ///< the last error message
-    std::int32_t columnCount = 0;   ///< number of columns of the current result
-    std::uint64_t pageRows = 25;    ///< `processRow` asks `more` after so many values
-    bool inTransaction = false;     ///< a transaction has been begun and neither ended nor rolled back
+    TableFields queryColumns;               ///< one column per result column, with the current row's values
+    std::string errorText;                  ///< the last error message
+    std::int32_t columnCount = 0;           ///< number of columns of the current result
+    std::uint64_t pageRows = 25;            ///< `processRow` asks `more` after so many values
+    bool inTransaction = false;             ///< a transaction has been begun and neither ended nor rolled back
 
-    SqlDatabase();            ///< default settings, no result, no transaction
+    SqlDatabase();  ///< default settings, no result, no transaction
     ~SqlDatabase() override;
 
     using Database<DatabaseTable>::connect;

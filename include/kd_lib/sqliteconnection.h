@@ -167,8 +167,8 @@ public:
     bool bind(const std::string& name, std::string value);  ///< text, for the parameter `name`
     bool bindNULL(int index);                               ///< NULL; a failure is not reported
 
-    /// Text, zero bytes included, that SQLite does not copy: it must stay as it is until the statement has been executed and
-    /// another value is bound or the statement is finalised.
+    /// Text, zero bytes included, that SQLite does not copy: it must stay as it is until the statement has
+    /// been executed and another value is bound or the statement is finalised.
     bool bindKept(int index, std::string_view value);
     /// @}
 
@@ -187,10 +187,10 @@ private:
     void supersedeStatement();
     void closeEverything();
 
-    std::vector<sqlite3_stmt*> HalfRead;     // replaced in the middle of a result: they keep their locks
-    std::vector<sqlite3*> Replaced;          // connections that openDatabase replaced
-    bool InResult = false;                   // the current statement answered a row last
-    bool FailureReported = false;            // the failure of the last step has been reported
+    std::vector<sqlite3_stmt*> HalfRead;  // replaced in the middle of a result: they keep their locks
+    std::vector<sqlite3*> Replaced;       // connections that openDatabase replaced
+    bool InResult = false;                // the current statement answered a row last
+    bool FailureReported = false;         // the failure of the last step has been reported
 };
 
 }  // namespace kd_lib

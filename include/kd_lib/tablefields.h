@@ -22,12 +22,12 @@ public:
     /// True: they are stored and matched as passed. A change leaves stored names as they are.
     bool CaseSensitive = false;
 
-    TableFields() = default;                          ///< an empty list
-    TableFields(const TableFields& other);            ///< copies the columns, values included
-    TableFields(TableFields&& other) noexcept;        ///< takes the columns; `other` is left empty
-    TableFields& operator=(const TableFields& other); ///< replaces the columns by copies
+    TableFields() = default;                               ///< an empty list
+    TableFields(const TableFields& other);                 ///< copies the columns, values included
+    TableFields(TableFields&& other) noexcept;             ///< takes the columns; `other` is left empty
+    TableFields& operator=(const TableFields& other);      ///< replaces the columns by copies
     TableFields& operator=(TableFields&& other) noexcept;  ///< replaces the columns; `other` is left empty
-    ~TableFields();                                   ///< deletes the columns
+    ~TableFields();                                        ///< deletes the columns
 
     /// The number of columns.
     std::size_t size() const { return List.size(); }

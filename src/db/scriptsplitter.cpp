@@ -23,8 +23,8 @@ std::size_t find(std::string_view text, char c, std::size_t from)
 std::size_t findSpecial(std::string_view text, std::size_t from)
 {
     const auto isSpecial = [](char c) { return c == quote || c == commentStart || c == statementEnd; };
-    return static_cast<std::size_t>(std::find_if(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), isSpecial) -
-                                    text.begin());
+    return static_cast<std::size_t>(
+        std::find_if(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), isSpecial) - text.begin());
 }
 
 }  // namespace

@@ -88,8 +88,8 @@ FIELD_TYPE SqlDatabase::convertSql2FieldType(std::string type)
         return CHAR_TYPE;
     }
     static const std::pair<const char*, FIELD_TYPE> words[] = {
-        {"CHARACTER VARYING", VARCHAR_TYPE}, {"BLOB", BLOB_TYPE},           {"DATE", DATE_TYPE},
-        {"TIME", TIME_TYPE},                 {"TIMESTAMP", TIMESTAMP_TYPE}, {"BOOLEAN", BOOLEAN_TYPE}};
+        {"CHARACTER VARYING", VARCHAR_TYPE}, {"BLOB", BLOB_TYPE},      {"DATE", DATE_TYPE}, {"TIME", TIME_TYPE},
+        {"TIMESTAMP", TIMESTAMP_TYPE},       {"BOOLEAN", BOOLEAN_TYPE}};
     for (const auto& [word, meaning] : words) {
         if (type == word) {
             return meaning;

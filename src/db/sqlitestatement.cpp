@@ -149,10 +149,10 @@ bool SQLite3::finalize()
     InResult = false;
     // The statement is gone whatever the answer is, so a repeated call must not see it again.
     const bool finalized = retriedWhileBusy([this] {
-        sqlite3_stmt* ending = statement;
-        statement = nullptr;
-        return sqlite3_finalize(ending);
-    }) == SQLITE_OK;
+                               sqlite3_stmt* ending = statement;
+                               statement = nullptr;
+                               return sqlite3_finalize(ending);
+                           }) == SQLITE_OK;
     if (!finalized) {
         reportFailedStep();
     }

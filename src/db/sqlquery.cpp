@@ -58,9 +58,8 @@ void SqlQuery::setSubFilter(std::string& condition, std::string& conjunction)
 
 std::string SqlQuery::setInClause(std::vector<std::string> values) const
 {
-    const auto pattern = std::find_if(values.begin(), values.end(), [](const std::string& value) {
-        return value.find('%') != std::string::npos;
-    });
+    const auto pattern = std::find_if(values.begin(), values.end(),
+                                      [](const std::string& value) { return value.find('%') != std::string::npos; });
     std::string clause = "IN (";
     if (pattern != values.end()) {
         // Deliberate: the parenthesis of IN stays open.

@@ -13,9 +13,9 @@ TableField::TableField(const std::string& name, FIELD_TYPE type, int offset, int
 
 std::string getFieldTypeName(FIELD_TYPE type)
 {
-    static constexpr std::array<const char*, 15> names = {
-        "unknown", "boolean", "decimal", "float", "smallint", "integer", "bigint", "date",
-        "time",    "timestamp", "char",  "varchar", "text",   "memo",    "blob"};
+    static constexpr std::array<const char*, 15> names = {"unknown", "boolean", "decimal", "float", "smallint",
+                                                          "integer", "bigint",  "date",    "time",  "timestamp",
+                                                          "char",    "varchar", "text",    "memo",  "blob"};
     const auto index = static_cast<unsigned int>(static_cast<int>(type));
     return names[index < names.size() ? index : 0];
 }

@@ -31,8 +31,10 @@ void append(std::vector<TableField*>& list, std::unique_ptr<TableField> field)
 
 }  // namespace
 
-TableFields::TableFields(const TableFields& other) : CaseSensitive(other.CaseSensitive)
+// Delegating: once the empty list stands, its destructor frees what a failing copy has made.
+TableFields::TableFields(const TableFields& other) : TableFields()
 {
+    CaseSensitive = other.CaseSensitive;
     List.reserve(other.List.size());
     for (const TableField* field : other.List) {
         append(List, std::make_unique<TableField>(*field));

@@ -31,7 +31,8 @@ unsigned int byteAt(const Entry& entry, std::size_t position)
 
 void writeHeader(std::ostream& out, const Entry& entry)
 {
-    out.write(entry.data() + nameAt, static_cast<std::streamsize>(::strnlen(entry.data() + nameAt, entrySize - nameAt)));
+    out.write(entry.data() + nameAt,
+              static_cast<std::streamsize>(::strnlen(entry.data() + nameAt, entrySize - nameAt)));
     out << ' ' << entry[typeAt] << ' ' << byteAt(entry, lengthAt) << '.' << byteAt(entry, decimalsAt) << ' ';
 }
 

@@ -1,14 +1,18 @@
 #include <kd_lib/tokenizer.h>
 
+#include <utility>
+
 namespace kd_lib {
 
 void Tokenizer::split(const std::string& text, const std::string& delimiters)
 {
-    tokens.clear();
-    PieceReader pieces(text, delimiters);
-    for (std::string_view piece; pieces.next(piece);) {
-        tokens.emplace_back(piece);
+    // The text may be one of the old pieces: they stay until the end.
+    std::vector<std::string> pieces;
+    PieceReader reader(text, delimiters);
+    for (std::string_view piece; reader.next(piece);) {
+        pieces.emplace_back(piece);
     }
+    tokens = std::move(pieces);
 }
 
 std::string Tokenizer::getToken(unsigned long index) const
