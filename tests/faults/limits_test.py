@@ -122,6 +122,7 @@ class SweptLimit(support.FaultTest):
             self.assertEqual(support.rows_in(database, "input"), self.RECORDS)
 
 
+@unittest.skipIf(support.SANITIZED, "a sanitizer needs descriptors of its own")
 class DescriptorLimitTest(SweptLimit):
     """ulimit -n; the loader of shared libraries needs the fourth descriptor itself."""
 
