@@ -51,7 +51,7 @@ CLI::App* addCommand(CLI::App& app, Arguments& arguments, const std::string& nam
 
 void addSource(CLI::App& command, SourceOptions& options)
 {
-    command.add_option("FILE", options.File, "The table")->required();
+    command.add_option("FILE", options.File, "The table")->required()->type_name("");
     command.add_option("--columns", options.Columns, "Column positions of a .txt table: 5|12|20")->type_name("LIST");
 }
 
@@ -76,14 +76,14 @@ void addReading(CLI::App& app, Arguments& a)
     command->add_flag("--deleted", a.List.Deleted, "List deleted records too, marked with *");
 
     command = addCommand(app, a, "memory", "List an xBase memory file", [&a] { memory(a.Memory); });
-    command->add_option("FILE", a.Memory, "The .mem file")->required();
+    command->add_option("FILE", a.Memory, "The .mem file")->required()->type_name("");
 }
 
 void addWriting(CLI::App& app, Arguments& a)
 {
     CLI::App* command =
         addCommand(app, a, "script", "Write a .dbf table's SQL script, print its path", [&a] { script(a.Script); });
-    command->add_option("FILE", a.Script.File, "The .dbf table")->required();
+    command->add_option("FILE", a.Script.File, "The .dbf table")->required()->type_name("");
     command->add_option("--key", a.Script.KeyColumn, "Begin with an automatic key of this name")->type_name("COLUMN");
     command->add_flag("--definition-only", a.Script.DefinitionOnly, "Leave the records out");
 
@@ -94,12 +94,12 @@ void addWriting(CLI::App& app, Arguments& a)
     command->add_option("--table", a.Load.Table, "Table to make; else FILE's name, lower case")->type_name("NAME");
 
     command = addCommand(app, a, "import", "Run an SQL script, all or nothing", [&a] { import(a.Import); });
-    command->add_option("SCRIPT", a.Import.Script, "The script")->required();
+    command->add_option("SCRIPT", a.Import.Script, "The script")->required()->type_name("");
     addDatabase(*command, a.Import.Database);
 
     command = addCommand(app, a, "query", "Run one SQL statement, print its rows", [&a] { query(a.Query); });
-    command->add_option("DATABASE", a.Query.Database, "The SQLite file")->required();
-    command->add_option("SQL", a.Query.Sql, "The statement")->required();
+    command->add_option("DATABASE", a.Query.Database, "The SQLite file")->required()->type_name("");
+    command->add_option("SQL", a.Query.Sql, "The statement")->required()->type_name("");
 }
 
 /// Answers what CLI11 makes of the arguments: -1 when a command is to run.
