@@ -52,10 +52,7 @@ int DescriptorBuffer::sync()
     return writeOut() ? 0 : -1;
 }
 
-ResultOutput::ResultOutput()
-    : Buffer(STDOUT_FILENO, ::isatty(STDOUT_FILENO) != 0), Before(std::cout.rdbuf(&Buffer))
-{
-}
+ResultOutput::ResultOutput() : Buffer(STDOUT_FILENO, ::isatty(STDOUT_FILENO) != 0), Before(std::cout.rdbuf(&Buffer)) {}
 
 ResultOutput::~ResultOutput()
 {

@@ -16,18 +16,17 @@ namespace {
 
 constexpr const char* description = "Reads .dbf, .csv, .tab and positional text tables; carries them into SQLite.";
 
-constexpr const char* examples =
-    "Examples:\n"
-    "  kd_db show people.dbf\n"
-    "  kd_db list prices.txt --columns '5|12|20'\n"
-    "  kd_db load people.dbf --into people.db\n"
-    "  kd_db query people.db 'SELECT name, born FROM people'\n"
-    "\n"
-    "FILE ends in .dbf, .csv (commas), .tab or .tsv (tabs), or .txt, which needs\n"
-    "--columns. Results go to standard output, everything else to standard error.\n"
-    "\n"
-    "Exit codes: 0 done, 1 failed (one line says why), 2 wrong usage, 130 and 143\n"
-    "ended by SIGINT and SIGTERM.\n";
+constexpr const char* examples = "Examples:\n"
+                                 "  kd_db show people.dbf\n"
+                                 "  kd_db list prices.txt --columns '5|12|20'\n"
+                                 "  kd_db load people.dbf --into people.db\n"
+                                 "  kd_db query people.db 'SELECT name, born FROM people'\n"
+                                 "\n"
+                                 "FILE ends in .dbf, .csv (commas), .tab or .tsv (tabs), or .txt, which needs\n"
+                                 "--columns. Results go to standard output, everything else to standard error.\n"
+                                 "\n"
+                                 "Exit codes: 0 done, 1 failed (one line says why), 2 wrong usage, 130 and 143\n"
+                                 "ended by SIGINT and SIGTERM.\n";
 
 /// The arguments, and the command that they chose.
 struct Arguments {
@@ -39,13 +38,17 @@ struct Arguments {
     QueryOptions Query;
     std::string Memory;
     std::function<void()> Command;
+    const std::string* File = nullptr;  ///< what the chosen command works on
 };
 
 CLI::App* addCommand(CLI::App& app, Arguments& arguments, const std::string& name, const std::string& what,
-                     std::function<void()> run)
+                     const std::string& file, std::function<void()> run)
 {
     CLI::App* command = app.add_subcommand(name, what);
-    command->callback([&arguments, run = std::move(run)] { arguments.Command = run; });
+    command->callback([&arguments, &file, run = std::move(run)] {
+        arguments.Command = run;
+        arguments.File = &file;
+    });
     return command;
 }
 
@@ -67,37 +70,41 @@ void addDatabase(CLI::App& command, std::string& database)
 
 void addReading(CLI::App& app, Arguments& a)
 {
-    CLI::App* command = addCommand(app, a, "show", "Show a table's header and columns", [&a] { show(a.Show); });
+    CLI::App* command =
+        addCommand(app, a, "show", "Show a table's header and columns", a.Show.File, [&a] { show(a.Show); });
     addSource(*command, a.Show);
 
-    command = addCommand(app, a, "list", "List a table's records", [&a] { list(a.List); });
+    command = addCommand(app, a, "list", "List a table's records", a.List.Source.File, [&a] { list(a.List); });
     addSource(*command, a.List.Source);
     addUnquote(*command, a.List.Source);
     command->add_flag("--deleted", a.List.Deleted, "List deleted records too, marked with *");
 
-    command = addCommand(app, a, "memory", "List an xBase memory file", [&a] { memory(a.Memory); });
+    command = addCommand(app, a, "memory", "List an xBase memory file", a.Memory, [&a] { memory(a.Memory); });
     command->add_option("FILE", a.Memory, "The .mem file")->required()->type_name("");
 }
 
 void addWriting(CLI::App& app, Arguments& a)
 {
-    CLI::App* command =
-        addCommand(app, a, "script", "Write a .dbf table's SQL script, print its path", [&a] { script(a.Script); });
+    CLI::App* command = addCommand(app, a, "script", "Write a .dbf table's SQL script, print its path", a.Script.File,
+                                   [&a] { script(a.Script); });
     command->add_option("FILE", a.Script.File, "The .dbf table")->required()->type_name("");
     command->add_option("--key", a.Script.KeyColumn, "Begin with an automatic key of this name")->type_name("COLUMN");
     command->add_flag("--definition-only", a.Script.DefinitionOnly, "Leave the records out");
 
-    command = addCommand(app, a, "load", "Load a table into a database, all or nothing", [&a] { load(a.Load); });
+    command = addCommand(app, a, "load", "Load a table into a database, all or nothing", a.Load.Source.File,
+                         [&a] { load(a.Load); });
     addSource(*command, a.Load.Source);
     addUnquote(*command, a.Load.Source);
     addDatabase(*command, a.Load.Database);
     command->add_option("--table", a.Load.Table, "Table to make; else FILE's name, lower case")->type_name("NAME");
 
-    command = addCommand(app, a, "import", "Run an SQL script, all or nothing", [&a] { import(a.Import); });
+    command =
+        addCommand(app, a, "import", "Run an SQL script, all or nothing", a.Import.Script, [&a] { import(a.Import); });
     command->add_option("SCRIPT", a.Import.Script, "The script")->required()->type_name("");
     addDatabase(*command, a.Import.Database);
 
-    command = addCommand(app, a, "query", "Run one SQL statement, print its rows", [&a] { query(a.Query); });
+    command = addCommand(app, a, "query", "Run one SQL statement, print its rows", a.Query.Database,
+                         [&a] { query(a.Query); });
     command->add_option("DATABASE", a.Query.Database, "The SQLite file")->required()->type_name("");
     command->add_option("SQL", a.Query.Sql, "The statement")->required()->type_name("");
 }
@@ -118,6 +125,20 @@ int parse(CLI::App& app, int argc, const char* const* argv)
     }
 }
 
+/// What the library lets pass, and the end of memory, fail the file as anything else does.
+void runCommand(const Arguments& arguments)
+{
+    try {
+        arguments.Command();
+    } catch (const Failure&) {
+        throw;
+    } catch (const UsageError&) {
+        throw;
+    } catch (const std::exception& exception) {
+        throw Failure(*arguments.File, exception.what());
+    }
+}
+
 int run(int argc, const char* const* argv)
 {
     CLI::App app(description, "kd_db");
@@ -129,7 +150,7 @@ int run(int argc, const char* const* argv)
     addWriting(app, arguments);
     const int answer = parse(app, argc, argv);
     if (answer < 0) {
-        arguments.Command();
+        runCommand(arguments);
     }
     return exitDone;
 }
@@ -154,8 +175,7 @@ int runProgram(int argc, const char* const* argv)
     } catch (const ReaderGone&) {
         return exitDone;
     } catch (const std::exception& exception) {
-        // What the library lets pass, and memory that ends.
-        reportFailure(argc > 2 ? argv[2] : "kd_db", exception.what());
+        note(std::string("kd_db: ") + exception.what());
     }
     return exitFailure;
 }

@@ -86,7 +86,8 @@ std::unique_ptr<Source> openSource(const SourceOptions& options)
     const FileParts parts(options.File);
     const bool positional = parts.hasExtension("txt");
     if (positional == options.Columns.empty()) {
-        throw UsageError(options.File + (positional ? ": a .txt file needs --columns" : ": --columns is for .txt files"));
+        throw UsageError(options.File +
+                         (positional ? ": a .txt file needs --columns" : ": --columns is for .txt files"));
     }
     const bool commas = parts.hasExtension("csv");
     const bool tabs = parts.hasExtension("tab") || parts.hasExtension("tsv");

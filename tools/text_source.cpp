@@ -65,8 +65,7 @@ std::string_view TextSource<Table>::checkedLine(std::string_view text, const std
 template class TextSource<kd_lib::DelimitedTable>;
 template class TextSource<kd_lib::FileTable>;
 
-DelimitedSource::DelimitedSource(const std::string& file, bool tabs, bool unquote)
-    : TextSource(file), Unquote(unquote)
+DelimitedSource::DelimitedSource(const std::string& file, bool tabs, bool unquote) : TextSource(file), Unquote(unquote)
 {
     if (tabs) {
         setRMode();

@@ -64,6 +64,13 @@ class OtherLimits(Faults):
                 self.assertEqual(set(os.listdir('.')), self.files)
 
     @unittest.skipIf(SANITIZED, 'the sanitizers need more memory than there is')
+    def test_memory_for_one_record(self):
+        write('wide.csv', 'x' + ',x' * 200000 + '\n')
+        self.files.add('wide.csv')
+        self.check_fault(['load', '--into', 'new.db', 'wide.csv'], r'wide\.csv: std::bad_alloc',
+                         r'Table: wide\.csv\n', preexec_fn=limits(AS=24000000))
+
+    @unittest.skipIf(SANITIZED, 'the sanitizers need more memory than there is')
     def test_memory(self):
         write('line.csv', 'x\n' + 'v' * 1000000 + '\n')
         write('long.sql', "CREATE TABLE t(n); INSERT INTO t VALUES ('" + 'v' * 40000000 + "');")

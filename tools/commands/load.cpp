@@ -58,8 +58,8 @@ void say(const LoadOptions& options, const std::string& table, const Counts& cou
         note(options.Source.File + ": " + counted(counts.Rounded, "number") +
              " rounded: more digits than SQLite keeps");
     }
-    note(options.Source.File + ": " + counted(counts.Read, "record") + " read, " +
-         std::to_string(counts.LeftOut) + " left out, " + std::to_string(counts.Stored) + " stored in table " + table);
+    note(options.Source.File + ": " + counted(counts.Read, "record") + " read, " + std::to_string(counts.LeftOut) +
+         " left out, " + std::to_string(counts.Stored) + " stored in table " + table);
 }
 
 }  // namespace
