@@ -56,7 +56,8 @@ Number numberIn(std::string_view text)
     return number;
 }
 
-/// Binds a value of an xBase table by its type; empty ones as NULL.
+/// Binds a value of an xBase table by its type; empty ones as NULL. Texts stay where they are until the statement
+/// has run.
 bool bindValue(kd_lib::SQLite3& database, int index, const kd_lib::TableField& field)
 {
     const std::string_view value = kd_lib::allTrimView(field.Value);
@@ -75,7 +76,7 @@ bool bindValue(kd_lib::SQLite3& database, int index, const kd_lib::TableField& f
         return database.bind(index, date.insert(6, 1, '-').insert(4, 1, '-'));
     }
     default:
-        return database.bind(index, field.Value);
+        return database.bindKept(index, field.Value);
     }
 }
 
