@@ -605,6 +605,16 @@ TEST(FileTableNavigation, LastRecordOfAShorterFileIsTrueAndLeavesTheStreamFailed
     EXPECT_TRUE(file.table.File.good());
 }
 
+TEST(FileTableNavigation, LastRecordOfTheLongestLengthsIsOutOfReach)
+{
+    for (const std::uint64_t length : {std::uint64_t{INT64_MAX} - 1, std::uint64_t{INT64_MAX}}) {
+        Opened<FixedTable> file("12345");
+        file.table.RecordLength = length;
+        EXPECT_TRUE(file.table.lastRecord());
+        EXPECT_TRUE(file.table.File.fail());
+    }
+}
+
 TEST(FileTableNavigation, LastRecordOfAFileOneByteLongerThanARecordIsItsFirstByte)
 {
     Opened<FixedTable> file("123456");

@@ -485,6 +485,15 @@ TEST(xBase2SqlConvert, WritesAllRecordsAfterAWholeWalk)
     EXPECT_EQ(expected, conversion.script());
 }
 
+TEST(xBase2SqlConvert, OpenThatAnswersTrueWithoutOpeningIsATableThatIsNotOpen)
+{
+    struct NeverOpen : kd_lib::xBase2Sql {
+        using xBase2Sql::open;
+        bool open() override { return true; }
+    } table;
+    EXPECT_EQ("Table is not open\n", captured([&] { EXPECT_EQ("", table.convert()); }).err);
+}
+
 TEST(xBase2SqlConvert, TableThatIsOpenIsNotOpenedAgain)
 {
     Conversion conversion("t", twoRecords());

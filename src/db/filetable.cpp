@@ -211,7 +211,8 @@ bool FileTable::lastRecord()
         return false;
     }
     File.clear();
-    File.seekg(-static_cast<std::streamoff>(RecordLength + 1), std::ios::end);
+    // The complement is the negative of RecordLength + 1, whatever that length is.
+    File.seekg(static_cast<std::streamoff>(~RecordLength), std::ios::end);
     return true;
 }
 

@@ -91,7 +91,10 @@ xBase2Sql::~xBase2Sql() = default;
 
 bool xBase2Sql::openWithHeader()
 {
-    if (!is_open() && !open()) {
+    if (!is_open()) {
+        open();
+    }
+    if (!is_open()) {
         errorMessage(messages::tableNotOpen);
         return false;
     }

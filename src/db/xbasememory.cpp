@@ -12,6 +12,7 @@ namespace {
 // An entry header.
 constexpr std::size_t entrySize = 32;
 constexpr std::size_t nameAt = 1;
+constexpr std::size_t nameWidth = 10;
 constexpr std::size_t typeAt = 11;
 constexpr std::size_t lengthAt = 16;
 constexpr std::size_t decimalsAt = 17;
@@ -31,8 +32,8 @@ unsigned int byteAt(const Entry& entry, std::size_t position)
 
 void writeHeader(std::ostream& out, const Entry& entry)
 {
-    out.write(entry.data() + nameAt,
-              static_cast<std::streamsize>(::strnlen(entry.data() + nameAt, entrySize - nameAt)));
+    const char* const name = entry.data() + nameAt;
+    out.write(name, static_cast<std::streamsize>(::strnlen(name, nameWidth)));
     out << ' ' << entry[typeAt] << ' ' << byteAt(entry, lengthAt) << '.' << byteAt(entry, decimalsAt) << ' ';
 }
 
