@@ -30,12 +30,6 @@ foreach(library IN ITEMS kd_udf kd_db)
     install(FILES ${kd_generated}/${library}.pc DESTINATION ${kd_pkgconfig_dir} COMPONENT development)
 endforeach()
 
-# The program finds the libraries beside itself.
-if(TARGET kd_db_program)
-    file(RELATIVE_PATH kd_lib_from_bin /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
-    set_target_properties(kd_db_program PROPERTIES INSTALL_RPATH $ORIGIN/${kd_lib_from_bin})
-endif()
-
 option(KD_PACKAGES "Lay the files down as in Debian's packages; tools/dev/packages makes these" OFF)
 if(KD_PACKAGES)
     include(${CMAKE_CURRENT_LIST_DIR}/kd_packages.cmake)
@@ -50,9 +44,12 @@ install(FILES ${kd_guides} DESTINATION ${kd_doc_dir} COMPONENT documentation)
 install(DIRECTORY ${kd_lib_SOURCE_DIR}/examples DESTINATION ${kd_doc_dir} COMPONENT documentation
     FILES_MATCHING PATTERN *.cpp PATTERN *.dbf PATTERN *.csv PATTERN consumer/* PATTERN expected EXCLUDE)
 
-# The program's manual page; Debian has it compressed.
-set(kd_manual ${kd_lib_SOURCE_DIR}/docs/kd_db.1)
-if(TARGET kd_db_program AND EXISTS ${kd_manual})
+# The program: it finds the libraries beside itself; its manual page, which Debian has compressed.
+if(TARGET kd_db_program)
+    file(RELATIVE_PATH kd_lib_from_bin /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
+    set_target_properties(kd_db_program PROPERTIES INSTALL_RPATH $ORIGIN/${kd_lib_from_bin})
+
+    set(kd_manual ${kd_lib_SOURCE_DIR}/docs/kd_db.1)
     if(KD_PACKAGES)
         configure_file(${kd_manual} ${kd_generated}/kd_db.1 COPYONLY)
         execute_process(COMMAND gzip -9nfk ${kd_generated}/kd_db.1 COMMAND_ERROR_IS_FATAL ANY)
