@@ -376,3 +376,22 @@ TEST(FindStrings, LeavesTheList)
     findStrings("temp", list);
     EXPECT_EQ((std::vector<std::string>{"main", "temp"}), list);
 }
+
+TEST(IsPlainAscii, TakesEveryPrintableByteAtEveryPlaceAndNoOther)
+{
+    for (const std::size_t size : {1U, 7U, 8U, 9U, 16U, 23U}) {
+        for (std::size_t at = 0; at < size; ++at) {
+            for (int byte = 0; byte < 256; ++byte) {
+                std::string text(size, 'x');
+                text[at] = static_cast<char>(byte);
+                EXPECT_EQ(byte >= 0x20 && byte <= 0x7E, kd_lib::isPlainAscii(text))
+                    << "byte " << byte << " at " << at << " of " << size;
+            }
+        }
+    }
+}
+
+TEST(IsPlainAscii, TakesTheEmptyText)
+{
+    EXPECT_TRUE(kd_lib::isPlainAscii(""));
+}

@@ -3,6 +3,8 @@
 #include "output.h"
 #include "signals.h"
 
+#include <kd_lib/text.h>
+
 #include <algorithm>
 #include <stdexcept>
 #include <string_view>
@@ -22,17 +24,14 @@ constexpr std::size_t blockSize = 16384;
 bool isBlanked(char c)
 {
     const auto byte = static_cast<unsigned char>(c);
-    return (byte != 0) & (static_cast<unsigned char>(byte - 0x20U) > 0x7E - 0x20);
+    return byte != 0 && (byte < 0x20 || byte > 0x7E);
 }
 
-/// Counts only where there is something to count: the first loop looks at many bytes at once.
 std::uint64_t countBlanked(std::string_view bytes)
 {
-    unsigned char any = 0;
-    for (const char c : bytes) {
-        any = static_cast<unsigned char>(any | (isBlanked(c) ? 1U : 0U));
-    }
-    return any == 0 ? 0 : static_cast<std::uint64_t>(std::count_if(bytes.begin(), bytes.end(), isBlanked));
+    return kd_lib::isPlainAscii(bytes)
+               ? 0
+               : static_cast<std::uint64_t>(std::count_if(bytes.begin(), bytes.end(), isBlanked));
 }
 
 }  // namespace

@@ -53,6 +53,9 @@ KD_LIB_EXPORT bool stringToBool(const std::string& s);
 /// True when `s` equals one of the strings in `list`, byte for byte.
 KD_LIB_EXPORT bool findStrings(const std::string& s, std::vector<std::string> list);
 
+/// True when every byte of `s` is 0x20 to 0x7E: those are printable in every locale.
+KD_LIB_EXPORT bool isPlainAscii(std::string_view s);
+
 /// Whether `c` is a blank for the trims.
 inline bool isBlank(char c)
 {
@@ -73,14 +76,14 @@ KD_LIB_EXPORT std::size_t sizeWithoutTrailingBlanks(std::string_view s);
 /// `rightTrim` without a copy, for loops over many values. The view lives as long as its text.
 inline std::string_view rightTrimView(std::string_view s)
 {
-    return s.empty() || !isBlank(s.back()) ? s : s.substr(0, sizeWithoutTrailingBlanks(s));
+    return s.empty() || s.back() > ' ' ? s : s.substr(0, sizeWithoutTrailingBlanks(s));
 }
 
 /// `allTrim` without a copy.
 inline std::string_view allTrimView(std::string_view s)
 {
     s = rightTrimView(s);
-    return s.empty() || !isBlank(s.front()) ? s : s.substr(leadingBlanks(s));
+    return s.empty() || s.front() > ' ' ? s : s.substr(leadingBlanks(s));
 }
 
 }  // namespace kd_lib

@@ -23,12 +23,17 @@ public:
     void clear() { Size = 0; }
 
     /// The end of the text, with room for `count` bytes behind it; valid until the next change.
-    char* room(std::size_t count)
+    char* room(std::size_t count) { return roomFrom(Bytes.get() + Size, count); }
+
+    /// The same behind `end`, up to which the room asked for before has been written.
+    char* roomFrom(char* end, std::size_t count)
     {
-        if (count > Room - Size) {
+        if (count > static_cast<std::size_t>(Bytes.get() + Room - end)) {
+            endAt(end);
             grow(count);
+            end = Bytes.get() + Size;
         }
-        return Bytes.get() + Size;
+        return end;
     }
 
     /// The text goes on up to `end`, which lies in the room asked for.

@@ -34,8 +34,7 @@ void appendInsert(TextBuffer& sql, const std::string& lead, const TableFields& f
     sql.append(lead);
     char* to = sql.room(end.size());
     for (const TableField* field : fields.List) {
-        sql.endAt(to);
-        to = sql.room(literalRoom(*field) + 1 + end.size());
+        to = sql.roomFrom(to, literalRoom(*field) + 1 + end.size());
         to = writeLiteral(to, *field);
         *to++ = ',';
     }

@@ -73,41 +73,18 @@ void blankUnprintable(char* begin, const char* end)
     }
 }
 
-/// Zero when all eight bytes are 0x20 to 0x7E, which are printable in every locale.
-std::uint64_t notPlain(std::uint64_t eightBytes)
-{
-    constexpr std::uint64_t ones = 0x0101010101010101U;
-    constexpr std::uint64_t highBits = 0x8080808080808080U;
-    // A borrow or a carry reaches a neighbour only from a byte that is not plain itself.
-    return ((eightBytes - ones * 0x20) | (eightBytes + ones) | eightBytes) & highBits;
-}
-
 /// Replaces what isprint rejects by blanks; asks it only in stretches that hold more than plain ASCII.
 void makePrintable(std::string& record)
 {
-    constexpr std::size_t words = 8;
-    constexpr std::size_t stretch = words * sizeof(std::uint64_t);
-    char* byte = record.data();
-    char* const end = byte + record.size();
-    for (; static_cast<std::size_t>(end - byte) >= stretch; byte += stretch) {
-        std::array<std::uint64_t, words> eightBytes;
-        std::memcpy(eightBytes.data(), byte, stretch);
-        std::uint64_t found = 0;
-        for (const std::uint64_t each : eightBytes) {
-            found |= notPlain(each);
-        }
-        if (found != 0) {
+    constexpr std::size_t longestStretch = 128;
+    char* const end = record.data() + record.size();
+    for (char* byte = record.data(); byte != end;) {
+        const std::size_t stretch = std::min(static_cast<std::size_t>(end - byte), longestStretch);
+        if (!isPlainAscii(std::string_view(byte, stretch))) {
             blankUnprintable(byte, byte + stretch);
         }
+        byte += stretch;
     }
-    for (std::uint64_t eightBytes = 0; static_cast<std::size_t>(end - byte) >= sizeof eightBytes;
-         byte += sizeof eightBytes) {
-        std::memcpy(&eightBytes, byte, sizeof eightBytes);
-        if (notPlain(eightBytes) != 0) {
-            blankUnprintable(byte, byte + sizeof eightBytes);
-        }
-    }
-    blankUnprintable(byte, end);
 }
 
 }  // namespace

@@ -30,6 +30,15 @@ std::uint64_t eightBytesAt(std::string_view s, std::size_t position)
     return bytes;
 }
 
+/// Zero when all eight bytes are 0x20 to 0x7E.
+std::uint64_t notPlain(std::uint64_t eightBytes)
+{
+    constexpr std::uint64_t ones = 0x0101010101010101U;
+    constexpr std::uint64_t highBits = 0x8080808080808080U;
+    // A borrow or a carry reaches a neighbour only from a byte that is not plain itself.
+    return ((eightBytes - ones * 0x20) | (eightBytes + ones) | eightBytes) & highBits;
+}
+
 std::size_t spacesAtStart(std::uint64_t eightBytes)
 {
     const std::uint64_t others = eightBytes ^ allSpaces;
@@ -62,6 +71,19 @@ std::string stringToUpper(const std::string& s)
     std::string upper = s;
     std::transform(upper.begin(), upper.end(), upper.begin(), upperLetter);
     return upper;
+}
+
+bool isPlainAscii(std::string_view s)
+{
+    if (s.size() < wordSize) {
+        return std::all_of(s.begin(), s.end(), [](char c) { return c >= ' ' && c <= '~'; });
+    }
+    // The last word may overlap the one before it.
+    std::uint64_t found = notPlain(eightBytesAt(s, s.size() - wordSize));
+    for (std::size_t at = 0; at + wordSize <= s.size(); at += wordSize) {
+        found |= notPlain(eightBytesAt(s, at));
+    }
+    return found == 0;
 }
 
 std::size_t sizeWithoutTrailingBlanks(std::string_view s)
