@@ -1,0 +1,64 @@
+// A process whose user has no entry in the user database, or one without a directory. The test answers in
+// the database's place.
+
+#include <kd_lib/path.h>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <pwd.h>
+#include <string>
+
+namespace {
+
+enum class Answer { NoEntry, NoDirectory, Failure, Directory };
+
+Answer answer = Answer::NoEntry;
+std::string directory = "/of/the/entry";
+
+std::string expanded(std::string path)
+{
+    ::unsetenv("HOME");
+    kd_lib::checkHomePath(path);
+    return path;
+}
+
+}  // namespace
+
+extern "C" int getpwuid_r(uid_t, passwd* entry, char*, size_t, passwd** found)
+{
+    *entry = passwd{};
+    *found = answer == Answer::NoDirectory || answer == Answer::Directory ? entry : nullptr;
+    entry->pw_dir = answer == Answer::Directory ? directory.data() : nullptr;
+    return answer == Answer::Failure ? EIO : 0;
+}
+
+namespace {
+
+TEST(UserDatabase, ItsDirectoryStandsForTheTilde)
+{
+    answer = Answer::Directory;
+    EXPECT_EQ("/of/the/entry/file", expanded("~/file"));
+}
+
+TEST(UserDatabase, WithoutAnEntryTheTildeStays)
+{
+    answer = Answer::NoEntry;
+    EXPECT_EQ("~/file", expanded("~/file"));
+    EXPECT_EQ("~", expanded("~"));
+}
+
+TEST(UserDatabase, WithoutADirectoryTheTildeStays)
+{
+    answer = Answer::NoDirectory;
+    EXPECT_EQ("~/file", expanded("~/file"));
+}
+
+TEST(UserDatabase, WhenItFailsTheTildeStays)
+{
+    answer = Answer::Failure;
+    EXPECT_EQ("~/file", expanded("~/file"));
+}
+
+}  // namespace
