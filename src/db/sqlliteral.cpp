@@ -1,7 +1,7 @@
 #include <kd_lib/sqlliteral.h>
 
+#include "appendliterals.h"
 #include "bytes.h"
-#include "writeliteral.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -114,19 +114,14 @@ char* writeUnlessBlank(char* to, std::string_view value, Write write)
     return trimmed.empty() ? copyBytes(to, nullLiteral) : write(to, trimmed);
 }
 
-}  // namespace
-
-std::string convertField2Sql(TableField field)
+/// The most bytes that `writeLiteral` writes for this field.
+std::size_t literalRoom(const TableField& field)
 {
-    std::string sql = field.Name + ' ' + getFieldTypeName(field.Type);
-    if (field.Type == CHAR_TYPE || field.Type == VARCHAR_TYPE) {
-        sql += '(' + std::to_string(field.Length) + ')';
-    } else if (field.Type == DECIMAL_TYPE) {
-        sql += '(' + std::to_string(field.Length) + ',' + std::to_string(field.Decimals) + ')';
-    }
-    return sql;
+    constexpr std::size_t quotesAndSeparators = 4;
+    return field.Value.size() + quotesAndSeparators;
 }
 
+/// Writes the field's current value to `to` as a literal, and returns its end.
 char* writeLiteral(char* to, const TableField& field)
 {
     switch (field.Type) {
@@ -156,12 +151,37 @@ char* writeLiteral(char* to, const TableField& field)
     }
 }
 
+}  // namespace
+
+std::string convertField2Sql(TableField field)
+{
+    std::string sql = field.Name + ' ' + getFieldTypeName(field.Type);
+    if (field.Type == CHAR_TYPE || field.Type == VARCHAR_TYPE) {
+        sql += '(' + std::to_string(field.Length) + ')';
+    } else if (field.Type == DECIMAL_TYPE) {
+        sql += '(' + std::to_string(field.Length) + ',' + std::to_string(field.Decimals) + ')';
+    }
+    return sql;
+}
+
 std::string convertValue2Sql(TableField field)
 {
     std::string sql(literalRoom(field), ' ');
     const char* const end = writeLiteral(sql.data(), field);
     sql.resize(static_cast<std::size_t>(end - sql.data()));
     return sql;
+}
+
+void appendLiterals(TextBuffer& sql, const TableFields& fields)
+{
+    char* to = sql.room(0);
+    for (const TableField* field : fields.List) {
+        to = sql.roomFrom(to, literalRoom(*field) + 1);
+        to = writeLiteral(to, *field);
+        *to++ = ',';
+    }
+    // The last value has no comma behind it.
+    sql.endAt(fields.List.empty() ? to : to - 1);
 }
 
 }  // namespace kd_lib

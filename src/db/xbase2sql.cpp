@@ -1,8 +1,7 @@
 #include <kd_lib/xbase2sql.h>
 
+#include "appendliterals.h"
 #include "messages.h"
-#include "textbuffer.h"
-#include "writeliteral.h"
 
 #include <kd_lib/console.h>
 #include <kd_lib/path.h>
@@ -30,17 +29,9 @@ void appendNames(std::string& sql, const TableFields& fields, const char* before
 
 void appendInsert(TextBuffer& sql, const std::string& lead, const TableFields& fields)
 {
-    constexpr std::string_view end = ");\n";
     sql.append(lead);
-    char* to = sql.room(end.size());
-    for (const TableField* field : fields.List) {
-        to = sql.roomFrom(to, literalRoom(*field) + 1 + end.size());
-        to = writeLiteral(to, *field);
-        *to++ = ',';
-    }
-    // The last value has no comma behind it.
-    to = fields.List.empty() ? to : to - 1;
-    sql.endAt(copyBytes(to, end));
+    appendLiterals(sql, fields);
+    sql.append(");\n");
 }
 
 std::string placeholder(const std::string& dialect, std::size_t index)
