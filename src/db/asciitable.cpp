@@ -1,5 +1,6 @@
 #include <kd_lib/asciitable.h>
 
+#include "bytes.h"
 #include "slicing.h"
 
 #include <kd_lib/tokenizer.h>
@@ -100,7 +101,7 @@ bool DelimitedTable::extractContent(const std::string& record)
         if (!pieces.next(piece)) {
             break;
         }
-        field->Value.assign(piece);
+        assignValue(field->Value, piece);
     }
     return true;
 }
