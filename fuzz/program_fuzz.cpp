@@ -24,7 +24,7 @@ namespace {
 /// Results go to a file. What grows over the limit is a failed write to the program, and a finding here.
 constexpr rlim_t outputLimit = 64U << 20U;
 
-const std::set<std::string> given = {"input.csv", "input.db", "input.dbf", "input.mem", "input.sql",
+const std::set<std::string> given = {"input.csv", "input.db",  "input.dbf", "input.mem", "input.sql",
                                      "input.tab", "input.tsv", "input.txt", "empty.db"};
 
 void require(bool holds, const char* what)

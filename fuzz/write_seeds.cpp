@@ -47,8 +47,14 @@ std::string stockTable()
 
 std::string allTypesTable()
 {
-    kd_test::DbfBuilder builder({{"C", 'C', 3}, {"D", 'D', 8}, {"F", 'F', 4, 1}, {"L", 'L', 1}, {"M", 'M', 10},
-                                 {"N", 'N', 5}, {"P", 'P', 10}, {"X", 'X', 2, 0, 1}});
+    kd_test::DbfBuilder builder({{"C", 'C', 3},
+                                 {"D", 'D', 8},
+                                 {"F", 'F', 4, 1},
+                                 {"L", 'L', 1},
+                                 {"M", 'M', 10},
+                                 {"N", 'N', 5},
+                                 {"P", 'P', 10},
+                                 {"X", 'X', 2, 0, 1}});
     builder.record({"c1", "20240101", "1.5", "Y", "", "7", "p1", "x1"});
     builder.record({"c2", "20240202", "2.5", "N", "12", "8", "p2", "x2"});
     return builder.bytes();
@@ -115,12 +121,14 @@ void writeDelimitedSeeds(const std::filesystem::path& corpus)
 void writeScriptSeeds(const std::filesystem::path& corpus)
 {
     Seeds seeds(corpus, "script_fuzz");
-    seeds.add("CREATE TABLE t (a, b);\nINSERT INTO t VALUES ('r1;c1', 1);\n# note; it's nothing\nSELECT * FROM t;\n", {3});
+    seeds.add("CREATE TABLE t (a, b);\nINSERT INTO t VALUES ('r1;c1', 1);\n# note; it's nothing\nSELECT * FROM t;\n",
+              {3});
     seeds.add("BEGIN; CREATE TABLE `order` (`select` int); INSERT INTO `order` VALUES (7); COMMIT;", {0});
     seeds.add(";;\n;SELEC;", {1});
     seeds.add("SELECT 'open", {15});
     seeds.add("SELECT 1, 'two', NULL, x'00ff', 2.5", {7});
-    seeds.add("CREATE TABLE t (a PRIMARY KEY); BEGIN; INSERT INTO t VALUES (1); INSERT INTO t VALUES (1); COMMIT;", {2});
+    seeds.add("CREATE TABLE t (a PRIMARY KEY); BEGIN; INSERT INTO t VALUES (1); INSERT INTO t VALUES (1); COMMIT;",
+              {2});
     seeds.add("WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT x FROM c", {2});
     seeds.add("DROP TABLE IF EXISTS t; CREATE TABLE t (a int); UPDATE t SET a = a + 1; DELETE FROM t; ROLLBACK;", {9});
 }
@@ -129,7 +137,8 @@ void writeScriptSeeds(const std::filesystem::path& corpus)
 void writeLiteralSeeds(const std::filesystem::path& corpus)
 {
     Seeds seeds(corpus, "literal_fuzz");
-    const char* const values[] = {"", "   ", "it's", "'quoted'", "20240305", "2024-03-05 11:12:13", "101112", "12345", "T", "\t7.5 "};
+    const char* const values[] = {"",       "   ",   "it's", "'quoted'", "20240305", "2024-03-05 11:12:13",
+                                  "101112", "12345", "T",    "\t7.5 "};
     for (const char* value : values) {
         for (int type = 0; type < 17; ++type) {
             seeds.add(value, {12, type});

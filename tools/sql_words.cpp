@@ -54,7 +54,7 @@ std::string takeWord(std::string_view& text)
     while (size < text.size() && isWordCharacter(text[size])) {
         ++size;
     }
-    const std::string word = kd_lib::stringToUpper(std::string(text.substr(0, size)));
+    std::string word = kd_lib::stringToUpper(std::string(text.substr(0, size)));
     text.remove_prefix(size);
     return word;
 }

@@ -134,11 +134,14 @@ bool query(std::uint64_t count, const std::string&)
 int main(int argc, char** argv)
 {
     using Work = std::function<bool(std::uint64_t, const std::string&)>;
-    const std::map<std::string, Work> works = {
-        {"make-dbf", makeDbf},   {"make-text", makeText},
-        {"make-script", makeScript}, {"walk", walk<kd_lib::xBaseTable>},
-        {"walk-text", walk<kd_lib::DelimitedTable>}, {"convert", convert},
-        {"import", import},      {"query", query}};
+    const std::map<std::string, Work> works = {{"make-dbf", makeDbf},
+                                               {"make-text", makeText},
+                                               {"make-script", makeScript},
+                                               {"walk", walk<kd_lib::xBaseTable>},
+                                               {"walk-text", walk<kd_lib::DelimitedTable>},
+                                               {"convert", convert},
+                                               {"import", import},
+                                               {"query", query}};
     const auto work = argc == 4 ? works.find(argv[1]) : works.end();
     if (work == works.end()) {
         std::cerr << "usage: flat_work WORK COUNT FOLDER\n";

@@ -23,8 +23,12 @@ std::string cell(int row, int column)
 
 DbfBuilder allTypes()
 {
-    DbfBuilder table({{"NAME", 'C', 12}, {"COUNT", 'N', 6}, {"PRICE", 'N', 9, 2}, {"RATE", 'F', 8, 3},
-                      {"BOUGHT", 'D', 8}, {"READY", 'L', 1}});
+    DbfBuilder table({{"NAME", 'C', 12},
+                      {"COUNT", 'N', 6},
+                      {"PRICE", 'N', 9, 2},
+                      {"RATE", 'F', 8, 3},
+                      {"BOUGHT", 'D', 8},
+                      {"READY", 'L', 1}});
     table.record({"bolt", "    71", "     1.25", "   0.125", "20240305", "T"});
     table.deletedRecord({"nut", "    82", "     2.50", "   0.250", "19991231", "F"});
     table.record({"  washer", "   -93", "   -33.75", "  -0.500", "20000229", "y"});
@@ -36,8 +40,9 @@ DbfBuilder allTypes()
 DbfBuilder awkwardTexts()
 {
     DbfBuilder table({{"TEXT", 'C', 30}, {"NEXT", 'C', 10}});
-    const std::vector<std::string> texts = {"it's", "''", "semi;colon", "# no comment", "\"double\"", "back\\slash",
-                                            "100 %", "(brackets)", "a,b,c", "-- dashes", "/* stars */", "~!@$^&*+="};
+    const std::vector<std::string> texts = {"it's",       "''",          "semi;colon",  "# no comment",
+                                            "\"double\"", "back\\slash", "100 %",       "(brackets)",
+                                            "a,b,c",      "-- dashes",   "/* stars */", "~!@$^&*+="};
     for (std::size_t i = 0; i < texts.size(); ++i) {
         table.record({texts[i], "next " + std::to_string(i)});
     }

@@ -21,8 +21,7 @@ void flushAll()
 /// Replaces a descriptor by a file as long as it lives.
 class Redirection {
 public:
-    Redirection(int descriptor, const std::string& path, int flags)
-        : Descriptor(descriptor), Saved(::dup(descriptor))
+    Redirection(int descriptor, const std::string& path, int flags) : Descriptor(descriptor), Saved(::dup(descriptor))
     {
         const int opened = ::open(path.c_str(), flags, 0600);
         ::dup2(opened, Descriptor);
