@@ -26,25 +26,28 @@ mode_t newFileMode()
 
 }  // namespace
 
-AtomicFile::AtomicFile(const std::string& path)
-    : Path(path), Temporary(path + ".XXXXXX"), Descriptor(::mkstemp(Temporary.data())), Stream(nullptr)
+AtomicFile::TemporaryFile::TemporaryFile(const std::string& path)
+    : Name(path + ".XXXXXX"), Descriptor(::mkstemp(Name.data()))
 {
     if (Descriptor < 0) {
-        fail(errno);
+        throw Failure(path, std::strerror(errno));
     }
     ::fchmod(Descriptor, newFileMode());
-    Buffer = std::make_unique<DescriptorBuffer>(Descriptor, false);
-    Stream.rdbuf(Buffer.get());
 }
 
-AtomicFile::~AtomicFile()
+AtomicFile::TemporaryFile::~TemporaryFile()
 {
     if (Descriptor >= 0) {
         ::close(Descriptor);
     }
-    if (!Temporary.empty()) {
-        ::unlink(Temporary.c_str());
+    if (!Name.empty()) {
+        ::unlink(Name.c_str());
     }
+}
+
+AtomicFile::AtomicFile(const std::string& path)
+    : Path(path), Temporary(path), Buffer(Temporary.Descriptor, false), Stream(&Buffer)
+{
 }
 
 void AtomicFile::fail(int error) const
@@ -55,19 +58,19 @@ void AtomicFile::fail(int error) const
 void AtomicFile::commit()
 {
     Stream.flush();
-    if (Buffer->error() != 0) {
-        fail(Buffer->error());
+    if (Buffer.error() != 0) {
+        fail(Buffer.error());
     }
-    if (::fsync(Descriptor) != 0) {
+    if (::fsync(Temporary.Descriptor) != 0) {
         fail(errno);
     }
-    if (::close(std::exchange(Descriptor, -1)) != 0) {
+    if (::close(std::exchange(Temporary.Descriptor, -1)) != 0) {
         fail(errno);
     }
-    if (std::rename(Temporary.c_str(), Path.c_str()) != 0) {
+    if (std::rename(Temporary.Name.c_str(), Path.c_str()) != 0) {
         fail(errno);
     }
-    Temporary.clear();
+    Temporary.Name.clear();
 }
 
 }  // namespace kd_tool

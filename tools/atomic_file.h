@@ -4,7 +4,6 @@
 
 #include "output.h"
 
-#include <memory>
 #include <ostream>
 #include <string>
 
@@ -15,7 +14,7 @@ namespace kd_tool {
 class AtomicFile {
 public:
     explicit AtomicFile(const std::string& path);
-    ~AtomicFile();
+    ~AtomicFile() = default;
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
 
@@ -26,12 +25,22 @@ public:
     void commit();
 
 private:
+    /// The file under its temporary name. It owns itself: whatever fails behind it, it goes.
+    struct TemporaryFile {
+        explicit TemporaryFile(const std::string& path);
+        ~TemporaryFile();
+        TemporaryFile(const TemporaryFile&) = delete;
+        TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+        std::string Name;  ///< empty once it has its final name
+        int Descriptor;    ///< -1 once it is closed
+    };
+
     [[noreturn]] void fail(int error) const;
 
     std::string Path;
-    std::string Temporary;
-    int Descriptor;
-    std::unique_ptr<DescriptorBuffer> Buffer;
+    TemporaryFile Temporary;
+    DescriptorBuffer Buffer;
     std::ostream Stream;
 };
 

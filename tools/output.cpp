@@ -10,8 +10,14 @@
 
 namespace kd_tool {
 
+namespace {
+
+constexpr std::size_t blockSize = 65536;
+
+}  // namespace
+
 DescriptorBuffer::DescriptorBuffer(int descriptor, bool escapeControls)
-    : Descriptor(descriptor), EscapeControls(escapeControls)
+    : Descriptor(descriptor), EscapeControls(escapeControls), Block(blockSize)
 {
     setp(Block.data(), Block.data() + Block.size());
 }

@@ -4,11 +4,11 @@
 
 #include "escape.h"
 
-#include <array>
 #include <cstdint>
 #include <ostream>
 #include <streambuf>
 #include <string>
+#include <vector>
 
 namespace kd_tool {
 
@@ -33,7 +33,7 @@ private:
     int Error = 0;
     ControlEscaper Escaper{true};
     std::string Escaped;
-    std::array<char, 65536> Block;
+    std::vector<char> Block;  // not on the stack, whose growth under a memory limit ends the process
 };
 
 /// As long as it lives, what the library displays goes to standard output in blocks; a terminal shows

@@ -161,8 +161,8 @@ int runProgram(int argc, const char* const* argv)
 {
     keepStandardDescriptors();
     installSignals();
-    const NoteOutput notes;
     try {
+        const NoteOutput notes;
         return run(argc, argv);
     } catch (const UsageError& error) {
         note(std::string("kd_db: ") + error.what());

@@ -19,7 +19,7 @@ std::string readTail(const std::string& script)
     std::string path = script;
     kd_lib::checkHomePath(path);
     std::ifstream file(path, std::ios::binary | std::ios::ate);
-    const std::streamoff size = file.tellg();
+    const std::streamoff size = std::max<std::streamoff>(file.tellg(), 0);
     file.seekg(std::max<std::streamoff>(size - tailSize, 0));
     std::string tail(static_cast<std::size_t>(std::min(size, tailSize)), '\0');
     file.read(tail.data(), static_cast<std::streamsize>(tail.size()));

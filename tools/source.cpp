@@ -6,6 +6,9 @@
 #include <kd_lib/path.h>
 #include <kd_lib/text.h>
 
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -68,9 +71,11 @@ void requireReadableFile(const std::string& file)
     if (!S_ISREG(about.st_mode)) {
         throw Failure(file, S_ISDIR(about.st_mode) ? "is a directory" : "is no regular file");
     }
-    if (::access(path.c_str(), R_OK) != 0) {
-        throw Failure(file, "No permission to read file");
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        throw Failure(file, errno == EACCES ? "No permission to read file" : std::strerror(errno));
     }
+    ::close(descriptor);
 }
 
 std::unique_ptr<XBaseSource> openXBase(const std::string& file)

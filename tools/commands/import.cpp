@@ -43,6 +43,9 @@ public:
     void run(const std::string& script)
     {
         begin();
+        // With the database's own descriptors taken: the library does not tell a script that cannot be
+        // opened from one that ran to its end.
+        requireReadableFile(script);
         RunningScript = true;
         bool stopped = false;
         {
@@ -52,7 +55,9 @@ public:
         RunningScript = false;
         throwIfInterrupted();
         if (stopped) {
-            throw Failure(script, "statement " + std::to_string(Statements) + ": " + errorText);
+            // SQLite has no error for a text that holds no statement.
+            const std::string reason = errorText.empty() ? "an empty statement" : errorText;
+            throw Failure(script, "statement " + std::to_string(Statements) + ": " + reason);
         }
         if (InScriptTransaction) {
             throw Failure(script, "the script ends inside a transaction");
