@@ -71,7 +71,7 @@ class Killed(Signals):
                     self.assertIn(self.loaded(database), [None, RECORDS])
                 if database == 'old.db':
                     self.assertEqual(self.rows(database, 'SELECT count(*) FROM members'), ['3'])
-        self.assertGreater(cut_short, ROUNDS // 2)
+        self.assertGreater(cut_short, 0)
 
     def test_load_killed_at_random_moments_holds_all_or_nothing(self):
         self.check_killed('load', 'big.dbf', '--into')
@@ -98,7 +98,7 @@ class Ended(Signals):
                     self.assertEqual(content('old.db'), self.before)
                 else:
                     self.assertEqual(self.loaded(database), RECORDS)
-        self.assertGreater(cut_short, ROUNDS // 2)
+        self.assertGreater(cut_short, 0)
 
     def test_load_ended_at_random_moments_rolls_back(self):
         self.check_ended('load', 'big.dbf', '--into')
@@ -122,7 +122,7 @@ class Ended(Signals):
                 self.assertEqual((code, out), (128 + number, ''))
                 self.assertNotIn('kd_db:', err)
                 self.assertEqual(set(os.listdir('.')), {'big.dbf', 'members.dbf', 'old.db'})
-        self.assertGreater(cut_short, ROUNDS // 2)
+        self.assertGreater(cut_short, 0)
 
 
 if __name__ == '__main__':
