@@ -477,6 +477,13 @@ TEST_F(SqlDatabasePrinting, RowOfEmptyValuesKeepsItsSeparators)
     EXPECT_EQ("  \n", captured([&] { Database.processRow(); }).out);
 }
 
+TEST_F(SqlDatabasePrinting, RowPadsAnEmptyValueOfLengthOneWithOneBlank)
+{
+    Database.setResult({"a", "b"}, {});
+    setLengths(Database, {1, 0});
+    EXPECT_EQ("  \n", captured([&] { Database.processRow(); }).out);
+}
+
 TEST_F(SqlDatabasePrinting, RowOfNoColumnsIsNothing)
 {
     bool answer = false;
