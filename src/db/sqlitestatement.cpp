@@ -52,7 +52,6 @@ bool SQLite3::prepare(std::string sql)
     }
     std::replace(sql.begin(), sql.end(), '`', '"');
     supersedeStatement();
-    FailureReported = false;
     // The length includes the zero byte at the end: SQLite copies texts that are given without it.
     const auto length = static_cast<int>(sql.size() + 1);
     if (!succeeded(sqlite3_prepare_v2(handle, sql.c_str(), length, &statement, nullptr))) {
