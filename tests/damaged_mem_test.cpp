@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
+#include <iostream>
 #include <string>
 
 #include <sys/wait.h>
@@ -234,6 +236,9 @@ TEST(DamagedMem, EndlessZeroBytesAreListedAsLongAsAnyoneReads)
     kd_test::makeEndless(directory, "sample.mem");
     int out[2];
     ASSERT_EQ(0, ::pipe(out));
+    // What is not written yet would be written by the child once more.
+    std::cout.flush();
+    std::fflush(nullptr);
     const pid_t child = ::fork();
     ASSERT_NE(-1, child);
     if (child == 0) {

@@ -46,7 +46,8 @@ public:
     std::string convert();
 
     /// Writes the script of `convert` to `out` and leaves the table open. The caller sees a failed
-    /// write in the state of `out`; writing stops there.
+    /// write in the state of `out`; writing stops there. A table that cannot be opened: what is written
+    /// is the result of `createTable`, its error text; open the table before to be sure.
     void writeScript(std::ostream& out);
 
 private:
