@@ -57,8 +57,7 @@ inline void assignValue(std::string& value, std::string_view text)
     if (text.size() == value.size()) {
         copyBytes(value.data(), text);
     } else {
-        value.clear();
-        value.append(text);
+        value.assign(text);
     }
 }
 

@@ -4,7 +4,7 @@
 #include "bytes.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <span>
 
 namespace kd_lib {
 
@@ -20,63 +20,71 @@ constexpr char backquote = '`';
 
 constexpr std::size_t wordSize = sizeof(std::uint64_t);
 
-/// Whether one of the first eight bytes at `text` is a single quote.
-bool holdsQuote(const char* text)
+/// Copies `Width` bytes, their single quotes turned into backquotes.
+template <std::size_t Width>
+void copyTurningQuotes(char* to, const char* from)
 {
-    constexpr std::uint64_t ones = 0x0101010101010101U;
-    constexpr std::uint64_t highBits = ones * 0x80;
-    std::uint64_t bytes = 0;
-    std::memcpy(&bytes, text, wordSize);
-    const std::uint64_t zeroWhereQuote = bytes ^ (ones * quote);
-    return ((zeroWhereQuote - ones) & ~zeroWhereQuote & highBits) != 0;
+    // A copy of known size, so that its bytes are compared side by side.
+    char bytes[Width];
+    std::memcpy(bytes, from, Width);
+    for (char& byte : bytes) {
+        byte ^= byte == quote ? quote ^ backquote : 0;
+    }
+    std::memcpy(to, bytes, Width);
 }
 
-/// Copies eight bytes, their single quotes turned into backquotes.
-void copyWordWithoutQuotes(char* to, const char* from)
+/// The same for `size` bytes, at least `Width`. The last `Width` bytes may go twice: the second copy is
+/// the same.
+template <std::size_t Width>
+void copyTurningQuotes(char* to, const char* from, std::size_t size)
 {
-    std::memcpy(to, from, wordSize);
-    if (holdsQuote(from)) {
-        std::replace(to, to + wordSize, quote, backquote);
+    const std::size_t last = size - Width;
+    for (std::size_t at = 0; at < last; at += Width) {
+        copyTurningQuotes<Width>(to + at, from + at);
     }
+    copyTurningQuotes<Width>(to + last, from + last);
 }
 
 /// Copies `text`, its single quotes turned into backquotes, and returns the end of the copy.
 char* copyWithoutQuotes(char* to, std::string_view text)
 {
     const char* const from = text.data();
-    if (text.size() < wordSize) {
-        char word[wordSize] = {};
-        copyFewBytes(word, from, text.size());
-        if (holdsQuote(word)) {
-            std::replace(word, word + wordSize, quote, backquote);
-        }
-        copyFewBytes(to, word, text.size());
-        return to + text.size();
+    const std::size_t size = text.size();
+    if (size >= 16) {
+        copyTurningQuotes<16>(to, from, size);
+    } else if (size >= 8) {
+        copyTurningQuotes<8>(to, from, size);
+    } else if (size >= 4) {
+        copyTurningQuotes<4>(to, from, size);
+    } else {
+        std::replace_copy(from, from + size, to, quote, backquote);
     }
-    // The last eight bytes may go twice: the second copy is the same.
-    const std::size_t last = text.size() - wordSize;
-    for (std::size_t at = 0; at < last; at += wordSize) {
-        copyWordWithoutQuotes(to + at, from + at);
-    }
-    copyWordWithoutQuotes(to + last, from + last);
-    return to + text.size();
+    return to + size;
 }
 
-/// Writes three pieces of a compact date or time with `separator` between them. As with
+/// Writes `length` bytes of `text` from the position `at`, or what is left of them. As with
 /// std::string::substr, a piece that starts behind the end throws std::out_of_range.
-char* writePieces(char* to, std::string_view text, std::size_t firstLength, char separator)
+inline char* writePiece(char* to, std::string_view text, std::size_t at, std::size_t length)
 {
-    to = copyBytes(to, text.substr(0, firstLength));
-    *to++ = separator;
-    to = copyBytes(to, text.substr(firstLength, 2));
-    *to++ = separator;
-    return copyBytes(to, text.substr(firstLength + 2, 2));
+    if (text.size() >= at + length) {
+        std::memcpy(to, text.data() + at, length);
+        return to + length;
+    }
+    return copyBytes(to, text.substr(at, length));
 }
 
 char* writeDate(char* to, std::string_view date)
 {
     *to++ = quote;
-    to = date.size() <= compactDateLength ? writePieces(to, date, 4, '-') : copyBytes(to, date);
+    if (date.size() <= compactDateLength) {
+        to = writePiece(to, date, 0, 4);
+        *to++ = '-';
+        to = writePiece(to, date, 4, 2);
+        *to++ = '-';
+        to = writePiece(to, date, 6, 2);
+    } else {
+        to = copyBytes(to, date);
+    }
     *to++ = quote;
     return to;
 }
@@ -84,7 +92,15 @@ char* writeDate(char* to, std::string_view date)
 char* writeTime(char* to, std::string_view time)
 {
     // Deliberate: no quote in front, unlike a date.
-    to = time.size() <= compactTimeLength ? writePieces(to, time, 2, ':') : copyBytes(to, time);
+    if (time.size() <= compactTimeLength) {
+        to = writePiece(to, time, 0, 2);
+        *to++ = ':';
+        to = writePiece(to, time, 2, 2);
+        *to++ = ':';
+        to = writePiece(to, time, 4, 2);
+    } else {
+        to = copyBytes(to, time);
+    }
     *to++ = quote;
     return to;
 }
@@ -99,31 +115,44 @@ char* writeTimestamp(char* to, std::string_view timestamp)
 
 char* writeText(char* to, std::string_view text)
 {
+    if (text.empty()) {
+        return copyBytes(to, nullLiteral);
+    }
     *to++ = quote;
     to = copyWithoutQuotes(to, text);
     *to++ = quote;
     return to;
 }
 
-/// Writes a value of a type that knows NULL: of blanks alone it is NULL, otherwise `write` takes it
-/// without blanks at both ends.
-template <class Write>
-char* writeUnlessBlank(char* to, std::string_view value, Write write)
+/// Writes the trimmed value of a number, a date or a time; of nothing it is NULL.
+char* writeTrimmed(char* to, FIELD_TYPE type, std::string_view trimmed)
 {
-    const std::string_view trimmed = allTrimView(value);
-    return trimmed.empty() ? copyBytes(to, nullLiteral) : write(to, trimmed);
+    if (trimmed.empty()) {
+        return copyBytes(to, nullLiteral);
+    }
+    switch (type) {
+    case DATE_TYPE:
+        return writeDate(to, trimmed);
+    case TIME_TYPE:
+        return writeTime(to, trimmed);
+    case TIMESTAMP_TYPE:
+        return writeTimestamp(to, trimmed);
+    default:
+        return copyBytes(to, trimmed);
+    }
 }
 
-/// The most bytes that `writeLiteral` writes for this field.
+/// The most bytes that `writeLiterals` writes for this field.
 std::size_t literalRoom(const TableField& field)
 {
-    constexpr std::size_t quotesAndSeparators = 4;
+    constexpr std::size_t quotesAndSeparators = 5;
     return field.Value.size() + quotesAndSeparators;
 }
 
 /// Writes the field's current value to `to` as a literal, and returns its end.
 char* writeLiteral(char* to, const TableField& field)
 {
+    const std::string_view value = field.Value;
     switch (field.Type) {
     case BOOLEAN_TYPE:
         *to++ = stringToBool(field.Value) ? '1' : '0';
@@ -133,22 +162,27 @@ char* writeLiteral(char* to, const TableField& field)
     case SMALLINT_TYPE:
     case INTEGER_TYPE:
     case BIGINT_TYPE:
-        return writeUnlessBlank(to, field.Value, copyBytes);
     case DATE_TYPE:
-        return writeUnlessBlank(to, field.Value, writeDate);
     case TIME_TYPE:
-        return writeUnlessBlank(to, field.Value, writeTime);
     case TIMESTAMP_TYPE:
-        return writeUnlessBlank(to, field.Value, writeTimestamp);
+        return writeTrimmed(to, field.Type, allTrimView(value));
     case CHAR_TYPE:
     case VARCHAR_TYPE:
-    case TEXT_TYPE: {
-        const std::string_view text = rightTrimView(field.Value);
-        return text.empty() ? copyBytes(to, nullLiteral) : writeText(to, text);
-    }
+    case TEXT_TYPE:
+        return writeText(to, rightTrimView(value));
     default:
-        return copyBytes(to, field.Value);
+        return copyBytes(to, value);
     }
+}
+
+/// Writes the current values of `fields` as literals, each with a comma behind it, and returns the end.
+char* writeLiterals(char* to, std::span<TableField* const> fields)
+{
+    for (const TableField* field : fields) {
+        to = writeLiteral(to, *field);
+        *to++ = ',';
+    }
+    return to;
 }
 
 }  // namespace
@@ -166,22 +200,24 @@ std::string convertField2Sql(TableField field)
 
 std::string convertValue2Sql(TableField field)
 {
+    TableField* const one = &field;
     std::string sql(literalRoom(field), ' ');
-    const char* const end = writeLiteral(sql.data(), field);
-    sql.resize(static_cast<std::size_t>(end - sql.data()));
+    const char* const end = writeLiterals(sql.data(), {&one, 1});
+    sql.resize(static_cast<std::size_t>(end - sql.data()) - 1);
     return sql;
 }
 
 void appendLiterals(TextBuffer& sql, const TableFields& fields)
 {
-    char* to = sql.room(0);
+    if (fields.List.empty()) {
+        return;
+    }
+    std::size_t room = 0;
     for (const TableField* field : fields.List) {
-        to = sql.roomFrom(to, literalRoom(*field) + 1);
-        to = writeLiteral(to, *field);
-        *to++ = ',';
+        room += literalRoom(*field);
     }
     // The last value has no comma behind it.
-    sql.endAt(fields.List.empty() ? to : to - 1);
+    sql.endAt(writeLiterals(sql.room(room), fields.List) - 1);
 }
 
 }  // namespace kd_lib
