@@ -43,7 +43,7 @@ public:
             InComment = true;
         } else if (c == ';') {
             Open = false;
-        } else if (kd_lib::allTrimView(std::string_view(&c, 1)).size() == 1) {
+        } else if (!kd_lib::isBlank(c)) {
             Open = true;
         }
     }

@@ -2,6 +2,7 @@
 /// The whole support library `libkd_udf`.
 #pragma once
 
+#include <kd_lib/blanks.h>
 #include <kd_lib/byteorder.h>
 #include <kd_lib/console.h>
 #include <kd_lib/dates.h>

@@ -4,6 +4,7 @@
 /// Threads: all functions are free of shared state.
 #pragma once
 
+#include <kd_lib/blanks.h>
 #include <kd_lib/export.h>
 
 #include <string>
@@ -55,35 +56,5 @@ KD_LIB_EXPORT bool findStrings(const std::string& s, std::vector<std::string> li
 
 /// True when every byte of `s` is 0x20 to 0x7E: those are printable in every locale.
 KD_LIB_EXPORT bool isPlainAscii(std::string_view s);
-
-/// Whether `c` is a blank for the trims.
-inline bool isBlank(char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-/// \name Size of what a trim leaves
-/// The work behind the views, for texts that need it.
-/// @{
-
-/// The number of blanks at the beginning of `s`.
-KD_LIB_EXPORT std::size_t leadingBlanks(std::string_view s);
-
-/// The size of `s` without the blanks at its end.
-KD_LIB_EXPORT std::size_t sizeWithoutTrailingBlanks(std::string_view s);
-/// @}
-
-/// `rightTrim` without a copy, for loops over many values. The view lives as long as its text.
-inline std::string_view rightTrimView(std::string_view s)
-{
-    return s.empty() || s.back() > ' ' ? s : s.substr(0, sizeWithoutTrailingBlanks(s));
-}
-
-/// `allTrim` without a copy.
-inline std::string_view allTrimView(std::string_view s)
-{
-    s = rightTrimView(s);
-    return s.empty() || s.front() > ' ' ? s : s.substr(leadingBlanks(s));
-}
 
 }  // namespace kd_lib

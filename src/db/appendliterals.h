@@ -4,12 +4,14 @@
 
 #include "textbuffer.h"
 
-#include <kd_lib/tablefields.h>
+#include <kd_lib/tablefield.h>
+
+#include <span>
 
 namespace kd_lib {
 
-/// Appends the current values of all columns, each as the literal that `convertValue2Sql` returns, with
-/// "," between them. When a value throws, some of those before it may have been appended.
-void appendLiterals(TextBuffer& sql, const TableFields& fields);
+/// Appends the current values of `fields`, each as the literal that `convertValue2Sql` returns, with ","
+/// between them. When a value throws, some of those before it may have been appended.
+void appendLiterals(TextBuffer& sql, std::span<TableField* const> fields);
 
 }  // namespace kd_lib

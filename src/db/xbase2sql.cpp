@@ -30,7 +30,7 @@ void appendNames(std::string& sql, const TableFields& fields, const char* before
 void appendInsert(TextBuffer& sql, const std::string& lead, const TableFields& fields)
 {
     sql.append(lead);
-    appendLiterals(sql, fields);
+    appendLiterals(sql, fields.List);
     sql.append(");\n");
 }
 

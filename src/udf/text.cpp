@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -20,43 +19,21 @@ char upperLetter(char c)
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
-constexpr std::size_t wordSize = sizeof(std::uint64_t);
-constexpr std::uint64_t allSpaces = 0x2020202020202020U;
-constexpr bool littleEndian = std::endian::native == std::endian::little;
+/// Bytes that are counted side by side. g++ and clang++ both know such vectors, for every processor; a
+/// loop over single bytes is made one by g++ alone.
+using SixteenBytes = unsigned char __attribute__((vector_size(16)));
 
-std::uint64_t eightBytesAt(std::string_view s, std::size_t position)
-{
-    std::uint64_t bytes = 0;
-    std::memcpy(&bytes, s.data() + position, sizeof bytes);
-    return bytes;
-}
-
-/// Bytes that are compared side by side. g++ and clang++ both know such vectors, for every processor.
-using SixteenBytes = signed char __attribute__((vector_size(16)));
-
-SixteenBytes sixteenBytesAt(std::string_view s, std::size_t position)
+/// How far each of sixteen bytes lies behind the space. A byte before the space lies far behind it.
+SixteenBytes distancesFromSpace(std::string_view s, std::size_t position)
 {
     SixteenBytes bytes;
     std::memcpy(&bytes, s.data() + position, sizeof bytes);
-    return bytes;
+    return bytes - ' ';
 }
 
-/// Not zero where a byte is none of 0x20 to 0x7E; as signed numbers, those from 0x80 up lie below them.
-SixteenBytes notPlain(SixteenBytes bytes)
+SixteenBytes greater(SixteenBytes a, SixteenBytes b)
 {
-    return (bytes < ' ') | (bytes > '~');
-}
-
-std::size_t spacesAtStart(std::uint64_t eightBytes)
-{
-    const std::uint64_t others = eightBytes ^ allSpaces;
-    return static_cast<std::size_t>((littleEndian ? std::countr_zero(others) : std::countl_zero(others)) / 8);
-}
-
-std::size_t spacesAtEnd(std::uint64_t eightBytes)
-{
-    const std::uint64_t others = eightBytes ^ allSpaces;
-    return static_cast<std::size_t>((littleEndian ? std::countl_zero(others) : std::countr_zero(others)) / 8);
+    return a > b ? a : b;
 }
 
 bool equalsInAnyCase(std::string_view s, std::string_view lower)
@@ -89,38 +66,14 @@ bool isPlainAscii(std::string_view s)
     }
     // The last sixteen may overlap those before them.
     const std::size_t last = s.size() - width;
-    SixteenBytes found = notPlain(sixteenBytesAt(s, last));
+    SixteenBytes farthest = distancesFromSpace(s, last);
     for (std::size_t at = 0; at < last; at += width) {
-        found |= notPlain(sixteenBytesAt(s, at));
+        farthest = greater(farthest, distancesFromSpace(s, at));
     }
+    const auto notPlain = farthest > '~' - ' ';
     std::array<std::uint64_t, 2> words{};
-    std::memcpy(words.data(), &found, sizeof words);
+    std::memcpy(words.data(), &notPlain, sizeof words);
     return (words[0] | words[1]) == 0;
-}
-
-std::size_t sizeWithoutTrailingBlanks(std::string_view s)
-{
-    // Fixed-width values end in long runs of spaces: these go eight at a time.
-    std::size_t size = s.size();
-    for (std::size_t spaces = wordSize; spaces == wordSize && size >= wordSize; size -= spaces) {
-        spaces = spacesAtEnd(eightBytesAt(s, size - wordSize));
-    }
-    while (size > 0 && isBlank(s[size - 1])) {
-        --size;
-    }
-    return size;
-}
-
-std::size_t leadingBlanks(std::string_view s)
-{
-    std::size_t count = 0;
-    for (std::size_t spaces = wordSize; spaces == wordSize && s.size() - count >= wordSize; count += spaces) {
-        spaces = spacesAtStart(eightBytesAt(s, count));
-    }
-    while (count < s.size() && isBlank(s[count])) {
-        ++count;
-    }
-    return count;
 }
 
 std::string allTrim(const std::string& s)
