@@ -57,7 +57,8 @@ inline void assignValue(std::string& value, std::string_view text)
     if (text.size() == value.size()) {
         copyBytes(value.data(), text);
     } else {
-        value.assign(text);
+        value.clear();
+        value.append(text);
     }
 }
 
