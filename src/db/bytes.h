@@ -50,15 +50,20 @@ inline char* copyBytes(char* to, std::string_view text)
     return to + count;
 }
 
-/// `value` becomes `text`, which lies outside of it. Most columns hold values of one size in every
-/// record: these are copied in place.
+/// `value` becomes `text`, which lies outside of it. Inline, where an assignment would be a call.
+inline void replaceValue(std::string& value, std::string_view text)
+{
+    value.clear();
+    value.append(text);
+}
+
+/// The same for columns that mostly hold values of one size in every record: these are copied in place.
 inline void assignValue(std::string& value, std::string_view text)
 {
     if (text.size() == value.size()) {
         copyBytes(value.data(), text);
     } else {
-        value.clear();
-        value.append(text);
+        replaceValue(value, text);
     }
 }
 

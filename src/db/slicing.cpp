@@ -38,7 +38,7 @@ void sliceRecord(TableFields& fields, const std::string& record, bool trim, cons
         } else {
             // Copying the whole width, the same in every record, and cutting it is faster than copying
             // each text's own size.
-            field->Value.assign(slice);
+            replaceValue(field->Value, slice);
             field->Value.resize(size);
         }
     }
