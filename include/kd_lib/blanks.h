@@ -68,7 +68,8 @@ inline std::size_t leadingBlanks(std::string_view s)
 inline std::size_t sizeWithoutTrailingBlanks(std::string_view s)
 {
     std::size_t size = s.size();
-    for (std::size_t spaces = detail::wordSize; spaces == detail::wordSize && size >= detail::wordSize; size -= spaces) {
+    for (std::size_t spaces = detail::wordSize; spaces == detail::wordSize && size >= detail::wordSize;
+         size -= spaces) {
         spaces = detail::spacesAtEnd(detail::wordAt(s, size - detail::wordSize));
     }
     while (size > 0 && isBlank(s[size - 1])) {
