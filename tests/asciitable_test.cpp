@@ -140,6 +140,19 @@ TEST(AsciiTableExtract, TrimLeavesTwoLettersOfASliceWithThreeBlanks)
     EXPECT_EQ((Row{"ef   ", "  gh "}), rowOf(table));
 }
 
+TEST(AsciiTableExtract, RecordMayBeTheValueOfAColumn)
+{
+    AsciiTable table;
+    table.Trim = false;
+    addColumn(table, "first", 0, 2);
+    addColumn(table, "last", 2, 3);
+    for (const std::size_t column : {0U, 1U}) {
+        table.Fields.List[column]->Value = "abcde";
+        EXPECT_TRUE(table.extractContent(table.Fields.List[column]->Value));
+        EXPECT_EQ((Row{"ab", "cde"}), rowOf(table));
+    }
+}
+
 TEST(AsciiTableExtract, ColumnThatStartsBehindTheRecordThrowsOutOfRange)
 {
     AsciiTable table;
@@ -557,6 +570,28 @@ TEST(DelimitedRecord, SeparatorsLowEightBitsCount)
     table.Separator = 0xA6;
     EXPECT_TRUE(table.extractContent("r2c1\xA6r2c2"));
     EXPECT_EQ((Row{"r2c1", "r2c2"}), rowOf(table));
+}
+
+TEST(DelimitedRecord, EmptyValueEndsAtItsStart)
+{
+    DelimitedTable table;
+    table.extractFieldNames("a|b|c");
+    table.extractContent("||x");
+    EXPECT_STREQ("", table.Fields.List[0]->Value.c_str());
+    EXPECT_STREQ("", table.Fields.List[1]->Value.c_str());
+    EXPECT_STREQ("x", table.Fields.List[2]->Value.c_str());
+}
+
+TEST(DelimitedRecord, RecordMayBeTheValueOfAColumn)
+{
+    for (const std::size_t column : {0U, 1U}) {
+        DelimitedTable table;
+        table.setCsvMode();
+        table.extractFieldNames("a,b");
+        table.Fields.List[column]->Value = "r1c1,a longer text that has memory of its own";
+        EXPECT_TRUE(table.extractContent(table.Fields.List[column]->Value));
+        EXPECT_EQ((Row{"r1c1", "a longer text that has memory of its own"}), rowOf(table));
+    }
 }
 
 TEST(DelimitedRecord, TableWithoutColumnsTakesARecordAndStoresNothing)

@@ -27,6 +27,7 @@ using kd_test::captured;
 using kd_test::Console;
 using kd_test::Opened;
 using kd_test::Row;
+using kd_test::rowOf;
 using kd_test::Rows;
 using kd_test::rowsOf;
 using kd_test::ScopedDirectory;
@@ -675,6 +676,27 @@ TEST(FileTableGoRecord, BinaryTableSeeksEvenWithNewlineRecords)
     EXPECT_EQ(8, position(file.table));
 }
 
+TEST(FileTableGoRecord, NumberWhosePositionNoFileHasIsTrueAndTheNextFetchFalse)
+{
+    struct Case {
+        std::uint64_t Length;
+        unsigned long Number;
+    };
+    // Modulo 2^64 these products are 4, 0 and, with the header, 1.
+    for (const Case& record :
+         {Case{20, 922337203685477582UL}, Case{2, 9223372036854775809UL}, Case{18446744073709551610UL, 2UL}}) {
+        SCOPED_TRACE(record.Number);
+        Opened<FileTable> file(kd_test::lettersOf(60));
+        addColumn(file.table, "word", 0, 2);
+        file.table.RecordEnd = 0;
+        file.table.HeaderLength = record.Number == 2 ? 7 : 0;
+        file.table.RecordLength = record.Length;
+        EXPECT_TRUE(file.table.goRecord(record.Number));
+        file.table.RecordLength = 2;
+        EXPECT_FALSE(file.table.fetchRecord());
+    }
+}
+
 TEST(FileTableGoRecord, BehindTheLastLineIsTrueAndTheNextFetchFalse)
 {
     Opened<FileTable> file("r1\nr2\n");
@@ -874,6 +896,40 @@ TEST(FileTableExtract, ColumnsMayOverlapAndStandInAnyOrder)
     addColumn(table, "nothing", 8, 0);
     EXPECT_TRUE(table.extractContent("abcdefgh"));
     EXPECT_EQ((Row{"efgh", "abcdef", ""}), kd_test::rowOf(table));
+}
+
+TEST(FileTableExtract, RecordMayBeTheValueOfAColumn)
+{
+    FileTable table;
+    addColumn(table, "first", 0, 2);
+    addColumn(table, "last", 2, 4);
+    for (const std::size_t column : {0U, 1U}) {
+        table.Fields.List[column]->Value = "abcd  ";
+        EXPECT_TRUE(table.extractContent(table.Fields.List[column]->Value));
+        EXPECT_EQ((Row{"ab", "cd"}), rowOf(table));
+    }
+}
+
+// Every size is copied in its own way: a value goes whole into its column, and nothing beside it changes.
+TEST(FileTableExtract, ColumnsOfEveryWidthHoldTheirBytes)
+{
+    for (const bool trim : {false, true}) {
+        for (int width = 1; width <= 70; ++width) {
+            FileTable table;
+            table.Trim = trim;
+            addColumn(table, "before", 0, 2);
+            addColumn(table, "value", 2, width);
+            addColumn(table, "behind", 2 + width, 2);
+            for (int size = width; size > 0; --size) {
+                const std::string value = kd_test::lettersOf(static_cast<std::size_t>(size));
+                const std::string blanks(static_cast<std::size_t>(width - size), ' ');
+                for (int again = 0; again < 2; ++again) {
+                    table.extractContent("ab" + value + blanks + "yz");
+                    ASSERT_EQ((Row{"ab", trim ? value : value + blanks, "yz"}), rowOf(table)) << width << ' ' << size;
+                }
+            }
+        }
+    }
 }
 
 TEST(FileTableExtract, ColumnThatStartsBehindTheRecordThrowsOutOfRange)

@@ -359,6 +359,22 @@ TEST(SqlDatabaseCount, IsZeroWhereNoCountCouldBeFetched)
     EXPECT_EQ(0, database.getRecords("without the column"));
 }
 
+TEST(SqlDatabaseCount, TakesTheValueWhateverTheFetchAnswers)
+{
+    class Silent : public FakeSqlDatabase {
+    public:
+        bool fetchRow() override
+        {
+            FakeSqlDatabase::fetchRow();
+            return false;
+        }
+    };
+    Silent database;
+    database.Columns = {"count"};
+    database.Result = {{"7"}};
+    EXPECT_EQ(7, database.getRecords("t"));
+}
+
 TEST(SqlDatabaseCount, PassesTheStandardExceptionOfATextThatIsNoNumber)
 {
     FakeSqlDatabase database;

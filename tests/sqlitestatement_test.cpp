@@ -632,6 +632,19 @@ TEST_F(SqliteStatementLock, FetchRowGivesUpAfterSixTriesAtADatabaseThatAnotherPr
     EXPECT_EQ(2, Database.getRecords("t"));
 }
 
+TEST_F(SqliteStatementLock, StatementThatGaveUpIsStillRunningWhenAnotherReplacesIt)
+{
+    ASSERT_TRUE(Database.query("SELECT a FROM t"));
+    ASSERT_EQ(SQLITE_OK, Other.run("BEGIN EXCLUSIVE"));
+    EXPECT_FALSE(Database.fetchRow());
+    ASSERT_EQ(SQLITE_OK, Other.run("COMMIT"));
+    ASSERT_TRUE(Database.prepare("VACUUM"));
+    EXPECT_EQ(2U, openStatements(Database.handle));
+    EXPECT_EQ(failureLine(1, "cannot VACUUM - SQL statements in progress"),
+              printedBy([&] { EXPECT_FALSE(Database.execute()); }));
+    EXPECT_TRUE(Database.disconnect());
+}
+
 TEST_F(SqliteStatement, ClearResultsEmptiesTheResultAndLeavesTheStatement)
 {
     ASSERT_TRUE(Database.query("SELECT 1 AS x"));

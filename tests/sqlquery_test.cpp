@@ -137,6 +137,16 @@ TEST(SqlQuery, SubFilterDeliberatelyHasNoBlankBetweenConjunctionAndParenthesis)
     EXPECT_EQ(" (a = 1)\n OR(b = 2)\n", query.subFilter);
 }
 
+TEST(SqlQuery, SubFilterMayGrowByItself)
+{
+    SqlQuery query;
+    std::string conjunction = "AND";
+    query.setSubFilter(query.subFilter, conjunction);
+    EXPECT_EQ(" ()\n", query.subFilter);
+    query.setSubFilter(query.subFilter, query.subFilter);
+    EXPECT_EQ(" ()\n  ()\n( ()\n)\n", query.subFilter);
+}
+
 TEST(SqlQuery, SubFilterLeavesItsArguments)
 {
     SqlQuery query;

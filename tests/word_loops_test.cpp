@@ -3,6 +3,7 @@
 
 #include <kd_lib/sqlliteral.h>
 #include <kd_lib/text.h>
+#include <kd_lib/xbase2sql.h>
 
 #include <gtest/gtest.h>
 
@@ -97,6 +98,28 @@ TEST_P(WordLoops, EveryQuoteOfATextBecomesABackquoteAndNoOtherByteChanges)
     forEveryByteAndPlace(GetParam(), [](const std::string& text) {
         ASSERT_EQ(plainLiteralOf(text), literalOf(text)) << testing::PrintToString(text);
     });
+}
+
+TEST(WordLoopLists, NumbersAndTextsOfEverySizeStandSideBySide)
+{
+    kd_lib::xBase2Sql table("t");
+    std::string expected = "INSERT INTO t(";
+    std::string values;
+    for (std::size_t size = 1; size <= 70; ++size) {
+        for (const kd_lib::FIELD_TYPE type : {kd_lib::DECIMAL_TYPE, kd_lib::CHAR_TYPE}) {
+            const std::string name = "c" + std::to_string(table.Fields.size());
+            kd_lib::TableField field(name, type, 0, static_cast<int>(size), 0, false);
+            table.Fields.add(field);
+            std::string value(size, '7');
+            value.front() = '1';
+            value.back() = '9';
+            table.Fields.List.back()->Value = value;
+            const std::string separator = values.empty() ? "" : ",";
+            expected += separator + name;
+            values += separator + (type == kd_lib::CHAR_TYPE ? "'" + value + "'" : value);
+        }
+    }
+    EXPECT_EQ(expected + ") \n VALUES (" + values + ");\n", table.insert());
 }
 
 // The neighbours of the bytes that the loops look for, and bytes that share their bits.

@@ -5,12 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <ostream>
 #include <sstream>
 #include <stdexcept>
+#include <streambuf>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -641,6 +643,53 @@ TEST(xBase2SqlWriteScript, StopsAtAStreamThatFails)
     EXPECT_TRUE(out.bad());
     EXPECT_EQ("", out.str());
     EXPECT_EQ(2U, file.table.Fields.size());
+}
+
+/// A stream that takes `room` bytes and throws at the next.
+class ThrowingStream : private std::streambuf, public std::ostream {
+public:
+    explicit ThrowingStream(std::streamsize room) : std::ostream(this), Room(room) { exceptions(std::ios::badbit); }
+
+    std::string Text;
+
+private:
+    std::streamsize xsputn(const char* text, std::streamsize count) override
+    {
+        const std::streamsize taken = std::min(count, Room);
+        Text.append(text, static_cast<std::size_t>(taken));
+        Room -= taken;
+        return taken;
+    }
+
+    std::streamsize Room;
+};
+
+TEST(xBase2SqlWriteScript, ExceptionOfTheStreamPassesAndNothingIsWrittenTwice)
+{
+    const std::string script = Conversion("stock", twoRecords()).script();
+    for (std::size_t room = 0; room < script.size(); ++room) {
+        Opened<xBase2Sql> file(twoRecords());
+        file.table.Name = "stock";
+        ThrowingStream out(static_cast<std::streamsize>(room));
+        EXPECT_THROW(file.table.writeScript(out), std::ios_base::failure) << room;
+        EXPECT_EQ(script.substr(0, room), out.Text);
+    }
+    Opened<xBase2Sql> file(twoRecords());
+    file.table.Name = "stock";
+    ThrowingStream out(static_cast<std::streamsize>(script.size()));
+    EXPECT_NO_THROW(file.table.writeScript(out));
+    EXPECT_EQ(script, out.Text);
+}
+
+TEST(xBase2SqlWriteScript, ExceptionOfAValueGoesBeforeThatOfTheStream)
+{
+    DbfBuilder builder({{"D", 'D', 8}});
+    builder.record({"20240315"}).record({"2024"});
+    Opened<xBase2Sql> file(builder.bytes());
+    const std::string definition = file.table.createTable(true);
+    ThrowingStream out(static_cast<std::streamsize>(definition.size()));
+    EXPECT_THROW(file.table.writeScript(out), std::out_of_range);
+    EXPECT_EQ(definition, out.Text);
 }
 
 TEST(xBase2SqlWriteScript, TableThatCannotBeOpenedLeavesTheErrorTextAsTheScript)

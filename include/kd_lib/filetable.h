@@ -121,7 +121,11 @@ protected:
     /// byte. False when the stream is then in the fail or bad state.
     bool readRecord();
 
-    std::string Record;  ///< the record read last; kept so that no record needs memory of its own
+    /// `Record`, which becomes `record` first: a caller's text may be the value of a column, which changes
+    /// while the text is cut.
+    const std::string& ownRecord(const std::string& record);
+
+    std::string Record;  ///< the record cut last; kept so that no record needs memory of its own
 
 private:
     std::string Line;  // buffer of line records, RecordLength bytes

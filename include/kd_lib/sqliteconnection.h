@@ -187,10 +187,10 @@ private:
     void supersedeStatement();
     void closeEverything();
 
-    std::vector<sqlite3_stmt*> HalfRead;  // replaced in the middle of a result: they keep their locks
-    std::vector<sqlite3*> Replaced;       // connections that openDatabase replaced
-    bool InResult = false;                // the current statement answered a row last
-    bool FailureReported = false;         // the failure of the last step has been reported
+    std::vector<sqlite3_stmt*> Superseded;  // replaced while they ran: they keep their locks
+    std::vector<sqlite3*> Replaced;         // connections that openDatabase replaced
+    bool Running = false;                   // the current statement is neither done, reset nor failed
+    bool FailureReported = false;           // the failure of the last step has been reported
 };
 
 }  // namespace kd_lib

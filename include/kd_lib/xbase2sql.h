@@ -45,9 +45,10 @@ public:
     /// With `ReadDeleted` false a deleted record writes the INSERT of the record before it once more.
     std::string convert();
 
-    /// Writes the script of `convert` to `out` and leaves the table open. The caller sees a failed
-    /// write in the state of `out`; writing stops there. A table that cannot be opened: what is written
-    /// is the result of `createTable`, its error text; open the table before to be sure.
+    /// Writes the script of `convert` to `out` and leaves the table open. The caller sees a failed write
+    /// in the state of `out`, or as the exception that `out` throws for it; writing stops there. A table
+    /// that cannot be opened: what is written is the result of `createTable`, its error text; open the
+    /// table before to be sure.
     void writeScript(std::ostream& out);
 
 private:

@@ -33,7 +33,7 @@ bool AsciiTable::isCommentLine(const std::string& line)
 
 bool AsciiTable::extractContent(const std::string& record)
 {
-    sliceRecord(Fields, record, Trim, "src/db/asciitable");
+    sliceRecord(Fields, ownRecord(record), Trim, "src/db/asciitable");
     return true;
 }
 
@@ -95,7 +95,7 @@ bool DelimitedTable::extractFieldNames(const std::string& line)
 bool DelimitedTable::extractContent(const std::string& record)
 {
     const char separator = static_cast<char>(Separator);
-    PieceReader pieces(record, std::string_view(&separator, 1));
+    PieceReader pieces(ownRecord(record), std::string_view(&separator, 1));
     std::string_view piece;
     for (TableField* field : Fields.List) {
         if (!pieces.next(piece)) {

@@ -7,7 +7,9 @@
 #include <kd_lib/path.h>
 #include <kd_lib/tokenizer.h>
 
+#include <algorithm>
 #include <iostream>
+#include <limits>
 #include <unistd.h>
 
 namespace kd_lib {
@@ -24,6 +26,16 @@ constexpr const char* columnSeparators = "|:;";
 
 /// Deliberate: where endFile goes.
 constexpr std::uint64_t endFilePosition = 2;
+
+/// Where the record starts that `before` others of fixed length stand before. What 64 bits cannot tell
+/// becomes the largest number: both lie behind every file's end.
+std::uint64_t recordPosition(const FileTable& table, std::uint64_t before)
+{
+    std::uint64_t position = 0;
+    const bool told = !__builtin_mul_overflow(before, table.RecordLength, &position) &&
+                      !__builtin_add_overflow(position, table.HeaderLength, &position);
+    return told ? position : std::numeric_limits<std::uint64_t>::max();
+}
 
 }  // namespace
 
@@ -140,9 +152,17 @@ bool FileTable::fetchRecord()
     return !File.fail();
 }
 
+const std::string& FileTable::ownRecord(const std::string& record)
+{
+    if (&record != &Record) {
+        Record = record;
+    }
+    return Record;
+}
+
 bool FileTable::extractContent(const std::string& record)
 {
-    sliceRecord(Fields, record, Trim, "src/db/filetable");
+    sliceRecord(Fields, ownRecord(record), Trim, "src/db/filetable");
     return true;
 }
 
@@ -223,7 +243,7 @@ bool FileTable::goRecord(unsigned long n)
     }
     const std::uint64_t before = n <= 1 ? 0 : n - 1;
     if (Binary || RecordEnd != newline) {
-        seekTo(HeaderLength + before * RecordLength);
+        seekTo(recordPosition(*this, before));
         return true;
     }
     seekTo(HeaderLength);

@@ -100,9 +100,10 @@ FIELD_TYPE SqlDatabase::convertSql2FieldType(std::string type)
 
 std::int64_t SqlDatabase::getRecords(const std::string& table)
 {
-    if (!query("SELECT COUNT(*) AS count FROM " + table) || !fetchRow()) {
+    if (!query("SELECT COUNT(*) AS count FROM " + table)) {
         return 0;
     }
+    fetchRow();
     const TableField* count = queryColumns.get("count");
     return count != nullptr && !count->Value.empty() ? std::stol(count->Value) : 0;
 }

@@ -76,11 +76,11 @@ void SQLite3::closeEverything()
     // A closed connection lives on until its last statement is gone.
     sqlite3_finalize(statement);
     statement = nullptr;
-    InResult = false;
-    for (sqlite3_stmt* halfRead : HalfRead) {
+    Running = false;
+    for (sqlite3_stmt* halfRead : Superseded) {
         sqlite3_finalize(halfRead);
     }
-    HalfRead.clear();
+    Superseded.clear();
     for (sqlite3* replaced : Replaced) {
         sqlite3_close_v2(replaced);
     }

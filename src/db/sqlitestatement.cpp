@@ -15,20 +15,20 @@ namespace kd_lib {
 
 void SQLite3::supersedeStatement()
 {
-    if (InResult) {
-        HalfRead.push_back(statement);
+    if (Running) {
+        Superseded.push_back(statement);
     } else {
         sqlite3_finalize(statement);
     }
     statement = nullptr;
-    InResult = false;
+    Running = false;
 }
 
 int SQLite3::step()
 {
     FailureReported = false;
     const int answer = sqlite3_step(statement);
-    InResult = answer == SQLITE_ROW;
+    Running = answer == SQLITE_ROW || answer == SQLITE_BUSY;
     return answer;
 }
 
@@ -69,7 +69,7 @@ bool SQLite3::execute()
     }
     reportFailedStep();
     // Failed for good, also in the middle of a result: the rollback may close it.
-    InResult = false;
+    Running = false;
     if (inTransaction) {
         rollback();
     }
@@ -135,7 +135,7 @@ bool SQLite3::clearResults()
 
 bool SQLite3::resetResults()
 {
-    InResult = false;
+    Running = false;
     const bool reset = sqlite3_reset(statement) == SQLITE_OK;
     if (!reset) {
         reportFailedStep();
@@ -145,7 +145,7 @@ bool SQLite3::resetResults()
 
 bool SQLite3::finalize()
 {
-    InResult = false;
+    Running = false;
     // The statement is gone whatever the answer is, so a repeated call must not see it again.
     const bool finalized = retriedWhileBusy([this] {
                                sqlite3_stmt* ending = statement;

@@ -52,8 +52,8 @@ void SqlQuery::setFilter(std::string condition, std::string conjunction)
 void SqlQuery::setSubFilter(std::string& condition, std::string& conjunction)
 {
     // Deliberate: no blank between the conjunction and the parenthesis.
-    subFilter += subFilter.empty() ? " (" : " " + conjunction + "(";
-    subFilter += condition + ")\n";
+    const std::string before = subFilter.empty() ? " (" : " " + conjunction + "(";
+    subFilter += before + condition + ")\n";
 }
 
 std::string SqlQuery::setInClause(std::vector<std::string> values) const

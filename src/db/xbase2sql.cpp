@@ -8,6 +8,7 @@
 #include <kd_lib/sqlliteral.h>
 
 #include <fstream>
+#include <utility>
 
 namespace kd_lib {
 
@@ -44,7 +45,14 @@ std::string placeholder(const std::string& dialect, std::size_t index)
 class StatementWriter {
 public:
     explicit StatementWriter(std::ostream& out) : Out(out) {}
-    ~StatementWriter() { write(); }
+    ~StatementWriter()
+    {
+        try {
+            write();
+        } catch (...) {
+            // What the caller's stream throws: the exception that is under way goes first.
+        }
+    }
     StatementWriter(const StatementWriter&) = delete;
     StatementWriter& operator=(const StatementWriter&) = delete;
 
@@ -59,14 +67,15 @@ public:
         }
     }
 
-private:
+    /// Writes what is complete. When the stream throws, it is not written again.
     void write()
     {
-        Out.write(Block.text().data(), static_cast<std::streamsize>(Complete));
+        const std::size_t size = std::exchange(Complete, 0);
+        Out.write(Block.text().data(), static_cast<std::streamsize>(size));
         Block.clear();
-        Complete = 0;
     }
 
+private:
     std::ostream& Out;
     std::size_t Complete = 0;
 };
@@ -151,6 +160,7 @@ void xBase2Sql::writeRecords(std::ostream& out)
         appendInsert(writer.Block, lead, Fields);
         writer.statementEnds();
     }
+    writer.write();
 }
 
 void xBase2Sql::writeScript(std::ostream& out)
