@@ -165,6 +165,7 @@ TEST(LeftPad, WidthOfZeroOrLessPadsNothing)
 
 TEST(ReplicateChar, FiveHyphens)
 {
+    EXPECT_EQ("-", replicateChar('-', 1));
     EXPECT_EQ("-----", replicateChar('-', 5));
     EXPECT_EQ("-----", replicateChar(45, 5));
 }
