@@ -77,8 +77,8 @@ void SQLite3::closeEverything()
     sqlite3_finalize(statement);
     statement = nullptr;
     Running = false;
-    for (sqlite3_stmt* halfRead : Superseded) {
-        sqlite3_finalize(halfRead);
+    for (sqlite3_stmt* superseded : Superseded) {
+        sqlite3_finalize(superseded);
     }
     Superseded.clear();
     for (sqlite3* replaced : Replaced) {

@@ -24,18 +24,21 @@ inline char* writePiece(char* to, std::string_view text, std::size_t at, std::si
     return copyBytes(to, text.substr(at, length));
 }
 
+/// Writes a compact date or time as three pieces with `separator` between them. Inline, so that the sizes
+/// of the pieces are known.
+inline char* writePieces(char* to, std::string_view text, std::size_t firstLength, char separator)
+{
+    to = writePiece(to, text, 0, firstLength);
+    *to++ = separator;
+    to = writePiece(to, text, firstLength, 2);
+    *to++ = separator;
+    return writePiece(to, text, firstLength + 2, 2);
+}
+
 char* writeDate(char* to, std::string_view date)
 {
     *to++ = quote;
-    if (date.size() <= compactDateLength) {
-        to = writePiece(to, date, 0, 4);
-        *to++ = '-';
-        to = writePiece(to, date, 4, 2);
-        *to++ = '-';
-        to = writePiece(to, date, 6, 2);
-    } else {
-        to = copyBytes(to, date);
-    }
+    to = date.size() <= compactDateLength ? writePieces(to, date, 4, '-') : copyBytes(to, date);
     *to++ = quote;
     return to;
 }
@@ -43,15 +46,7 @@ char* writeDate(char* to, std::string_view date)
 char* writeTime(char* to, std::string_view time)
 {
     // Deliberate: no quote in front, unlike a date.
-    if (time.size() <= compactTimeLength) {
-        to = writePiece(to, time, 0, 2);
-        *to++ = ':';
-        to = writePiece(to, time, 2, 2);
-        *to++ = ':';
-        to = writePiece(to, time, 4, 2);
-    } else {
-        to = copyBytes(to, time);
-    }
+    to = time.size() <= compactTimeLength ? writePieces(to, time, 2, ':') : copyBytes(to, time);
     *to++ = quote;
     return to;
 }
