@@ -189,7 +189,7 @@ private:
 
     std::vector<sqlite3_stmt*> Superseded;  // replaced while they ran: they keep their locks
     std::vector<sqlite3*> Replaced;         // connections that openDatabase replaced
-    bool Running = false;                   // the current statement is neither done, reset nor failed
+    bool Running = false;                   // the last step of the current statement left it running
     bool FailureReported = false;           // the failure of the last step has been reported
 };
 

@@ -103,6 +103,7 @@ std::int64_t SqlDatabase::getRecords(const std::string& table)
     if (!query("SELECT COUNT(*) AS count FROM " + table)) {
         return 0;
     }
+    // Whatever it answers: a column that got no value counts as 0.
     fetchRow();
     const TableField* count = queryColumns.get("count");
     return count != nullptr && !count->Value.empty() ? std::stol(count->Value) : 0;
