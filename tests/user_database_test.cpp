@@ -42,23 +42,13 @@ TEST(UserDatabase, ItsDirectoryStandsForTheTilde)
     EXPECT_EQ("/of/the/entry/file", expanded("~/file"));
 }
 
-TEST(UserDatabase, WithoutAnEntryTheTildeStays)
+TEST(UserDatabase, WithoutAnEntryWithADirectoryTheTildeStays)
 {
-    answer = Answer::NoEntry;
-    EXPECT_EQ("~/file", expanded("~/file"));
-    EXPECT_EQ("~", expanded("~"));
-}
-
-TEST(UserDatabase, WithoutADirectoryTheTildeStays)
-{
-    answer = Answer::NoDirectory;
-    EXPECT_EQ("~/file", expanded("~/file"));
-}
-
-TEST(UserDatabase, WhenItFailsTheTildeStays)
-{
-    answer = Answer::Failure;
-    EXPECT_EQ("~/file", expanded("~/file"));
+    for (const Answer each : {Answer::NoEntry, Answer::NoDirectory, Answer::Failure}) {
+        answer = each;
+        EXPECT_EQ("~/file", expanded("~/file"));
+        EXPECT_EQ("~", expanded("~"));
+    }
 }
 
 }  // namespace
