@@ -1020,6 +1020,18 @@ TEST(FileTableOffsets, EachOfTheThreeSeparatorsEndsANumber)
     }
 }
 
+TEST(FileTableOffsets, NoOtherByteEndsANumber)
+{
+    for (int byte = 1; byte < 256; ++byte) {
+        const char c = static_cast<char>(byte);
+        if (std::string("|:;0123456789").find(c) == std::string::npos) {
+            FileTable table;
+            defineByLine(table, std::string("5") + c + "12|20");
+            EXPECT_EQ((Row{"5+5", "20+15"}), kd_test::placesOf(table)) << byte;
+        }
+    }
+}
+
 TEST(FileTableOffsets, NumbersAreReadAsStoiReadsThem)
 {
     FileTable table;

@@ -54,6 +54,12 @@ TEST(SqliteTexts, AnEncodingIsSetWithThisStatement)
               prepared([](kd_lib::SQLite3& d) { d.openDatabase(":memory:", true, "\"UTF-16\""); }));
 }
 
+TEST(SqliteTexts, DatabasesAreOpenedWithoutAStatement)
+{
+    EXPECT_EQ(Texts{}, prepared([](kd_lib::SQLite3& d) { d.useDatabase(":memory:"); }));
+    EXPECT_EQ(Texts{}, prepared([](kd_lib::SQLite3& d) { d.createDatabase(":memory:"); }));
+}
+
 TEST(SqliteTexts, TransactionsAreTheseStatements)
 {
     EXPECT_EQ((Texts{"BEGIN TRANSACTION", "END TRANSACTION", "BEGIN TRANSACTION", "ROLLBACK TRANSACTION"}),
