@@ -5,7 +5,7 @@
 #include "support/options.h"
 #include "support/sqlite_fence.h"
 
-#include "db/scriptsplitter.h"
+#include "db/detail/scriptsplitter.h"
 
 #include <kd_lib/sqliteconnection.h>
 #include <kd_lib/text.h>

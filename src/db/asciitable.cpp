@@ -1,7 +1,7 @@
 #include <kd_lib/asciitable.h>
 
-#include "bytes.h"
-#include "slicing.h"
+#include "detail/bytes.h"
+#include "detail/slicing.h"
 
 #include <kd_lib/tokenizer.h>
 

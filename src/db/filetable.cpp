@@ -1,7 +1,7 @@
 #include <kd_lib/filetable.h>
 
-#include "messages.h"
-#include "slicing.h"
+#include "detail/messages.h"
+#include "detail/slicing.h"
 
 #include <kd_lib/console.h>
 #include <kd_lib/path.h>

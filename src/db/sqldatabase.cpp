@@ -1,7 +1,7 @@
 #include <kd_lib/sqldatabase.h>
 
-#include "messages.h"
-#include "scriptsplitter.h"
+#include "detail/messages.h"
+#include "detail/scriptsplitter.h"
 
 #include <kd_lib/console.h>
 #include <kd_lib/path.h>

@@ -1,7 +1,7 @@
 #include <kd_lib/sqliteconnection.h>
 
-#include "messages.h"
-#include "sqlitecalls.h"
+#include "detail/messages.h"
+#include "detail/sqlitecalls.h"
 
 #include <kd_lib/console.h>
 #include <kd_lib/path.h>

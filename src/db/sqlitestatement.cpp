@@ -2,7 +2,7 @@
 
 #include <kd_lib/sqliteconnection.h>
 
-#include "sqlitecalls.h"
+#include "detail/sqlitecalls.h"
 
 #include <kd_lib/console.h>
 

@@ -1,8 +1,8 @@
 #include <kd_lib/sqlliteral.h>
 
-#include "appendliterals.h"
-#include "bytes.h"
-#include "quotes.h"
+#include "detail/appendliterals.h"
+#include "detail/bytes.h"
+#include "detail/quotes.h"
 
 namespace kd_lib {
 

@@ -1,7 +1,7 @@
 #include <kd_lib/xbase2sql.h>
 
-#include "appendliterals.h"
-#include "messages.h"
+#include "detail/appendliterals.h"
+#include "detail/messages.h"
 
 #include <kd_lib/console.h>
 #include <kd_lib/path.h>

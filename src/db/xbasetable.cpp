@@ -1,6 +1,6 @@
 #include <kd_lib/xbasetable.h>
 
-#include "messages.h"
+#include "detail/messages.h"
 
 #include <kd_lib/byteorder.h>
 #include <kd_lib/console.h>

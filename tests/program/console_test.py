@@ -8,7 +8,7 @@ import unittest
 from support import ProgramTest, sample
 
 SOURCE = os.environ['KD_SOURCE']
-COMPLETIONS = os.path.join(SOURCE, 'tools', 'completions')
+COMPLETIONS = os.path.join(SOURCE, 'tools', 'kd_db', 'completions')
 
 
 def text(*path):
@@ -69,7 +69,7 @@ class Console(ProgramTest):
         self.assertEqual(self.complete_in_bash('load', '--table', ''), [])
 
     def test_zsh_file_names_every_command_and_option(self):
-        completion = text('tools', 'completions', '_kd_db')
+        completion = text('tools', 'kd_db', 'completions', '_kd_db')
         self.assertEqual(re.findall(r"^        '([a-z]+):", completion, re.M), self.commands)
         shared = dict(re.findall(r"local (\w+)='[^\n]*?(--[\w-]+)", completion))
         for command in self.commands:
@@ -85,7 +85,7 @@ class Console(ProgramTest):
         self.assertEqual((done.returncode, done.stderr), (0, b''))
 
     def test_fish_file_names_every_command_and_option(self):
-        completion = text('tools', 'completions', 'kd_db.fish')
+        completion = text('tools', 'kd_db', 'completions', 'kd_db.fish')
         self.assertEqual(re.findall(r'-a (\w+) -d', completion), self.commands)
         for command in self.commands:
             named = [option for seen, option in

@@ -35,7 +35,7 @@ class ProgramTest(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        self.folder = tempfile.mkdtemp(prefix='kd_db_cli.', dir=FOLDERS)
+        self.folder = tempfile.mkdtemp(prefix='kd_db_program.', dir=FOLDERS)
         self.addCleanup(shutil.rmtree, self.folder)
         before = os.getcwd()
         os.chdir(self.folder)
