@@ -24,7 +24,7 @@ constexpr std::size_t outputLimit = 256U << 20U;
 std::vector<std::string> split(std::string_view script, std::size_t blockSize)
 {
     std::vector<std::string> statements;
-    kd_lib::ScriptSplitter splitter;
+    kd_lib::detail::ScriptSplitter splitter;
     while (!script.empty()) {
         std::string_view block = script.substr(0, blockSize);
         script.remove_prefix(block.size());

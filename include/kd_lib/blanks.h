@@ -4,10 +4,10 @@
 /// Threads: all functions are free of shared state.
 #pragma once
 
+#include <kd_lib/detail/words.h>
+
 #include <bit>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <string_view>
 
 namespace kd_lib {
@@ -16,29 +16,19 @@ namespace kd_lib {
 namespace detail {
 
 // Fixed-width values hold long runs of spaces: these go a word at a time.
-constexpr std::size_t wordSize = sizeof(std::uint64_t);
-constexpr bool littleEndian = std::endian::native == std::endian::little;
-
-constexpr std::uint64_t allSpaces = 0x2020202020202020U;
-
-inline std::uint64_t wordAt(std::string_view s, std::size_t position)
-{
-    std::uint64_t word = 0;
-    std::memcpy(&word, s.data() + position, wordSize);
-    return word;
-}
+constexpr Word allSpaces = 0x2020202020202020U;
 
 /// The spaces before the first other byte in memory; `wordSize` when there is none.
-inline std::size_t spacesAtStart(std::uint64_t word)
+inline std::size_t spacesAtStart(Word word)
 {
-    const std::uint64_t others = word ^ allSpaces;
+    const Word others = word ^ allSpaces;
     return static_cast<std::size_t>((littleEndian ? std::countr_zero(others) : std::countl_zero(others)) / 8);
 }
 
 /// The same behind the last other byte.
-inline std::size_t spacesAtEnd(std::uint64_t word)
+inline std::size_t spacesAtEnd(Word word)
 {
-    const std::uint64_t others = word ^ allSpaces;
+    const Word others = word ^ allSpaces;
     return static_cast<std::size_t>((littleEndian ? std::countl_zero(others) : std::countr_zero(others)) / 8);
 }
 
@@ -56,7 +46,7 @@ inline std::size_t leadingBlanks(std::string_view s)
     std::size_t count = 0;
     for (std::size_t spaces = detail::wordSize; spaces == detail::wordSize && s.size() - count >= detail::wordSize;
          count += spaces) {
-        spaces = detail::spacesAtStart(detail::wordAt(s, count));
+        spaces = detail::spacesAtStart(detail::valueAt<detail::Word>(s.data() + count));
     }
     while (count < s.size() && isBlank(s[count])) {
         ++count;
@@ -70,7 +60,7 @@ inline std::size_t sizeWithoutTrailingBlanks(std::string_view s)
     std::size_t size = s.size();
     for (std::size_t spaces = detail::wordSize; spaces == detail::wordSize && size >= detail::wordSize;
          size -= spaces) {
-        spaces = detail::spacesAtEnd(detail::wordAt(s, size - detail::wordSize));
+        spaces = detail::spacesAtEnd(detail::valueAt<detail::Word>(s.data() + size - detail::wordSize));
     }
     while (size > 0 && isBlank(s[size - 1])) {
         --size;

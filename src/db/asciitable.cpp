@@ -33,7 +33,7 @@ bool AsciiTable::isCommentLine(const std::string& line)
 
 bool AsciiTable::extractContent(const std::string& record)
 {
-    sliceRecord(Fields, ownRecord(record), Trim, "src/db/asciitable");
+    detail::sliceRecord(Fields, ownRecord(record), Trim, "src/db/asciitable");
     return true;
 }
 
@@ -101,7 +101,7 @@ bool DelimitedTable::extractContent(const std::string& record)
         if (!pieces.next(piece)) {
             break;
         }
-        assignValue(field->Value, piece);
+        detail::assignValue(field->Value, piece);
     }
     return true;
 }

@@ -62,7 +62,7 @@ bool FileTable::open(const std::string& name)
         return true;
     }
     if (name.empty()) {
-        errorMessage(messages::noFileName);
+        errorMessage(detail::messages::noFileName);
         return false;
     }
     std::string path = Path;
@@ -74,11 +74,11 @@ bool FileTable::open(const std::string& name)
     checkHomePath(path);
     std::cout << "Table: " << path << std::endl;
     if (::access(path.c_str(), F_OK) != 0) {
-        errorMessage(messages::fileMissing);
+        errorMessage(detail::messages::fileMissing);
         return false;
     }
     if (::access(path.c_str(), R_OK) != 0) {
-        errorMessage(messages::fileNotReadable);
+        errorMessage(detail::messages::fileNotReadable);
         return false;
     }
     if (!FileBuffer) {
@@ -162,7 +162,7 @@ const std::string& FileTable::ownRecord(const std::string& record)
 
 bool FileTable::extractContent(const std::string& record)
 {
-    sliceRecord(Fields, ownRecord(record), Trim, "src/db/filetable");
+    detail::sliceRecord(Fields, ownRecord(record), Trim, "src/db/filetable");
     return true;
 }
 

@@ -170,12 +170,12 @@ bool SqlDatabase::runScriptStatement(const std::string& statement)
         if (execute(statement)) {
             return true;
         }
-        std::cerr << messages::statementFailed << std::endl;
+        std::cerr << detail::messages::statementFailed << std::endl;
         rollback();
         return false;
     }
     if (!query(statement)) {
-        std::cerr << messages::queryFailed << std::endl;
+        std::cerr << detail::messages::queryFailed << std::endl;
     } else if (resultRows != 0) {
         queryResults();
     }
@@ -187,13 +187,13 @@ bool SqlDatabase::importSqlFile(const std::string& path)
     std::string expanded = path;
     checkHomePath(expanded);
     if (::access(expanded.c_str(), F_OK) != 0) {
-        std::cerr << messages::scriptMissingBefore << path << messages::scriptMissingAfter << std::endl;
+        std::cerr << detail::messages::scriptMissingBefore << path << detail::messages::scriptMissingAfter << std::endl;
         return false;
     }
-    message(messages::executingScript + expanded);
+    message(detail::messages::executingScript + expanded);
     std::ifstream file(expanded);
     std::string buffer(scriptBlockSize, '\0');
-    ScriptSplitter splitter;
+    detail::ScriptSplitter splitter;
     bool stopped = false;
     while (!stopped && file) {
         file.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));

@@ -62,7 +62,7 @@ bool SQLite3::disconnect()
 {
     clearResults();
     errorText.clear();
-    if (isConnected() && !succeeded(retriedWhileBusy([this] { return sqlite3_close_v2(handle); }))) {
+    if (isConnected() && !succeeded(detail::retriedWhileBusy([this] { return sqlite3_close_v2(handle); }))) {
         return false;
     }
     database.clear();
@@ -105,7 +105,7 @@ bool SQLite3::openDatabase(const std::string& name, bool create, const std::stri
     errorText.clear();
     database.clear();
     if (onDisk && !create && ::access(path.c_str(), F_OK) != 0) {
-        errorText = messages::databaseMissing;
+        errorText = detail::messages::databaseMissing;
         message(errorText);
         return false;
     }
@@ -138,7 +138,7 @@ bool SQLite3::createDatabase(const std::string& name)
 bool SQLite3::attach(const std::string& path, const std::string& alias)
 {
     if (isDisconnected()) {
-        errorText = messages::noMainDatabase;
+        errorText = detail::messages::noMainDatabase;
         message(errorText);
         return false;
     }
@@ -163,7 +163,7 @@ bool SQLite3::enableLoad()
 
 bool SQLite3::loadExtension(const std::string&)
 {
-    errorText = loadEnabled ? messages::loadingFailed : messages::loadingNotEnabled;
+    errorText = loadEnabled ? detail::messages::loadingFailed : detail::messages::loadingNotEnabled;
     message(errorText);
     return false;
 }

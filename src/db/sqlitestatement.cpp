@@ -105,7 +105,7 @@ bool SQLite3::query(const std::string& sql)
 
 bool SQLite3::fetchRow()
 {
-    switch (retriedWhileBusy([this] { return step(); })) {
+    switch (detail::retriedWhileBusy([this] { return step(); })) {
     case SQLITE_ERROR:
         reportFailedStep();
         return false;
@@ -147,7 +147,7 @@ bool SQLite3::finalize()
 {
     Running = false;
     // The statement is gone whatever the answer is, so a repeated call must not see it again.
-    const bool finalized = retriedWhileBusy([this] {
+    const bool finalized = detail::retriedWhileBusy([this] {
                                sqlite3_stmt* ending = statement;
                                statement = nullptr;
                                return sqlite3_finalize(ending);

@@ -21,7 +21,7 @@ inline char* writePiece(char* to, std::string_view text, std::size_t at, std::si
         std::memcpy(to, text.data() + at, length);
         return to + length;
     }
-    return copyBytes(to, text.substr(at, length));
+    return detail::copyBytes(to, text.substr(at, length));
 }
 
 /// Writes a compact date or time as three pieces with `separator` between them. Inline, so that the sizes
@@ -37,36 +37,36 @@ inline char* writePieces(char* to, std::string_view text, std::size_t firstLengt
 
 char* writeDate(char* to, std::string_view date)
 {
-    *to++ = quote;
-    to = date.size() <= compactDateLength ? writePieces(to, date, 4, '-') : copyBytes(to, date);
-    *to++ = quote;
+    *to++ = detail::quote;
+    to = date.size() <= compactDateLength ? writePieces(to, date, 4, '-') : detail::copyBytes(to, date);
+    *to++ = detail::quote;
     return to;
 }
 
 char* writeTime(char* to, std::string_view time)
 {
     // Deliberate: no quote in front, unlike a date.
-    to = time.size() <= compactTimeLength ? writePieces(to, time, 2, ':') : copyBytes(to, time);
-    *to++ = quote;
+    to = time.size() <= compactTimeLength ? writePieces(to, time, 2, ':') : detail::copyBytes(to, time);
+    *to++ = detail::quote;
     return to;
 }
 
 char* writeTimestamp(char* to, std::string_view timestamp)
 {
-    *to++ = quote;
-    to = copyBytes(to, timestamp);
-    *to++ = quote;
+    *to++ = detail::quote;
+    to = detail::copyBytes(to, timestamp);
+    *to++ = detail::quote;
     return to;
 }
 
 char* writeText(char* to, std::string_view text)
 {
     if (text.empty()) {
-        return copyBytes(to, nullLiteral);
+        return detail::copyBytes(to, nullLiteral);
     }
-    *to++ = quote;
-    to = copyTurningQuotes(to, text);
-    *to++ = quote;
+    *to++ = detail::quote;
+    to = detail::copyTurningQuotes(to, text);
+    *to++ = detail::quote;
     return to;
 }
 
@@ -74,7 +74,7 @@ char* writeText(char* to, std::string_view text)
 char* writeTrimmed(char* to, FIELD_TYPE type, std::string_view trimmed)
 {
     if (trimmed.empty()) {
-        return copyBytes(to, nullLiteral);
+        return detail::copyBytes(to, nullLiteral);
     }
     switch (type) {
     case DATE_TYPE:
@@ -84,7 +84,7 @@ char* writeTrimmed(char* to, FIELD_TYPE type, std::string_view trimmed)
     case TIMESTAMP_TYPE:
         return writeTimestamp(to, trimmed);
     default:
-        return copyBytes(to, trimmed);
+        return detail::copyBytes(to, trimmed);
     }
 }
 
@@ -117,7 +117,7 @@ char* writeLiteral(char* to, const TableField& field)
     case TEXT_TYPE:
         return writeText(to, rightTrimView(value));
     default:
-        return copyBytes(to, value);
+        return detail::copyBytes(to, value);
     }
 }
 
@@ -137,12 +137,12 @@ std::string convertField2Sql(TableField field)
 std::string convertValue2Sql(TableField field)
 {
     TableField* const one = &field;
-    TextBuffer sql;
-    appendLiterals(sql, {&one, 1});
+    detail::TextBuffer sql;
+    detail::appendLiterals(sql, {&one, 1});
     return std::string(sql.text());
 }
 
-void appendLiterals(TextBuffer& sql, std::span<TableField* const> fields)
+void detail::appendLiterals(TextBuffer& sql, std::span<TableField* const> fields)
 {
     char* to = sql.room(0);
     for (const TableField* field : fields) {

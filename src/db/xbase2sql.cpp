@@ -28,10 +28,10 @@ void appendNames(std::string& sql, const TableFields& fields, const char* before
     }
 }
 
-void appendInsert(TextBuffer& sql, const std::string& lead, const TableFields& fields)
+void appendInsert(detail::TextBuffer& sql, const std::string& lead, const TableFields& fields)
 {
     sql.append(lead);
-    appendLiterals(sql, fields.List);
+    detail::appendLiterals(sql, fields.List);
     sql.append(");\n");
 }
 
@@ -56,7 +56,7 @@ public:
     StatementWriter(const StatementWriter&) = delete;
     StatementWriter& operator=(const StatementWriter&) = delete;
 
-    TextBuffer Block;  ///< statements are appended here
+    detail::TextBuffer Block;  ///< statements are appended here
 
     /// The block ends with a whole statement.
     void statementEnds()
@@ -94,7 +94,7 @@ bool xBase2Sql::openWithHeader()
         open();
     }
     if (!is_open()) {
-        errorMessage(messages::tableNotOpen);
+        errorMessage(detail::messages::tableNotOpen);
         return false;
     }
     if (Fields.size() == 0) {
@@ -106,7 +106,7 @@ bool xBase2Sql::openWithHeader()
 std::string xBase2Sql::createTable(bool dropFirst)
 {
     if (!openWithHeader()) {
-        return messages::tableNotOpenResult;
+        return detail::messages::tableNotOpenResult;
     }
     const std::string table = stringToLower(Name);
     std::string sql;
@@ -139,7 +139,7 @@ std::string xBase2Sql::prepareInsert(const std::string& dialect)
 
 std::string xBase2Sql::insert()
 {
-    TextBuffer sql;
+    detail::TextBuffer sql;
     appendInsert(sql, insertLead(), Fields);
     return std::string(sql.text());
 }

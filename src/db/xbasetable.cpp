@@ -187,7 +187,7 @@ bool xBaseTable::convertBoolean(const std::string& value)
 bool xBaseTable::fetchRecord()
 {
     if (!is_open()) {
-        errorMessage(messages::tableNotOpen);
+        errorMessage(detail::messages::tableNotOpen);
         return false;
     }
     if (RecordLength == 0) {

@@ -1,9 +1,10 @@
 #include <kd_lib/text.h>
 
+#include <kd_lib/detail/words.h>
+
 #include <algorithm>
 #include <array>
-#include <cstdint>
-#include <cstring>
+#include <bit>
 
 namespace kd_lib {
 
@@ -19,16 +20,12 @@ char upperLetter(char c)
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
-/// Bytes that are counted side by side. g++ and clang++ both know such vectors, for every processor; a
-/// loop over single bytes is made one by g++ alone.
-using SixteenBytes = unsigned char __attribute__((vector_size(16)));
+using detail::SixteenBytes;
 
 /// How far each of sixteen bytes lies behind the space. A byte before the space lies far behind it.
 SixteenBytes distancesFromSpace(std::string_view s, std::size_t position)
 {
-    SixteenBytes bytes;
-    std::memcpy(&bytes, s.data() + position, sizeof bytes);
-    return bytes - ' ';
+    return detail::valueAt<SixteenBytes>(s.data() + position) - ' ';
 }
 
 SixteenBytes greater(SixteenBytes a, SixteenBytes b)
@@ -60,7 +57,7 @@ std::string stringToUpper(const std::string& s)
 
 bool isPlainAscii(std::string_view s)
 {
-    constexpr std::size_t width = sizeof(SixteenBytes);
+    constexpr std::size_t width = detail::vectorSize;
     if (s.size() < width) {
         return std::all_of(s.begin(), s.end(), [](char c) { return c >= ' ' && c <= '~'; });
     }
@@ -71,8 +68,7 @@ bool isPlainAscii(std::string_view s)
         farthest = greater(farthest, distancesFromSpace(s, at));
     }
     const auto notPlain = farthest > '~' - ' ';
-    std::array<std::uint64_t, 2> words{};
-    std::memcpy(words.data(), &notPlain, sizeof words);
+    const auto words = std::bit_cast<std::array<detail::Word, 2>>(notPlain);
     return (words[0] | words[1]) == 0;
 }
 

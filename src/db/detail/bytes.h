@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace kd_lib {
+namespace kd_lib::detail {
 
 /// Copies `Width` bytes from both ends of an area of `count` bytes, Width <= count <= 2 * Width.
 template <std::size_t Width>
@@ -67,4 +67,4 @@ inline void assignValue(std::string& value, std::string_view text)
     }
 }
 
-}  // namespace kd_lib
+}  // namespace kd_lib::detail

@@ -2,7 +2,7 @@
 /// The texts that the library reports, each spelled once.
 #pragma once
 
-namespace kd_lib::messages {
+namespace kd_lib::detail::messages {
 
 // Files
 constexpr const char* noFileName = "No file name provided for table file";
@@ -24,4 +24,4 @@ constexpr const char* databaseMissing = "Cannot find database";
 constexpr const char* loadingNotEnabled = "Enable SQLite3 to load extensions";
 constexpr const char* loadingFailed = "Enabling extension failed";
 
-}  // namespace kd_lib::messages
+}  // namespace kd_lib::detail::messages

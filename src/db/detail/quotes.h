@@ -2,43 +2,23 @@
 /// Copying text whose single quotes become backquotes.
 #pragma once
 
+#include <kd_lib/detail/words.h>
+
 #include <algorithm>
 #include <bit>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <string_view>
 
-namespace kd_lib {
+namespace kd_lib::detail {
 
 constexpr char quote = '\'';
 constexpr char backquote = '`';
 
-/// Bytes that are compared side by side, and four words of them. g++ and clang++ both know such vectors,
-/// for every processor.
-using SixteenBytes = char __attribute__((vector_size(16)));
-using FourWords = std::uint32_t __attribute__((vector_size(16)));
-constexpr std::size_t vectorSize = sizeof(SixteenBytes);
-constexpr std::size_t wordSize = sizeof(std::uint32_t);
-
-template <class Value>
-Value valueAt(const char* bytes)
-{
-    Value value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
-
-inline void putWord(char* to, std::uint32_t word)
-{
-    std::memcpy(to, &word, wordSize);
-}
-
 /// `bytes` with their single quotes turned into backquotes.
 inline SixteenBytes turnQuotes(SixteenBytes bytes)
 {
-    constexpr SixteenBytes difference = SixteenBytes{} + static_cast<char>(quote ^ backquote);
-    return bytes ^ ((bytes == quote) & difference);
+    constexpr SixteenBytes difference = SixteenBytes{} + static_cast<unsigned char>(quote ^ backquote);
+    return bytes ^ (std::bit_cast<SixteenBytes>(bytes == quote) & difference);
 }
 
 /// Copies 16 bytes or more, the quotes turned. The last ones may go twice: the second copy is the same.
@@ -46,8 +26,7 @@ inline void copyVectorsTurningQuotes(char* to, const char* from, std::size_t siz
 {
     const std::size_t last = size - vectorSize;
     for (std::size_t at = 0;; at = std::min(at + vectorSize, last)) {
-        const SixteenBytes turned = turnQuotes(valueAt<SixteenBytes>(from + at));
-        std::memcpy(to + at, &turned, vectorSize);
+        putValue(to + at, turnQuotes(valueAt<SixteenBytes>(from + at)));
         if (at == last) {
             return;
         }
@@ -58,16 +37,16 @@ inline void copyVectorsTurningQuotes(char* to, const char* from, std::size_t siz
 /// faster than the shortest for each: they mix in most columns.
 inline void copyWordsTurningQuotes(char* to, const char* from, std::size_t size)
 {
-    const std::size_t second = size / 8 * wordSize;
-    const std::size_t last = size - wordSize;
+    const std::size_t second = size / 8 * halfWordSize;
+    const std::size_t last = size - halfWordSize;
     const std::size_t third = last - second;
-    const FourWords words = {valueAt<std::uint32_t>(from), valueAt<std::uint32_t>(from + second),
-                             valueAt<std::uint32_t>(from + third), valueAt<std::uint32_t>(from + last)};
-    const auto turned = std::bit_cast<FourWords>(turnQuotes(std::bit_cast<SixteenBytes>(words)));
-    putWord(to, turned[0]);
-    putWord(to + second, turned[1]);
-    putWord(to + third, turned[2]);
-    putWord(to + last, turned[3]);
+    const FourHalfWords words = {valueAt<HalfWord>(from), valueAt<HalfWord>(from + second),
+                                 valueAt<HalfWord>(from + third), valueAt<HalfWord>(from + last)};
+    const auto turned = std::bit_cast<FourHalfWords>(turnQuotes(std::bit_cast<SixteenBytes>(words)));
+    putValue(to, turned[0]);
+    putValue(to + second, turned[1]);
+    putValue(to + third, turned[2]);
+    putValue(to + last, turned[3]);
 }
 
 /// Copies `text`, its single quotes turned into backquotes, and returns the end of the copy.
@@ -77,7 +56,7 @@ inline char* copyTurningQuotes(char* to, std::string_view text)
     const std::size_t size = text.size();
     if (size >= vectorSize) {
         copyVectorsTurningQuotes(to, from, size);
-    } else if (size >= wordSize) {
+    } else if (size >= halfWordSize) {
         copyWordsTurningQuotes(to, from, size);
     } else {
         std::replace_copy(from, from + size, to, quote, backquote);
@@ -85,4 +64,4 @@ inline char* copyTurningQuotes(char* to, std::string_view text)
     return to + size;
 }
 
-}  // namespace kd_lib
+}  // namespace kd_lib::detail

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace kd_lib {
+namespace kd_lib::detail {
 
 namespace {
 
@@ -78,4 +78,4 @@ std::size_t ScriptSplitter::afterNextSpecial(std::string_view block, std::size_t
     return special + 1;
 }
 
-}  // namespace kd_lib
+}  // namespace kd_lib::detail

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace kd_lib {
+namespace kd_lib::detail {
 
 /// Takes a script in blocks of any size and hands out its statements. A ";" outside single quotes ends
 /// a statement and belongs to it; a "#" outside them starts a comment, which ends with its line and
@@ -31,4 +31,4 @@ private:
     bool InQuote = false;
 };
 
-}  // namespace kd_lib
+}  // namespace kd_lib::detail

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string_view>
 
-namespace kd_lib {
+namespace kd_lib::detail {
 
 namespace {
 
@@ -44,4 +44,4 @@ void sliceRecord(TableFields& fields, const std::string& record, bool trim, cons
     }
 }
 
-}  // namespace kd_lib
+}  // namespace kd_lib::detail

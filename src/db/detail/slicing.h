@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace kd_lib {
+namespace kd_lib::detail {
 
 /// Stores the slice of `record` at each column's `Offset`, `Length` bytes long, as its value; without
 /// trailing blanks when `trim` is set. A slice shorter than its column stops the process with the
@@ -14,4 +14,4 @@ namespace kd_lib {
 /// std::out_of_range.
 void sliceRecord(TableFields& fields, const std::string& record, bool trim, const char* unit);
 
-}  // namespace kd_lib
+}  // namespace kd_lib::detail

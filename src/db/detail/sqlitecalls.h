@@ -4,7 +4,7 @@
 
 #include <sqlite3.h>
 
-namespace kd_lib {
+namespace kd_lib::detail {
 
 /// Calls until the answer is something else than busy, at once, six times in all.
 template <class Call>
@@ -18,4 +18,4 @@ int retriedWhileBusy(Call call)
     return answer;
 }
 
-}  // namespace kd_lib
+}  // namespace kd_lib::detail

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-namespace kd_lib {
+namespace kd_lib::detail {
 
 /// Text that grows at its end and is emptied as a whole. Room is made first and then written through a
 /// pointer, so that the pieces of a literal need no checks of their own.
@@ -59,4 +59,4 @@ private:
     char* Limit = nullptr;
 };
 
-}  // namespace kd_lib
+}  // namespace kd_lib::detail
