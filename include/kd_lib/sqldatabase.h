@@ -134,8 +134,8 @@ public:
     void addDatabase(std::string name);
 
 private:
-    bool runScriptStatement(const std::string& statement);
-    void appendRow(std::string TableField::*text);
+    KD_LIB_LOCAL bool runScriptStatement(const std::string& statement);
+    KD_LIB_LOCAL void appendRow(std::string TableField::*text);
 
     std::string Row;  // the text of one printed row; kept so that no row needs memory of its own
 };

@@ -181,11 +181,11 @@ public:
     /// @}
 
 private:
-    bool succeeded(int code);
-    int step();
-    void reportFailedStep();
-    void supersedeStatement();
-    void closeEverything();
+    KD_LIB_LOCAL bool succeeded(int code);
+    KD_LIB_LOCAL int step();
+    KD_LIB_LOCAL void reportFailedStep();
+    KD_LIB_LOCAL void supersedeStatement();
+    KD_LIB_LOCAL void closeEverything();
 
     std::vector<sqlite3_stmt*> Superseded;  // replaced while they ran: they keep their locks
     std::vector<sqlite3*> Replaced;         // connections that openDatabase replaced

@@ -65,7 +65,7 @@ public:
     std::string countQuery() const;
 
 private:
-    std::string conditions() const;
+    KD_LIB_LOCAL std::string conditions() const;
 };
 
 }  // namespace kd_lib

@@ -52,9 +52,9 @@ public:
     void writeScript(std::ostream& out);
 
 private:
-    std::string insertLead() const;
-    bool openWithHeader();
-    void writeRecords(std::ostream& out);
+    KD_LIB_LOCAL std::string insertLead() const;
+    KD_LIB_LOCAL bool openWithHeader();
+    KD_LIB_LOCAL void writeRecords(std::ostream& out);
 };
 
 }  // namespace kd_lib

@@ -61,7 +61,7 @@ public:
     bool convertBoolean(const std::string& value);
 
 private:
-    void readDescriptors(int count);
+    KD_LIB_LOCAL void readDescriptors(int count);
 
     bool Deleted = false;
 };
