@@ -1,0 +1,63 @@
+/// \file
+/// Opens a file as a source.
+#pragma once
+
+#include <kd_lib/exchange/source.h>
+#include <kd_lib/export.h>
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kd_lib::exchange {
+
+/// The kind of a file. `Automatic`: by its extension, in any case of letters: .dbf; .csv; .tsv and .tab; .txt
+/// (fixed columns); .mem.
+enum class SourceKind : std::uint8_t { Automatic, Dbf, Csv, Tsv, Fixed, Mem };
+
+/// Deleted records: left out, kept as any other, or kept with a last boolean column `_deleted`.
+enum class DeletedRecords : std::uint8_t { Skip, Keep, Mark };
+
+/// A byte that the code page lacks: it becomes U+FFFD, or its cell is unreadable, or it becomes the four
+/// characters \xNN.
+enum class EncodingErrors : std::uint8_t { Replace, Strict, Escape };
+
+/// Record numbers, from 1, both inclusive.
+struct RecordRange {
+    std::uint64_t First = 1;
+    std::uint64_t Last = std::numeric_limits<std::uint64_t>::max();
+};
+
+/// How a file is read. The defaults suit most files; members that do not concern the file's kind are refused by
+/// an `OptionError` where they would change what is read.
+struct SourceOptions {
+    SourceKind Kind = SourceKind::Automatic;
+    std::vector<std::string> Select;  ///< only these columns, in this order; empty: all
+    RecordRange Records;
+    DeletedRecords Deleted = DeletedRecords::Skip;
+    std::string Encoding;  ///< a name that `CodePage` knows; empty: as the file says
+    EncodingErrors OnEncodingError = EncodingErrors::Replace;
+    std::vector<std::pair<std::string, std::string>> Types;  ///< column and type: text, integer, number, float,
+                                                             ///< boolean, date, time, timestamp, bytes
+
+    std::string MemoFile;  ///< of a .dbf; empty: found beside it
+    bool NoMemo = false;   ///< memo columns of a .dbf are left out
+
+    std::string FixedColumns;  ///< `name:1-8,town:9-24`, or `5|12|20`
+
+    std::string Delimiter;            ///< of delimited text: one character, or "auto"; empty: by the file's kind
+    std::string Quote = "\"";         ///< one character; empty: none
+    bool Header = true;               ///< the first row holds the names of the columns
+    bool Infer = false;               ///< finds the types of the columns, by reading all rows first
+    std::optional<std::string> Null;  ///< an unquoted cell of this text is null as well
+};
+
+/// Opens a file; "-" is standard input and needs a `Kind`. Throws an `Error` where the file cannot be read as what
+/// it should be, and an `OptionError` where the options do not fit.
+KD_LIB_EXPORT std::unique_ptr<Source> openSource(const std::string& file, const SourceOptions& options = {});
+
+}  // namespace kd_lib::exchange

@@ -1,0 +1,83 @@
+/// \file
+/// One record of a source, and typed access to its cells.
+#pragma once
+
+#include <kd_lib/exchange/cell.h>
+#include <kd_lib/exchange/column.h>
+#include <kd_lib/exchange/error.h>
+#include <kd_lib/export.h>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kd_lib::exchange {
+
+/// What is wrong with a cell or with the whole record.
+enum class FlawKind : std::uint8_t {
+    Unreadable,  ///< the cell of kind `Unreadable`
+    Replaced,    ///< bytes that the code page lacks became U+FFFD in the cell
+    Escaped,     ///< such bytes became \xNN in the cell
+    RowTooShort, ///< the row has fewer cells than there are columns; the others are null
+    RowTooLong   ///< the row has more cells than there are columns; they are not in the record
+};
+
+struct Flaw {
+    std::size_t Column = 0;  ///< index into the columns; for a row: unused
+    FlawKind Kind = FlawKind::Unreadable;
+    std::string Reason;      ///< "not a number", "the memo file ends before the text"
+};
+
+/// A cell with its column: it gives the value in the form asked for, or nothing for NULL.
+/// Each operation throws an `Error` with record and column where the cell is unreadable, and where the column's type
+/// is another one, so that no value can be taken for something else.
+class KD_LIB_EXPORT Value {
+public:
+    Value(const Cell& cell, const Column& column, std::uint64_t record) : TheCell(cell), TheColumn(column), Record(record) {}
+
+    bool isNull() const;                                   ///< throws for an unreadable cell
+    std::optional<std::string_view> text() const;          ///< UTF-8; valid until the source's next record
+    std::optional<std::string_view> digits() const;        ///< an exact number, in the form of `Cell::Text`
+    std::optional<std::int64_t> integer() const;           ///< an exact number without decimals other than 0
+    std::optional<double> real() const;                    ///< of a Float, or the double next to an exact number
+    std::optional<bool> boolean() const;
+    std::optional<std::chrono::year_month_day> date() const;
+    std::optional<std::chrono::milliseconds> time() const;  ///< since midnight
+    std::optional<std::chrono::sys_time<std::chrono::milliseconds>> timestamp() const;
+    std::optional<std::string_view> bytes() const;         ///< valid until the source's next record
+
+private:
+    const Cell* cellOf(CellKind kind) const;
+    [[noreturn]] void fail(const std::string& reason) const;
+
+    const Cell& TheCell;
+    const Column& TheColumn;
+    std::uint64_t Record;
+};
+
+/// A record: a cell for each column of its source. Cells and their texts are valid until the source's next record.
+class KD_LIB_EXPORT Record {
+public:
+    std::uint64_t Number = 0;  ///< from 1; deleted records count
+    std::uint64_t Offset = 0;  ///< the record's first byte in the file
+    bool Deleted = false;      ///< marked as deleted
+    std::vector<Cell> Cells;   ///< in the order of the columns
+    std::vector<Flaw> Flaws;   ///< empty for nearly all records
+
+    /// Marks the cell of a column as unreadable. Its text is no longer needed.
+    void reject(std::size_t column, std::string_view reason);
+
+    Value operator[](std::size_t column) const { return Value(Cells[column], (*Columns)[column], Number); }
+
+    /// The cell of the first column of this name; without regard to the case of ASCII letters where none is equal.
+    /// Throws an `Error` where the source has no such column.
+    Value operator[](std::string_view column) const;
+
+    const std::vector<Column>* Columns = nullptr;  ///< the source's
+};
+
+}  // namespace kd_lib::exchange

@@ -1,0 +1,129 @@
+/// \file
+/// Where records come from.
+#pragma once
+
+#include <kd_lib/exchange/column.h>
+#include <kd_lib/exchange/error.h>
+#include <kd_lib/exchange/record.h>
+#include <kd_lib/export.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kd_lib::exchange {
+
+/// An open table that is read once, from its first record to its last. Sources differ in how they are made
+/// (`openSource` chooses by the file's name); from then on they are used alike:
+///
+///     const auto source = openSource("people.dbf");
+///     for (const Record& record : *source) {
+///         use(record["name"].text(), record["born"].date());
+///     }
+///
+/// The records are those that the options ask for: deleted records and those outside the range do not come.
+/// Threads: one thread per object. An exception leaves the source where it is of no further use.
+class KD_LIB_EXPORT Source {
+public:
+    virtual ~Source();
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+
+    /// The file as the caller named it.
+    const std::string& file() const { return File; }
+
+    /// The columns of each record. They do not change.
+    const std::vector<Column>& columns() const { return Columns; }
+
+    /// Takes the next record; false at the end. Throws an `Error` where the file cannot be read on.
+    bool next();
+
+    /// The record that `next` took. Mutable, so that a target can mark what it cannot hold.
+    Record& record() { return Current; }
+
+    /// Where the cell of the current record is in the file, and its bytes there; for rejects.
+    struct Origin {
+        std::optional<std::uint64_t> Offset;  ///< byte in the file, from 0; nothing: the source has no bytes for it
+        std::string_view Bytes;               ///< valid until `next`
+    };
+    virtual Origin origin(std::size_t column) const = 0;
+
+    /// Lets the next call of `next` take the record of this number, or the first after it that comes.
+    /// A source of fixed record length goes there in one step; others read on, or from the beginning.
+    /// Throws an `Error` where the source cannot go back (standard input).
+    virtual void seek(std::uint64_t number) = 0;
+
+    /// From the next record on only these columns are needed: the cells of the others are null, and nothing of them
+    /// is decoded or rejected. `needed` has an element for each column.
+    void need(const std::vector<bool>& needed) { Needed = needed; }
+
+    /// What there is to say about the file so far, in the order in which it was found. Complete once `next`
+    /// returned false.
+    const std::vector<Note>& notes() const { return Notes; }
+
+    std::uint64_t recordsRead() const { return Read; }        ///< records taken from the file, in the range asked for
+    std::uint64_t recordsLeftOut() const { return LeftOut; }  ///< those of them that did not come: deleted ones
+
+    /// Bytes of the file that have been read, for a progress display.
+    virtual std::uint64_t position() const = 0;
+    /// Bytes of the file; nothing where that is not known.
+    virtual std::optional<std::uint64_t> size() const = 0;
+
+    /// Iterates over the records that are left.
+    class Iterator {
+    public:
+        using iterator_category = std::input_iterator_tag;
+        using value_type = const Record;
+        using difference_type = std::ptrdiff_t;
+        using pointer = const Record*;
+        using reference = const Record&;
+
+        Iterator() = default;
+        explicit Iterator(Source& source) : Of(source.next() ? &source : nullptr) {}
+        const Record& operator*() const { return Of->Current; }
+        const Record* operator->() const { return &Of->Current; }
+        Iterator& operator++()
+        {
+            if (!Of->next()) {
+                Of = nullptr;
+            }
+            return *this;
+        }
+        void operator++(int) { ++*this; }
+        friend bool operator==(const Iterator&, const Iterator&) = default;
+
+    private:
+        Source* Of = nullptr;
+    };
+
+    Iterator begin() { return Iterator(*this); }
+    Iterator end() { return {}; }
+
+protected:
+    explicit Source(std::string file) : File(std::move(file)) {}
+
+    /// Fills `Current` (number, offset, deleted, every cell, flaws) with the next record that the options ask for,
+    /// and counts `Read` and `LeftOut`. False at the end. `Current.Flaws` is empty when it is called.
+    virtual bool read() = 0;
+
+    /// Says something about the file, once.
+    void note(std::string text, bool loss = false);
+
+    bool needed(std::size_t column) const { return Needed.empty() || Needed[column]; }
+
+    std::string File;
+    std::vector<Column> Columns;
+    Record Current;
+    std::vector<bool> Needed;
+    std::uint64_t Read = 0;
+    std::uint64_t LeftOut = 0;
+
+private:
+    std::vector<Note> Notes;
+};
+
+}  // namespace kd_lib::exchange

@@ -1,0 +1,71 @@
+/// \file
+/// Where records go.
+#pragma once
+
+#include <kd_lib/exchange/column.h>
+#include <kd_lib/exchange/error.h>
+#include <kd_lib/exchange/record.h>
+#include <kd_lib/export.h>
+
+#include <string>
+#include <vector>
+
+namespace kd_lib::exchange {
+
+/// Takes the columns, then records, then finishes or abandons. What it makes appears whole or not at all.
+/// The order of calls: `begin`, then for each record `fit` and, unless the record is left out, `write`; then
+/// `finish`, or `abandon`. Every operation but `abandon` throws an `Error` when it fails; then only `abandon` may
+/// follow. The destructor abandons what is not finished.
+/// Threads: one thread per object.
+class KD_LIB_EXPORT Target {
+public:
+    virtual ~Target();
+    Target(const Target&) = delete;
+    Target& operator=(const Target&) = delete;
+
+    /// Prepares for records of these columns, from a file of this name. Names and types are chosen here.
+    /// `columns` must live until the end of the work.
+    virtual void begin(const std::string& file, const std::vector<Column>& columns) = 0;
+
+    /// Marks the cells that the target cannot hold, by `Record::reject`. It stores nothing.
+    virtual void fit(Record& record) = 0;
+
+    /// Takes a record. No cell of it is unreadable.
+    virtual void write(const Record& record) = 0;
+
+    /// Makes what was written visible.
+    virtual void finish() = 0;
+
+    /// Leaves nothing of what was written (what went to standard output stays).
+    virtual void abandon() noexcept = 0;
+
+    /// Where the records went, for the tally: "table people". Empty: nothing to say.
+    virtual std::string destination() const { return {}; }
+
+    /// What there is to say: names changed, digits kept as text. Complete after `finish`.
+    const std::vector<Note>& notes() const { return Notes; }
+
+protected:
+    Target() = default;
+
+    std::vector<Note> Notes;
+};
+
+/// What becomes of a table that exists in the target.
+enum class TableMode : std::uint8_t {
+    Create,  ///< it is an error, and the table stays untouched
+    Append,  ///< records go into it, columns matched by name
+    Replace  ///< a new one takes its place; the old one stays until the new one is whole
+};
+
+enum class NameCase : std::uint8_t { Lower, Keep };
+
+/// The table that a target of SQL makes.
+struct TableOptions {
+    std::string Table;  ///< taken as written; empty: the file's name without folder and extension, in `Names` case
+    TableMode Mode = TableMode::Create;
+    std::string Key;  ///< a first column of this name, numbered by the database; empty: none
+    NameCase Names = NameCase::Lower;
+};
+
+}  // namespace kd_lib::exchange

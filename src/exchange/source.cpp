@@ -1,0 +1,21 @@
+#include <kd_lib/exchange/source.h>
+
+#include <utility>
+
+namespace kd_lib::exchange {
+
+Source::~Source() = default;
+
+bool Source::next()
+{
+    Current.Columns = &Columns;
+    Current.Flaws.clear();
+    return read();
+}
+
+void Source::note(std::string text, bool loss)
+{
+    Notes.push_back({std::move(text), loss});
+}
+
+}  // namespace kd_lib::exchange

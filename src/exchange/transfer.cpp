@@ -1,0 +1,150 @@
+#include <kd_lib/exchange/transfer.h>
+
+#include <algorithm>
+
+namespace kd_lib::exchange {
+
+namespace {
+
+constexpr std::uint64_t progressBytes = 65536;
+constexpr std::uint64_t progressRecords = 256;  // of long records, and where the size of a record is not known
+
+bool ofRow(FlawKind kind)
+{
+    return kind == FlawKind::RowTooShort || kind == FlawKind::RowTooLong;
+}
+
+/// A flaw that the policy decides about, as opposed to bytes that were replaced already.
+bool isDecided(const Flaw& flaw)
+{
+    return flaw.Kind == FlawKind::Unreadable || ofRow(flaw.Kind);
+}
+
+RejectAction actionOf(FlawKind kind, OnError policy)
+{
+    if (kind == FlawKind::Replaced) {
+        return RejectAction::Replace;
+    }
+    if (kind == FlawKind::Escaped) {
+        return RejectAction::Escape;
+    }
+    if (policy == OnError::Stop) {
+        return RejectAction::Stop;
+    }
+    if (policy == OnError::Skip) {
+        return RejectAction::Skip;
+    }
+    return kind == FlawKind::RowTooLong ? RejectAction::Cut : RejectAction::Null;
+}
+
+Reject rejectOf(Source& source, const Flaw& flaw, OnError policy)
+{
+    const Record& record = source.record();
+    Reject reject;
+    reject.Where = {source.file(), record.Number, {}, record.Offset};
+    if (!ofRow(flaw.Kind)) {
+        const Source::Origin origin = source.origin(flaw.Column);
+        reject.Where.Column = source.columns()[flaw.Column].Name;
+        reject.Where.Offset = origin.Offset;
+        reject.Bytes = origin.Bytes;
+    }
+    reject.Reason = flaw.Reason;
+    reject.Action = actionOf(flaw.Kind, policy);
+    return reject;
+}
+
+/// Tells the caller how far the work is, and asks whether to go on.
+class Watch {
+public:
+    Watch(const Source& source, const TransferOptions& options) : From(source), Options(options) {}
+
+    void afterRecord()
+    {
+        const std::uint64_t position = From.position();
+        if (position - LastBytes >= progressBytes || ++Records >= progressRecords) {
+            LastBytes = position;
+            Records = 0;
+            tell();
+        }
+    }
+
+    void tell() const
+    {
+        if (Options.Stop.stop_requested()) {
+            throw Stopped(From.file(), "stopped");
+        }
+        if (Options.OnProgress) {
+            Options.OnProgress({From.recordsRead(), From.position(), From.size()});
+        }
+    }
+
+private:
+    const Source& From;
+    const TransferOptions& Options;
+    std::uint64_t LastBytes = 0;
+    std::uint64_t Records = 0;
+};
+
+bool tellsOfLoss(const std::vector<Note>& notes)
+{
+    return std::ranges::any_of(notes, &Note::Loss);
+}
+
+void carryRecords(Source& source, Target& target, const TransferOptions& options, Tally& tally)
+{
+    Watch watch(source, options);
+    while (source.next()) {
+        Record& record = source.record();
+        target.fit(record);
+        if (record.Flaws.empty() || applyPolicy(source, options.Policy, options.OnReject, tally)) {
+            target.write(record);
+            ++tally.Stored;
+        }
+        watch.afterRecord();
+    }
+    watch.tell();
+}
+
+}  // namespace
+
+bool applyPolicy(Source& source, OnError policy, const std::function<void(const Reject&)>& onReject, Tally& tally)
+{
+    Record& record = source.record();
+    bool used = true;
+    for (const Flaw& flaw : record.Flaws) {
+        const Reject reject = rejectOf(source, flaw, policy);
+        ++tally.Rejects;
+        tally.Loss = true;
+        if (onReject) {
+            onReject(reject);
+        }
+        if (reject.Action == RejectAction::Stop) {
+            throw Error(reject.Where, reject.Reason);
+        }
+        if (flaw.Kind == FlawKind::Unreadable) {
+            record.Cells[flaw.Column] = Cell::null();
+        }
+        used = used && !(isDecided(flaw) && policy == OnError::Skip);
+    }
+    tally.LeftOut += used ? 0 : 1;
+    return used;
+}
+
+Tally transfer(Source& source, Target& target, const TransferOptions& options)
+{
+    Tally tally;
+    try {
+        target.begin(source.file(), source.columns());
+        carryRecords(source, target, options, tally);
+        target.finish();
+    } catch (...) {
+        target.abandon();
+        throw;
+    }
+    tally.Read = source.recordsRead();
+    tally.LeftOut += source.recordsLeftOut();
+    tally.Loss = tally.Loss || tellsOfLoss(source.notes()) || tellsOfLoss(target.notes());
+    return tally;
+}
+
+}  // namespace kd_lib::exchange
