@@ -13,10 +13,10 @@ namespace kd_lib::exchange {
 
 /// The place of an error or a reject. Members that do not apply keep their defaults.
 struct Place {
-    std::string File;                      ///< as the caller named it; "-" is standard input
-    std::uint64_t Record = 0;              ///< number from 1; 0: no single record
-    std::string Column;                    ///< as in the file; empty: no single column
-    std::optional<std::uint64_t> Offset;   ///< byte in the file, from 0
+    std::string File = {};                     ///< as the caller named it; "-" is standard input
+    std::uint64_t Record = 0;                  ///< number from 1; 0: no single record
+    std::string Column = {};                   ///< as in the file; empty: no single column
+    std::optional<std::uint64_t> Offset = {};  ///< byte in the file, from 0
 };
 
 /// The work cannot be done, or cannot go on. `what()` is one line: the place and the reason.

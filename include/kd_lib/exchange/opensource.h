@@ -36,24 +36,24 @@ struct RecordRange {
 /// an `OptionError` where they would change what is read.
 struct SourceOptions {
     SourceKind Kind = SourceKind::Automatic;
-    std::vector<std::string> Select;  ///< only these columns, in this order; empty: all
-    RecordRange Records;
+    std::vector<std::string> Select = {};  ///< only these columns, in this order; empty: all
+    RecordRange Records = {};
     DeletedRecords Deleted = DeletedRecords::Skip;
-    std::string Encoding;  ///< a name that `CodePage` knows; empty: as the file says
+    std::string Encoding = {};  ///< a name that `CodePage` knows; empty: as the file says
     EncodingErrors OnEncodingError = EncodingErrors::Replace;
-    std::vector<std::pair<std::string, std::string>> Types;  ///< column and type: text, integer, number, float,
-                                                             ///< boolean, date, time, timestamp, bytes
+    std::vector<std::pair<std::string, std::string>> Types = {};  ///< column and type: text, integer, number, float,
+                                                                  ///< boolean, date, time, timestamp, bytes
 
-    std::string MemoFile;  ///< of a .dbf; empty: found beside it
-    bool NoMemo = false;   ///< memo columns of a .dbf are left out
+    std::string MemoFile = {};  ///< of a .dbf; empty: found beside it
+    bool NoMemo = false;        ///< memo columns of a .dbf are left out
 
-    std::string FixedColumns;  ///< `name:1-8,town:9-24`, or `5|12|20`
+    std::string FixedColumns = {};  ///< `name:1-8,town:9-24`, or `5|12|20`
 
-    std::string Delimiter;            ///< of delimited text: one character, or "auto"; empty: by the file's kind
-    std::string Quote = "\"";         ///< one character; empty: none
-    bool Header = true;               ///< the first row holds the names of the columns
-    bool Infer = false;               ///< finds the types of the columns, by reading all rows first
-    std::optional<std::string> Null;  ///< an unquoted cell of this text is null as well
+    std::string Delimiter = {};            ///< of delimited text: one character, or "auto"; empty: by the file's kind
+    std::string Quote = "\"";              ///< one character; empty: none
+    bool Header = true;                    ///< the first row holds the names of the columns
+    bool Infer = false;                    ///< finds the types of the columns, by reading all rows first
+    std::optional<std::string> Null = {};  ///< an unquoted cell of this text is null as well
 };
 
 /// Opens a file; "-" is standard input and needs a `Kind`. Throws an `Error` where the file cannot be read as what

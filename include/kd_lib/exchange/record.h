@@ -19,17 +19,17 @@ namespace kd_lib::exchange {
 
 /// What is wrong with a cell or with the whole record.
 enum class FlawKind : std::uint8_t {
-    Unreadable,  ///< the cell of kind `Unreadable`
-    Replaced,    ///< bytes that the code page lacks became U+FFFD in the cell
-    Escaped,     ///< such bytes became \xNN in the cell
-    RowTooShort, ///< the row has fewer cells than there are columns; the others are null
-    RowTooLong   ///< the row has more cells than there are columns; they are not in the record
+    Unreadable,   ///< the cell of kind `Unreadable`
+    Replaced,     ///< bytes that the code page lacks became U+FFFD in the cell
+    Escaped,      ///< such bytes became \xNN in the cell
+    RowTooShort,  ///< the row has fewer cells than there are columns; the others are null
+    RowTooLong    ///< the row has more cells than there are columns; they are not in the record
 };
 
 struct Flaw {
     std::size_t Column = 0;  ///< index into the columns; for a row: unused
     FlawKind Kind = FlawKind::Unreadable;
-    std::string Reason;      ///< "not a number", "the memo file ends before the text"
+    std::string Reason;  ///< "not a number", "the memo file ends before the text"
 };
 
 /// A cell with its column: it gives the value in the form asked for, or nothing for NULL.
@@ -37,18 +37,21 @@ struct Flaw {
 /// is another one, so that no value can be taken for something else.
 class KD_LIB_EXPORT Value {
 public:
-    Value(const Cell& cell, const Column& column, std::uint64_t record) : TheCell(cell), TheColumn(column), Record(record) {}
+    Value(const Cell& cell, const Column& column, std::uint64_t record)
+        : TheCell(cell), TheColumn(column), Record(record)
+    {
+    }
 
-    bool isNull() const;                                   ///< throws for an unreadable cell
-    std::optional<std::string_view> text() const;          ///< UTF-8; valid until the source's next record
-    std::optional<std::string_view> digits() const;        ///< an exact number, in the form of `Cell::Text`
-    std::optional<std::int64_t> integer() const;           ///< an exact number without decimals other than 0
-    std::optional<double> real() const;                    ///< of a Float, or the double next to an exact number
+    bool isNull() const;                             ///< throws for an unreadable cell
+    std::optional<std::string_view> text() const;    ///< UTF-8; valid until the source's next record
+    std::optional<std::string_view> digits() const;  ///< an exact number, in the form of `Cell::Text`
+    std::optional<std::int64_t> integer() const;     ///< an exact number without decimals other than 0
+    std::optional<double> real() const;              ///< of a Float, or the double next to an exact number
     std::optional<bool> boolean() const;
     std::optional<std::chrono::year_month_day> date() const;
     std::optional<std::chrono::milliseconds> time() const;  ///< since midnight
     std::optional<std::chrono::sys_time<std::chrono::milliseconds>> timestamp() const;
-    std::optional<std::string_view> bytes() const;         ///< valid until the source's next record
+    std::optional<std::string_view> bytes() const;  ///< valid until the source's next record
 
 private:
     const Cell* cellOf(CellKind kind) const;

@@ -62,9 +62,9 @@ enum class NameCase : std::uint8_t { Lower, Keep };
 
 /// The table that a target of SQL makes.
 struct TableOptions {
-    std::string Table;  ///< taken as written; empty: the file's name without folder and extension, in `Names` case
+    std::string Table = {};  ///< taken as written; empty: the file's name without folder and extension, in `Names` case
     TableMode Mode = TableMode::Create;
-    std::string Key;  ///< a first column of this name, numbered by the database; empty: none
+    std::string Key = {};  ///< a first column of this name, numbered by the database; empty: none
     NameCase Names = NameCase::Lower;
 };
 

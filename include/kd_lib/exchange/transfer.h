@@ -30,9 +30,9 @@ struct Progress {
 
 struct TransferOptions {
     OnError Policy = OnError::Null;
-    std::function<void(const Reject&)> OnReject;      ///< called for each reject, in the order of the records
-    std::function<void(const Progress&)> OnProgress;  ///< called about every 64 KiB, and at the end
-    std::stop_token Stop;                             ///< when a stop is requested, the transfer throws `Stopped`
+    std::function<void(const Reject&)> OnReject = {};      ///< called for each reject, in the order of the records
+    std::function<void(const Progress&)> OnProgress = {};  ///< called about every 64 KiB, and at the end
+    std::stop_token Stop = {};                             ///< when a stop is requested, the transfer throws `Stopped`
 };
 
 /// What a transfer did.
