@@ -11,52 +11,73 @@
 
 namespace kd_lib::detail {
 
-/// Text that grows at its end and is emptied as a whole. Room is made first and then written through a
-/// pointer, so that the pieces of a literal need no checks of their own.
+/// Text that grows at its end and is emptied as a whole.
 class TextBuffer {
 public:
     /// The text so far; valid until the next change.
-    std::string_view text() const { return {Bytes.get(), size()}; }
+    std::string_view text() const { return {Bytes.get(), Size}; }
 
-    std::size_t size() const { return static_cast<std::size_t>(End - Bytes.get()); }
+    std::size_t size() const { return Size; }
 
     /// Empties the text and keeps its memory.
-    void clear() { End = Bytes.get(); }
+    void clear() { Size = 0; }
 
-    /// The end of the text, with room for `count` bytes behind it; valid until the next change.
-    char* room(std::size_t count) { return roomFrom(End, count); }
-
-    /// The same behind `end`, up to which the room asked for before has been written.
-    char* roomFrom(char* end, std::size_t count)
+    void append(std::string_view more)
     {
-        if (count > static_cast<std::size_t>(Limit - end)) {
-            endAt(end);
-            grow(count);
-            end = End;
-        }
-        return end;
+        copyBytes(room(more.size()), more);
+        Size += more.size();
     }
 
-    /// The text goes on up to `end`, which lies in the room asked for.
-    void endAt(char* end) { End = end; }
-
-    void append(std::string_view more) { endAt(copyBytes(room(more.size()), more)); }
-
 private:
+    friend class TextWriter;
+
+    /// The end of the text, with room for `count` more bytes; valid until the next change.
+    char* room(std::size_t count)
+    {
+        if (count > Capacity - Size) {
+            grow(count);
+        }
+        return Bytes.get() + Size;
+    }
+
     void grow(std::size_t count)
     {
-        const std::size_t old = size();
-        const std::size_t room = std::max(old + count, 2 * old);
-        auto larger = std::make_unique_for_overwrite<char[]>(room);
-        std::copy_n(Bytes.get(), old, larger.get());
+        Capacity = std::max(Size + count, 2 * Size);
+        auto larger = std::make_unique_for_overwrite<char[]>(Capacity);
+        std::copy_n(Bytes.get(), Size, larger.get());
         Bytes = std::move(larger);
-        End = Bytes.get() + old;
-        Limit = Bytes.get() + room;
     }
 
     std::unique_ptr<char[]> Bytes;
-    char* End = nullptr;
-    char* Limit = nullptr;
+    std::size_t Size = 0;
+    std::size_t Capacity = 0;
+};
+
+/// Appends pieces to a buffer, at most `count` bytes in all, without a check of each: the room is reserved once.
+/// The pieces are part of the buffer's text when the writer is destroyed; until then the buffer must not change.
+class TextWriter {
+public:
+    TextWriter(TextBuffer& buffer, std::size_t count) : Buffer(buffer), End(buffer.room(count)) {}
+    ~TextWriter() { Buffer.Size = static_cast<std::size_t>(End - Buffer.Bytes.get()); }
+    TextWriter(const TextWriter&) = delete;
+    TextWriter& operator=(const TextWriter&) = delete;
+
+    void put(char c) { *End++ = c; }
+    void put(std::string_view text) { End = copyBytes(End, text); }
+
+    /// Appends what `copy` writes: it is called with the place to write to and `text`, and returns the end.
+    template <class Copy>
+    void put(std::string_view text, Copy copy)
+    {
+        End = copy(End, text);
+    }
+
+    /// Removes the last byte, which this writer put.
+    void dropLast() { --End; }
+
+private:
+    TextBuffer& Buffer;
+    char* End;
 };
 
 }  // namespace kd_lib::detail
