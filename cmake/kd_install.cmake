@@ -7,7 +7,8 @@ set(kd_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 set(kd_generated ${kd_lib_BINARY_DIR}/package)
 
 # The libraries and their headers
-foreach(library IN ITEMS kd_udf kd_db)
+set(kd_libraries kd_udf kd_db kd_exchange)
+foreach(library IN LISTS kd_libraries)
     install(TARGETS ${library} EXPORT kd_libTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${library} NAMELINK_COMPONENT development
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
@@ -25,7 +26,7 @@ install(FILES ${kd_generated}/kd_libConfig.cmake ${kd_generated}/kd_libConfigVer
 # pkg-config: the prefix is found from the place of the file itself.
 file(RELATIVE_PATH kd_prefix_from_pc /prefix/${kd_pkgconfig_dir} /prefix)
 string(REGEX REPLACE "/$" "" kd_prefix_from_pc ${kd_prefix_from_pc})
-foreach(library IN ITEMS kd_udf kd_db)
+foreach(library IN LISTS kd_libraries)
     configure_file(${CMAKE_CURRENT_LIST_DIR}/${library}.pc.in ${kd_generated}/${library}.pc @ONLY)
     install(FILES ${kd_generated}/${library}.pc DESTINATION ${kd_pkgconfig_dir} COMPONENT development)
 endforeach()

@@ -16,7 +16,8 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${kd_lib_BINARY_DIR}/src/udf ${kd_lib_BINARY_DIR}/src/db)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+    ${kd_lib_BINARY_DIR}/src/udf ${kd_lib_BINARY_DIR}/src/db ${kd_lib_BINARY_DIR}/src/exchange)
 
 # kd_package(COMPONENT NAME SECTION SUMMARY DESCRIPTION [DEPENDS...])
 set(CPACK_COMPONENTS_ALL)
@@ -57,12 +58,15 @@ kd_package(kd_udf libkd-udf${kd_lib_VERSION_MAJOR} libs "support functions of th
 kd_package(kd_db libkd-db${kd_lib_VERSION_MAJOR} libs "table access for console programs (library)"
     "One model of typed fields over positional and delimited text, xBase tables\nand SQLite databases, and the conversion of xBase tables to SQL."
     "libkd-udf1 ${kd_same}")
-kd_package(development libkd-db-dev libdevel "table access for console programs (development files)"
-    "Headers, CMake package and pkg-config files for programs that use libkd_db."
+kd_package(kd_exchange libkd-exchange${kd_lib_VERSION_MAJOR} libs "tables carried between files and databases (library)"
+    "Reads xBase tables with memo files, delimited and fixed-column text, and\ncarries their records into SQL scripts, CSV, JSON lines and SQLite databases."
     "libkd-db1 ${kd_same}" "libkd-udf1 ${kd_same}")
+kd_package(development libkd-db-dev libdevel "table access for console programs (development files)"
+    "Headers, CMake package and pkg-config files for programs that use libkd_db\nor libkd_exchange."
+    "libkd-exchange1 ${kd_same}" "libkd-db1 ${kd_same}" "libkd-udf1 ${kd_same}")
 kd_package(program kd-db database "shows, converts and loads xBase and text tables"
     "Lists xBase and text tables, turns them into SQL scripts, loads them into\nSQLite databases and prints the answers of queries."
-    "libkd-db1 ${kd_same}" "libkd-udf1 ${kd_same}")
+    "libkd-exchange1 ${kd_same}" "libkd-db1 ${kd_same}" "libkd-udf1 ${kd_same}")
 kd_package(documentation kd-db-doc doc "table access for console programs (documents)"
     "Guides to the library libkd_db and its file formats, and examples.")
 

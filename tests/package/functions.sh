@@ -31,7 +31,7 @@ expectOutput()
 installLibraries()
 {
     local component
-    for component in kd_udf kd_db development; do
+    for component in kd_udf kd_db kd_exchange development; do
         quietly cmake --install "$1" --prefix "$2" --component $component
     done
 }
