@@ -8,11 +8,12 @@ import struct
 import sys
 
 
-def dbf(columns, records, date=(124, 3, 5)):
+def dbf(columns, records, date=(124, 3, 5), version=3, language=0, encoding='ascii'):
     """A .dbf table. A column is (name, type, length, decimals); a record is (deletion mark, values)."""
     header_length = 32 + 32 * len(columns) + 1
     record_length = 1 + sum(length for _, _, length, _ in columns)
-    out = bytearray(struct.pack('<BBBBIHH20x', 3, *date, len(records), header_length, record_length))
+    out = bytearray(struct.pack('<BBBBIHH20x', version, *date, len(records), header_length, record_length))
+    out[29] = language
     for name, kind, length, decimals in columns:
         out += struct.pack('<11scIBB14x', name.encode('ascii'), kind.encode('ascii'), 0, length, decimals)
     out += b'\r'
@@ -22,7 +23,7 @@ def dbf(columns, records, date=(124, 3, 5)):
             if len(value) > length:
                 raise ValueError(f'{name}: {value!r} is longer than {length}')
             value = value.rjust(length) if kind in 'NF' else value.ljust(length)
-            out += value.encode('ascii')
+            out += value.encode(encoding)
     return bytes(out + b'\x1a')
 
 
@@ -31,6 +32,34 @@ def mem_entry(name, kind, length, decimals, value):
     out = b'\0' + name.encode('ascii').ljust(10, b'\0') + kind.encode('ascii') + bytes(4)
     return out + bytes([length, decimals]) + bytes(14) + value
 
+
+def dbt(texts, encoding):
+    """A dBase III memo file and the number of each text's first block."""
+    out, numbers = bytearray(512), []
+    for text in texts:
+        numbers.append(str(len(out) // 512).rjust(10))
+        out += text.encode(encoding) + b'\x1a\x1a'
+        out += bytes(-len(out) % 512)
+    out[0:4] = struct.pack('<I', len(out) // 512)
+    return bytes(out), numbers
+
+
+NOTES = ['Pays by invoice.\r\nCall before delivery: the yard is closed on Fridays.', "Wants O'Brien's old rate."]
+CLIENTS_DBT, NOTE = dbt(NOTES, 'cp1252')
+CLIENTS = dbf(
+    [('ID', 'N', 4, 0), ('NAME', 'C', 16, 0), ('TOWN', 'C', 10, 0), ('SINCE', 'D', 8, 0), ('LIMIT', 'N', 9, 2),
+     ('ACTIVE', 'L', 1, 0), ('NOTE', 'M', 10, 0)],
+    [(' ', ['101', 'Zo\u00eb M\u00fcller', 'K\u00f6ln', '20190401', '1500.00', 'T', NOTE[0]]),
+     (' ', ['102', "Sean O'Brien", 'Cork', '20201115', '250.50', 'T', NOTE[1]]),
+     ('*', ['103', 'Old entry', 'Nowhere', '19991231', '0.01', 'F', '']),
+     (' ', ['104', 'Ines Gar\u00e7\u00e3o', 'Lisboa', '', '', 'F', '']),
+     (' ', ['105', 'Pia Lund', 'Malm\u00f6', '20240229', '99999.99', '?', ''])],
+    version=0x83, language=3, encoding='cp1252')
+
+ORDERS = dbf(
+    [('NUMBER', 'N', 6, 0), ('CLIENT', 'N', 4, 0), ('PLACED', 'D', 8, 0), ('AMOUNT', 'N', 9, 2)],
+    [(' ', ['7001', '101', '20240105', '310.00']), (' ', ['7002', '102', '20240108', '48.25']),
+     (' ', ['7003', '101', '20240202', '1021.40']), (' ', ['7004', '105', '20240301', '75.10'])])
 
 # Every memo has a number: the script of a table writes an empty one as nothing, which is no SQL.
 STOCK = dbf(
@@ -61,7 +90,7 @@ PARTS_TXT = b''.join(
 SETTINGS_MEM = (mem_entry('OWNER', 'C', 9, 0, b'Ada Quill') + mem_entry('SINCE', 'D', 8, 0, b'20190401') +
                 mem_entry('OPEN', 'L', 1, 0, b'T') + mem_entry('LIMIT', 'N', 5, 2, b'12.50@'))
 
-FILES = {'stock.dbf': STOCK, 'members.dbf': MEMBERS, 'cities.csv': CITIES_CSV, 'readings.tab': READINGS_TAB,
+FILES = {'clients.dbf': CLIENTS, 'clients.dbt': CLIENTS_DBT, 'orders.dbf': ORDERS, 'stock.dbf': STOCK, 'members.dbf': MEMBERS, 'cities.csv': CITIES_CSV, 'readings.tab': READINGS_TAB,
          'parts.txt': PARTS_TXT, 'settings.mem': SETTINGS_MEM}
 
 
