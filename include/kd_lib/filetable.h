@@ -12,6 +12,13 @@
 
 namespace kd_lib {
 
+class FileTable;
+
+namespace detail {
+class RecordReader;
+bool isColumnValue(const FileTable& table, const std::string& record);
+}  // namespace detail
+
 /// The parts of a file's name and how it is opened.
 /// Threads: one thread per object.
 class KD_LIB_EXPORT FileName {
@@ -41,7 +48,7 @@ public:
 /// Threads: one thread per object.
 class KD_LIB_EXPORT FileTable : public DatabaseTable, public FileName {
 private:
-    std::unique_ptr<char[]> FileBuffer;  // outlives File, which reads through it
+    std::unique_ptr<char[]> streamBuffer_;  // outlives File, which reads through it
 
 public:
     std::fstream File;                 ///< the open file; only ever opened for input
@@ -113,22 +120,13 @@ public:
     bool goRecord(unsigned long n);
     /// @}
 
-protected:
-    /// Makes the stream readable again and sets its position, in bytes from the start.
-    void seekTo(std::uint64_t position);
-
-    /// Reads one record into `Record`: a line, or exactly `RecordLength` bytes, up to the first zero
-    /// byte. False when the stream is then in the fail or bad state.
-    bool readRecord();
-
-    /// `Record`, which becomes `record` first: a caller's text may be the value of a column, which changes
-    /// while the text is cut.
-    const std::string& ownRecord(const std::string& record);
-
-    std::string Record;  ///< the record cut last; kept so that no record needs memory of its own
-
 private:
-    std::string Line;  // buffer of line records, RecordLength bytes
+    friend class detail::RecordReader;
+    friend bool detail::isColumnValue(const FileTable& table, const std::string& record);
+
+    std::string lineBuffer_;                 // a line as it is read
+    std::string recordText_;                 // the record; a member so that its memory is reused
+    const std::string* readText_ = nullptr;  // the record that is being extracted
 };
 
 }  // namespace kd_lib

@@ -137,7 +137,7 @@ private:
     KD_LIB_LOCAL bool runScriptStatement(const std::string& statement);
     KD_LIB_LOCAL void appendRow(std::string TableField::*text);
 
-    std::string Row;  // the text of one printed row; kept so that no row needs memory of its own
+    std::string rowText_;  // the text of one printed row; kept so that no row needs memory of its own
 };
 
 }  // namespace kd_lib

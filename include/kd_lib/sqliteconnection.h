@@ -187,10 +187,10 @@ private:
     KD_LIB_LOCAL void supersedeStatement();
     KD_LIB_LOCAL void closeEverything();
 
-    std::vector<sqlite3_stmt*> Superseded;  // replaced while they ran: they keep their locks
-    std::vector<sqlite3*> Replaced;         // connections that openDatabase replaced
-    bool Running = false;                   // the last step of the current statement left it running
-    bool FailureReported = false;           // the failure of the last step has been reported
+    std::vector<sqlite3_stmt*> superseded_;  // replaced while they ran: they keep their locks
+    std::vector<sqlite3*> replaced_;         // connections that openDatabase replaced
+    bool running_ = false;                   // the last step of the current statement left it running
+    bool failureReported_ = false;           // the failure of the last step has been reported
 };
 
 }  // namespace kd_lib

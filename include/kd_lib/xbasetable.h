@@ -51,7 +51,7 @@ public:
     bool readHeader() override;
 
     /// True when the record read last carried the deletion mark.
-    bool isDeleted() const { return Deleted; }
+    bool isDeleted() const { return deleted_; }
 
     /// C char, D date, F float, L boolean, M memo, N integer, P blob; every other byte unknown.
     /// Deliberate: N is integer whatever its decimals.
@@ -63,7 +63,7 @@ public:
 private:
     KD_LIB_LOCAL void readDescriptors(int count);
 
-    bool Deleted = false;
+    bool deleted_ = false;
 };
 
 }  // namespace kd_lib

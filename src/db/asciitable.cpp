@@ -1,6 +1,7 @@
 #include <kd_lib/asciitable.h>
 
 #include "detail/bytes.h"
+#include "detail/recordreader.h"
 #include "detail/slicing.h"
 
 #include <kd_lib/tokenizer.h>
@@ -12,7 +13,6 @@ namespace {
 constexpr int comma = 44;
 constexpr int tab = 9;
 constexpr int doubleQuote = 34;
-constexpr int newline = 10;
 
 }  // namespace
 
@@ -33,7 +33,10 @@ bool AsciiTable::isCommentLine(const std::string& line)
 
 bool AsciiTable::extractContent(const std::string& record)
 {
-    detail::sliceRecord(Fields, ownRecord(record), Trim, "src/db/asciitable");
+    if (detail::isColumnValue(*this, record)) {
+        return AsciiTable::extractContent(std::string(record));
+    }
+    detail::sliceRecord(Fields, record, Trim, "src/db/asciitable");
     return true;
 }
 
@@ -49,14 +52,14 @@ void DelimitedTable::setCsvMode()
 {
     Separator = comma;
     Quote = doubleQuote;
-    RecordEnd = newline;
+    RecordEnd = detail::newline;
 }
 
 void DelimitedTable::setRMode()
 {
     Separator = tab;
     Quote = doubleQuote;
-    RecordEnd = newline;
+    RecordEnd = detail::newline;
 }
 
 void DelimitedTable::setExcelMode()
@@ -68,17 +71,21 @@ bool DelimitedTable::skipHeader()
 {
     // Deliberate: the byte RecordLength, not the end of the first line.
     if (is_open() && HasFieldNames) {
-        seekTo(RecordLength);
+        detail::seekTo(File, RecordLength);
     }
     return true;
 }
 
 bool DelimitedTable::readHeader()
 {
-    if (!HasFieldNames || !readRecord() || isCommentLine(Record)) {
+    if (!HasFieldNames) {
         return false;
     }
-    extractFieldNames(Record);
+    detail::RecordReader reader(*this);
+    if (!reader.read() || isCommentLine(reader.text())) {
+        return false;
+    }
+    extractFieldNames(reader.text());
     return !File.fail();
 }
 
@@ -94,8 +101,11 @@ bool DelimitedTable::extractFieldNames(const std::string& line)
 
 bool DelimitedTable::extractContent(const std::string& record)
 {
+    if (detail::isColumnValue(*this, record)) {
+        return DelimitedTable::extractContent(std::string(record));
+    }
     const char separator = static_cast<char>(Separator);
-    PieceReader pieces(ownRecord(record), std::string_view(&separator, 1));
+    PieceReader pieces(record, std::string_view(&separator, 1));
     std::string_view piece;
     for (TableField* field : Fields.List) {
         if (!pieces.next(piece)) {

@@ -1,6 +1,7 @@
 #include <kd_lib/filetable.h>
 
 #include "detail/messages.h"
+#include "detail/recordreader.h"
 #include "detail/slicing.h"
 
 #include <kd_lib/console.h>
@@ -15,9 +16,6 @@
 namespace kd_lib {
 
 namespace {
-
-/// The `RecordEnd` of line records.
-constexpr int newline = 10;
 
 /// The standard stream keeps one byte of its buffer to itself, so that it reads whole pages.
 constexpr std::size_t fileBufferSize = 65536 + 1;
@@ -51,14 +49,11 @@ FileTable::FileTable(const std::string& name) : FileTable()
     Name = name;
 }
 
-FileTable::~FileTable()
-{
-    FileTable::close();
-}
+FileTable::~FileTable() = default;
 
 bool FileTable::open(const std::string& name)
 {
-    if (is_open()) {
+    if (File.is_open()) {
         return true;
     }
     if (name.empty()) {
@@ -81,9 +76,9 @@ bool FileTable::open(const std::string& name)
         errorMessage(detail::messages::fileNotReadable);
         return false;
     }
-    if (!FileBuffer) {
-        FileBuffer = std::make_unique<char[]>(fileBufferSize);
-        File.rdbuf()->pubsetbuf(FileBuffer.get(), fileBufferSize);
+    if (!streamBuffer_) {
+        streamBuffer_ = std::make_unique<char[]>(fileBufferSize);
+        File.rdbuf()->pubsetbuf(streamBuffer_.get(), fileBufferSize);
     }
     File.open(path, Binary ? std::ios::in | std::ios::binary : std::ios::in);
     if (!is_open()) {
@@ -100,7 +95,7 @@ bool FileTable::is_open()
 
 bool FileTable::close()
 {
-    if (File.is_open()) {
+    if (is_open()) {
         File.clear();
         File.close();
     }
@@ -123,46 +118,22 @@ bool FileTable::readHeader()
     return true;
 }
 
-bool FileTable::readRecord()
-{
-    if (RecordEnd == newline) {
-        Line.resize(RecordLength);
-        File.getline(Line.data(), static_cast<std::streamsize>(RecordLength), '\n');
-    } else {
-        if (RecordLength == 0) {
-            return false;
-        }
-        Line.resize(RecordLength);
-        File.read(Line.data(), static_cast<std::streamsize>(RecordLength));
-    }
-    if (File.fail()) {
-        return false;
-    }
-    const std::string_view read(Line.data(), std::min(Line.size(), static_cast<std::size_t>(File.gcount())));
-    Record.assign(read.substr(0, read.find('\0')));
-    return true;
-}
-
 bool FileTable::fetchRecord()
 {
-    if (!readRecord()) {
+    detail::RecordReader reader(*this);
+    if (!reader.read()) {
         return false;
     }
-    extractContent(Record);
+    extractContent(reader.text());
     return !File.fail();
-}
-
-const std::string& FileTable::ownRecord(const std::string& record)
-{
-    if (&record != &Record) {
-        Record = record;
-    }
-    return Record;
 }
 
 bool FileTable::extractContent(const std::string& record)
 {
-    detail::sliceRecord(Fields, ownRecord(record), Trim, "src/db/filetable");
+    if (detail::isColumnValue(*this, record)) {
+        return FileTable::extractContent(std::string(record));
+    }
+    detail::sliceRecord(Fields, record, Trim, "src/db/filetable");
     return true;
 }
 
@@ -182,18 +153,12 @@ void FileTable::setFieldOffsets(std::string& line)
     }
 }
 
-void FileTable::seekTo(std::uint64_t position)
-{
-    File.clear();
-    File.seekg(static_cast<std::streamoff>(position), std::ios::beg);
-}
-
 bool FileTable::beginFile()
 {
     if (!is_open()) {
         return false;
     }
-    seekTo(0);
+    detail::seekTo(File, 0);
     return true;
 }
 
@@ -202,7 +167,7 @@ bool FileTable::endFile()
     if (!is_open()) {
         return false;
     }
-    seekTo(endFilePosition);
+    detail::seekTo(File, endFilePosition);
     return true;
 }
 
@@ -211,7 +176,7 @@ bool FileTable::firstRecord()
     if (!is_open()) {
         return false;
     }
-    seekTo(HeaderLength);
+    detail::seekTo(File, HeaderLength);
     return true;
 }
 
@@ -242,12 +207,13 @@ bool FileTable::goRecord(unsigned long n)
         return false;
     }
     const std::uint64_t before = n <= 1 ? 0 : n - 1;
-    if (Binary || RecordEnd != newline) {
-        seekTo(recordPosition(*this, before));
+    if (Binary || RecordEnd != detail::newline) {
+        detail::seekTo(File, recordPosition(*this, before));
         return true;
     }
-    seekTo(HeaderLength);
-    for (std::uint64_t i = 0; i < before && readRecord(); ++i) {
+    detail::seekTo(File, HeaderLength);
+    detail::RecordReader reader(*this);
+    for (std::uint64_t i = 0; i < before && reader.skipLine(); ++i) {
     }
     return true;
 }

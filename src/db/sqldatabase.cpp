@@ -111,16 +111,16 @@ std::int64_t SqlDatabase::getRecords(const std::string& table)
 
 void SqlDatabase::appendRow(std::string TableField::*text)
 {
-    Row.clear();
+    rowText_.clear();
     for (std::size_t i = 0; i < queryColumns.size(); ++i) {
         const TableField& column = *queryColumns.List[i];
         const std::string& value = column.*text;
         if (column.Length > 0) {
-            Row += leftPad(value, column.Length, ' ');
+            rowText_ += leftPad(value, column.Length, ' ');
         } else {
-            Row += value;
+            rowText_ += value;
         }
-        Row += i + 1 < queryColumns.size() ? ' ' : '\n';
+        rowText_ += i + 1 < queryColumns.size() ? ' ' : '\n';
     }
 }
 
@@ -132,9 +132,9 @@ bool SqlDatabase::printHeader()
         width += column->Length > 0 ? column->Length + 1 : 0;
     }
     if (width != 0) {
-        Row += '\n' + replicateChar('-', width);
+        rowText_ += '\n' + replicateChar('-', width);
     }
-    display(Row);
+    display(rowText_);
     return true;
 }
 
@@ -142,7 +142,7 @@ bool SqlDatabase::processRow()
 {
     static std::uint64_t rows = 0;
     appendRow(&TableField::Value);
-    display(Row);
+    display(rowText_);
     rows += queryColumns.size();
     if (rows <= pageRows) {
         return true;

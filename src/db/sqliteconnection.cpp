@@ -76,15 +76,15 @@ void SQLite3::closeEverything()
     // A closed connection lives on until its last statement is gone.
     sqlite3_finalize(statement);
     statement = nullptr;
-    Running = false;
-    for (sqlite3_stmt* superseded : Superseded) {
+    running_ = false;
+    for (sqlite3_stmt* superseded : superseded_) {
         sqlite3_finalize(superseded);
     }
-    Superseded.clear();
-    for (sqlite3* replaced : Replaced) {
+    superseded_.clear();
+    for (sqlite3* replaced : replaced_) {
         sqlite3_close_v2(replaced);
     }
-    Replaced.clear();
+    replaced_.clear();
 }
 
 std::string SQLite3::databasePath(const std::string& name)
@@ -115,7 +115,7 @@ bool SQLite3::openDatabase(const std::string& name, bool create, const std::stri
         finalize();
     }
     if (isConnected()) {
-        Replaced.push_back(handle);
+        replaced_.push_back(handle);
     }
     const int flags = SQLITE_OPEN_READWRITE | (create || !onDisk ? SQLITE_OPEN_CREATE : 0);
     if (!succeeded(sqlite3_open_v2(path.c_str(), &handle, flags, nullptr))) {

@@ -15,29 +15,29 @@ namespace kd_lib {
 
 void SQLite3::supersedeStatement()
 {
-    if (Running) {
-        Superseded.push_back(statement);
+    if (running_) {
+        superseded_.push_back(statement);
     } else {
         sqlite3_finalize(statement);
     }
     statement = nullptr;
-    Running = false;
+    running_ = false;
 }
 
 int SQLite3::step()
 {
-    FailureReported = false;
+    failureReported_ = false;
     const int answer = sqlite3_step(statement);
-    Running = answer == SQLITE_ROW || answer == SQLITE_BUSY;
+    running_ = answer == SQLITE_ROW || answer == SQLITE_BUSY;
     return answer;
 }
 
 void SQLite3::reportFailedStep()
 {
     // SQLite repeats the answer of a failed step when the statement is reset or finalised.
-    if (!FailureReported) {
+    if (!failureReported_) {
         setError();
-        FailureReported = true;
+        failureReported_ = true;
     }
 }
 
@@ -69,7 +69,7 @@ bool SQLite3::execute()
     }
     reportFailedStep();
     // Failed for good, also in the middle of a result: the rollback may close it.
-    Running = false;
+    running_ = false;
     if (inTransaction) {
         rollback();
     }
@@ -135,7 +135,7 @@ bool SQLite3::clearResults()
 
 bool SQLite3::resetResults()
 {
-    Running = false;
+    running_ = false;
     const bool reset = sqlite3_reset(statement) == SQLITE_OK;
     if (!reset) {
         reportFailedStep();
@@ -145,7 +145,7 @@ bool SQLite3::resetResults()
 
 bool SQLite3::finalize()
 {
-    Running = false;
+    running_ = false;
     // The statement is gone whatever the answer is, so a repeated call must not see it again.
     const bool finalized = detail::retriedWhileBusy([this] {
                                sqlite3_stmt* ending = statement;

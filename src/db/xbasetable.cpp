@@ -1,6 +1,7 @@
 #include <kd_lib/xbasetable.h>
 
 #include "detail/messages.h"
+#include "detail/recordreader.h"
 
 #include <kd_lib/byteorder.h>
 #include <kd_lib/console.h>
@@ -193,18 +194,16 @@ bool xBaseTable::fetchRecord()
     if (RecordLength == 0) {
         return false;
     }
-    Record.resize(RecordLength);
-    File.read(Record.data(), static_cast<std::streamsize>(RecordLength));
-    if (File.fail()) {
-        std::fill(Record.begin() + File.gcount(), Record.end(), ' ');
-    }
-    makePrintable(Record);
-    Deleted = Record.front() == deletionMark;
-    if (Deleted && !ReadDeleted) {
+    detail::RecordReader reader(*this);
+    const bool whole = reader.readBytes();
+    std::string& record = reader.text();
+    deleted_ = !record.empty() && record.front() == deletionMark;
+    if (deleted_ && !ReadDeleted) {
         return true;
     }
-    if (!File.fail()) {
-        extractContent(Record);
+    if (whole) {
+        makePrintable(record);
+        extractContent(record);
     }
     return File.good();
 }
