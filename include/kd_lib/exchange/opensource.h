@@ -2,6 +2,7 @@
 /// Opens a file as a source.
 #pragma once
 
+#include <kd_lib/exchange/codepage.h>
 #include <kd_lib/exchange/source.h>
 #include <kd_lib/export.h>
 
@@ -21,10 +22,6 @@ enum class SourceKind : std::uint8_t { Automatic, Dbf, Csv, Tsv, Fixed, Mem };
 
 /// Deleted records: left out, kept as any other, or kept with a last boolean column `_deleted`.
 enum class DeletedRecords : std::uint8_t { Skip, Keep, Mark };
-
-/// A byte that the code page lacks: it becomes U+FFFD, or its cell is unreadable, or it becomes the four
-/// characters \xNN.
-enum class EncodingErrors : std::uint8_t { Replace, Strict, Escape };
 
 /// Record numbers, from 1, both inclusive.
 struct RecordRange {

@@ -1,0 +1,118 @@
+/// \file
+/// Bytes of a code page as UTF-8.
+#pragma once
+
+#include <kd_lib/detail/words.h>
+#include <kd_lib/export.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace kd_lib::exchange {
+
+/// A byte that the code page lacks: it becomes U+FFFD, or its cell is unreadable, or it becomes the four
+/// characters \xNN.
+enum class EncodingErrors : std::uint8_t { Replace, Strict, Escape };
+
+/// True where all bytes are below 128.
+inline bool isAscii(std::string_view bytes)
+{
+    using kd_lib::detail::Word;
+    using kd_lib::detail::wordSize;
+    constexpr Word highBits = 0x8080808080808080U;
+    const char* at = bytes.data();
+    std::size_t left = bytes.size();
+    for (; left >= wordSize; at += wordSize, left -= wordSize) {
+        if ((kd_lib::detail::valueAt<Word>(at) & highBits) != 0) {
+            return false;
+        }
+    }
+    for (; left > 0; ++at, --left) {
+        if ((static_cast<unsigned char>(*at) & 0x80U) != 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// One code page, for decoding. Pages of one byte a character are a table of 256 entries; the others go through the
+/// system's converter, whose handle is kept.
+/// Threads: one thread per object.
+///
+///     CodePage page("cp852");
+///     std::string scratch;
+///     const CodePage::Decoded text = page.decode(bytes, EncodingErrors::Replace, scratch);
+///     use(text.Text);
+class KD_LIB_EXPORT CodePage {
+public:
+    /// Takes the page of a name, without regard to case: any name that iconv knows; a number with or without a prefix
+    /// (`852`, `cp852`, `ANSI 1252`, `windows-1252`, `65001`); ISO 8859 in any spelling (`ISO 88591`, `885915`);
+    /// `LDID/87`, the page of a .dbf language byte; `kamenicky`, `mazovia`, `macgreek`, `shiftjis`.
+    /// Throws an `OptionError` for any other name.
+    explicit CodePage(std::string_view name);
+    ~CodePage();
+    CodePage(CodePage&&) noexcept;
+    CodePage& operator=(CodePage&&) noexcept;
+
+    /// Whether the constructor takes this name.
+    static bool knows(std::string_view name);
+
+    /// The page of a .dbf file's language byte, as a name that the constructor takes; empty where the byte names none.
+    static std::string nameOfLanguageByte(std::uint8_t byte);
+
+    /// The page's name for messages: "CP852", "UTF-8".
+    const std::string& name() const { return Name; }
+
+    bool isUtf8() const { return Utf8; }
+
+    /// Each character is one byte.
+    bool isSingleByte() const { return SingleByte; }
+
+    /// Bytes below 128 are the ASCII characters, wherever they are a character of their own.
+    bool isAsciiBased() const { return AsciiBased; }
+
+    /// What `decode` returns.
+    struct Decoded {
+        enum class Outcome : std::uint8_t {
+            Known,     ///< the page has all bytes
+            Replaced,  ///< bytes that it lacks became U+FFFD
+            Escaped,   ///< bytes that it lacks became \xNN
+            Failed     ///< it lacks bytes and the text is unusable (`Strict`)
+        };
+
+        std::string_view Text;  ///< UTF-8; empty where `Failed`
+        Outcome Result = Outcome::Known;
+        std::size_t FirstUnknown = 0;  ///< index of the first byte that the page lacks, unless `Known`
+    };
+
+    /// Decodes. The text is `bytes` itself where that is the same UTF-8, otherwise it is in `scratch`, which only
+    /// grows (at most four times the size of `bytes` and a few more) and whose contents mean nothing by themselves.
+    /// What the page lacks becomes one U+FFFD: a byte of a page with one byte a character; a double-byte character,
+    /// also one that the end cuts; the longest beginning of a character in UTF-8.
+    Decoded decode(std::string_view bytes, EncodingErrors onError, std::string& scratch) const
+    {
+        if (AsciiBased && isAscii(bytes)) {
+            return {bytes};
+        }
+        return decodeOther(bytes, onError, scratch);
+    }
+
+    /// The reason for a message: "byte 81 is not in code page CP1252". `decoded` is what `decode` returned for `bytes`.
+    std::string reason(std::string_view bytes, const Decoded& decoded) const;
+
+private:
+    class Decoder;
+
+    Decoded decodeOther(std::string_view bytes, EncodingErrors onError, std::string& scratch) const;
+
+    std::string Name;
+    bool Utf8 = false;
+    bool SingleByte = false;
+    bool AsciiBased = false;
+    std::unique_ptr<Decoder> TheDecoder;
+};
+
+}  // namespace kd_lib::exchange

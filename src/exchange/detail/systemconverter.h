@@ -1,0 +1,70 @@
+/// \file
+/// The system's converter to UTF-8.
+#pragma once
+
+#include <cerrno>
+#include <cstddef>
+#include <iconv.h>
+#include <string>
+#include <utility>
+
+namespace kd_lib::exchange::detail {
+
+/// A handle of iconv that converts to UTF-8.
+class SystemConverter {
+public:
+    /// Why `convert` came back.
+    enum class Stop {
+        Done,       ///< everything is converted
+        Full,       ///< the output is full
+        Unknown,    ///< the input goes on with bytes that the page lacks
+        Incomplete  ///< the input goes on with the beginning of a character
+    };
+
+    explicit SystemConverter(const std::string& from)
+        : Handle(isName(from) ? ::iconv_open("UTF-8", from.c_str()) : invalid())
+    {
+    }
+    ~SystemConverter()
+    {
+        if (isOpen()) {
+            ::iconv_close(Handle);
+        }
+    }
+    SystemConverter(const SystemConverter&) = delete;
+    SystemConverter& operator=(const SystemConverter&) = delete;
+
+    /// False where iconv does not know the page.
+    bool isOpen() const { return Handle != invalid(); }
+
+    /// Forgets what was converted before.
+    void reset() { ::iconv(Handle, nullptr, nullptr, nullptr, nullptr); }
+
+    /// Converts from `from` to `to`, moving both and reducing both counts.
+    Stop convert(const char*& from, std::size_t& fromLeft, char*& to, std::size_t& toLeft)
+    {
+        // iconv does not write to its input, though its declaration lacks the const.
+        return stopOf(::iconv(Handle, const_cast<char**>(&from), &fromLeft, &to, &toLeft));
+    }
+
+    /// Writes what the converter holds back, such as a letter that an accent may follow.
+    Stop finish(char*& to, std::size_t& toLeft) { return stopOf(::iconv(Handle, nullptr, nullptr, &to, &toLeft)); }
+
+private:
+    static iconv_t invalid() { return reinterpret_cast<iconv_t>(-1); }
+
+    /// iconv takes "" for the page of the environment, and a part after a slash for an instruction.
+    static bool isName(const std::string& name) { return !name.empty() && name.find('/') == std::string::npos; }
+
+    static Stop stopOf(std::size_t result)
+    {
+        if (result != static_cast<std::size_t>(-1)) {
+            return Stop::Done;
+        }
+        return errno == E2BIG ? Stop::Full : errno == EINVAL ? Stop::Incomplete : Stop::Unknown;
+    }
+
+    iconv_t Handle;
+};
+
+}  // namespace kd_lib::exchange::detail
