@@ -26,7 +26,8 @@ namespace kd_lib {
 ///     }
 ///
 /// A statement or a connection that a new one replaces is kept open as long as that can be observed,
-/// and closed at the latest by `disconnect` or destruction.
+/// and closed at the latest by `disconnect` or destruction. A half-read statement may therefore be taken from
+/// `statement` and put back later, to be read on or ended with `finalize`.
 /// Threads: one thread per object.
 class KD_LIB_EXPORT SQLite3 : public SqlDatabase {
 public:
@@ -141,11 +142,11 @@ public:
     /// Empties the current result; true.
     bool clearResults() override;
 
-    /// Resets the statement.
+    /// Resets the statement. False, with the error reported unless it was before, when its last step had failed.
     bool resetResults();
 
     /// Destroys the statement. False, with the error reported unless it was before, when the statement's
-    /// last execution had failed.
+    /// last step had failed, be it a step of the caller's own through `sqlite3_step(statement)`.
     bool finalize();
 
     /// Prepares "INSERT INTO table (columns) VALUES (:columns)" for the columns of the current result,
@@ -154,7 +155,8 @@ public:
 
     /// Binds each value of `fields` as text to the parameter with the field's name, ":" included, and
     /// executes the statement. A name without a parameter is reported and passed over; its parameter
-    /// keeps its value. A failing execution is reported on standard error too. False for an empty list.
+    /// keeps its value. A failing execution is reported on standard error too. False for an empty list; false
+    /// without a message when there is no connection or no statement.
     bool preparedRecord(TableFields fields) override;
     /// @}
 
@@ -182,15 +184,17 @@ public:
 
 private:
     KD_LIB_LOCAL bool succeeded(int code);
+    KD_LIB_LOCAL std::string connectionError() const;
     KD_LIB_LOCAL int step();
-    KD_LIB_LOCAL void reportFailedStep();
+    KD_LIB_LOCAL void reportFailureOf(const sqlite3_stmt* failed);
+    KD_LIB_LOCAL void statementEnded();
     KD_LIB_LOCAL void supersedeStatement();
     KD_LIB_LOCAL void closeEverything();
 
-    std::vector<sqlite3_stmt*> superseded_;  // replaced while they ran: they keep their locks
-    std::vector<sqlite3*> replaced_;         // connections that openDatabase replaced
-    bool running_ = false;                   // the last step of the current statement left it running
-    bool failureReported_ = false;           // the failure of the last step has been reported
+    std::vector<sqlite3_stmt*> superseded_;          // replaced while they ran: they keep their locks
+    std::vector<sqlite3*> replaced_;                 // connections that openDatabase replaced
+    bool running_ = false;                           // the last step of the current statement left it running
+    const sqlite3_stmt* reportedFailure_ = nullptr;  // the statement whose last step failed and was reported
 };
 
 }  // namespace kd_lib

@@ -40,12 +40,17 @@ bool SQLite3::isDisconnected() const
     return handle == nullptr;
 }
 
-void SQLite3::setError()
+std::string SQLite3::connectionError() const
 {
     const int code = isConnected() ? sqlite3_errcode(handle) : SQLITE_OK;
-    if (code != SQLITE_OK) {
-        errorText = sqlite3_errmsg(handle);
-        errorText += " [#" + std::to_string(code) + "]";
+    return code == SQLITE_OK ? "" : sqlite3_errmsg(handle) + (" [#" + std::to_string(code) + "]");
+}
+
+void SQLite3::setError()
+{
+    const std::string error = connectionError();
+    if (!error.empty()) {
+        errorText = error;
         message(errorText);
     }
 }
@@ -74,9 +79,9 @@ bool SQLite3::disconnect()
 void SQLite3::closeEverything()
 {
     // A closed connection lives on until its last statement is gone.
+    statementEnded();
     sqlite3_finalize(statement);
     statement = nullptr;
-    running_ = false;
     for (sqlite3_stmt* superseded : superseded_) {
         sqlite3_finalize(superseded);
     }

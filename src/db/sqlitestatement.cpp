@@ -13,31 +13,46 @@
 
 namespace kd_lib {
 
+void SQLite3::statementEnded()
+{
+    running_ = false;
+    // A caller may have put a superseded statement back.
+    std::erase(superseded_, statement);
+}
+
 void SQLite3::supersedeStatement()
 {
-    if (running_) {
+    const bool kept = std::find(superseded_.begin(), superseded_.end(), statement) != superseded_.end();
+    if (running_ && !kept) {
         superseded_.push_back(statement);
-    } else {
+    } else if (!kept) {
         sqlite3_finalize(statement);
     }
     statement = nullptr;
     running_ = false;
+    reportedFailure_ = nullptr;
 }
 
 int SQLite3::step()
 {
-    failureReported_ = false;
+    reportedFailure_ = nullptr;
     const int answer = sqlite3_step(statement);
-    running_ = answer == SQLITE_ROW || answer == SQLITE_BUSY;
+    if (answer == SQLITE_ROW || answer == SQLITE_BUSY) {
+        running_ = true;
+    } else {
+        statementEnded();
+    }
     return answer;
 }
 
-void SQLite3::reportFailedStep()
+void SQLite3::reportFailureOf(const sqlite3_stmt* failed)
 {
-    // SQLite repeats the answer of a failed step when the statement is reset or finalised.
-    if (!failureReported_) {
+    // SQLite repeats the answer of a failed step when the statement is reset or finalised. Another statement, or
+    // another error, is that of a step which the caller has made.
+    const bool reported = failed != nullptr && failed == reportedFailure_ && errorText == connectionError();
+    if (!reported) {
         setError();
-        failureReported_ = true;
+        reportedFailure_ = failed;
     }
 }
 
@@ -67,9 +82,9 @@ bool SQLite3::execute()
         resultRows = static_cast<std::uint64_t>(sqlite3_changes(handle));
         return true;
     }
-    reportFailedStep();
+    reportFailureOf(statement);
     // Failed for good, also in the middle of a result: the rollback may close it.
-    running_ = false;
+    statementEnded();
     if (inTransaction) {
         rollback();
     }
@@ -107,7 +122,7 @@ bool SQLite3::fetchRow()
 {
     switch (detail::retriedWhileBusy([this] { return step(); })) {
     case SQLITE_ERROR:
-        reportFailedStep();
+        reportFailureOf(statement);
         return false;
     case SQLITE_ROW:
         break;
@@ -135,26 +150,26 @@ bool SQLite3::clearResults()
 
 bool SQLite3::resetResults()
 {
-    running_ = false;
     const bool reset = sqlite3_reset(statement) == SQLITE_OK;
     if (!reset) {
-        reportFailedStep();
+        reportFailureOf(statement);
     }
+    statementEnded();
+    reportedFailure_ = nullptr;
     return reset;
 }
 
 bool SQLite3::finalize()
 {
-    running_ = false;
+    statementEnded();
+    const sqlite3_stmt* const ended = statement;
     // The statement is gone whatever the answer is, so a repeated call must not see it again.
-    const bool finalized = detail::retriedWhileBusy([this] {
-                               sqlite3_stmt* ending = statement;
-                               statement = nullptr;
-                               return sqlite3_finalize(ending);
-                           }) == SQLITE_OK;
+    const bool finalized =
+        detail::retriedWhileBusy([this] { return sqlite3_finalize(std::exchange(statement, nullptr)); }) == SQLITE_OK;
     if (!finalized) {
-        reportFailedStep();
+        reportFailureOf(ended);
     }
+    reportedFailure_ = nullptr;
     return finalized;
 }
 
@@ -179,17 +194,24 @@ bool SQLite3::prepareInsert(const std::string& table)
 
 bool SQLite3::preparedRecord(TableFields fields)
 {
-    if (fields.size() == 0) {
+    if (fields.size() == 0 || isDisconnected() || statement == nullptr) {
         return false;
     }
+    // The reason printed below must be one of this call.
+    std::string before = std::exchange(errorText, {});
     for (const TableField* field : fields.List) {
         bind(field->Name, field->Value);
     }
     if (!execute()) {
-        errorMessage(errorText);
+        if (!errorText.empty()) {
+            errorMessage(errorText);
+        }
         return false;
     }
     resetResults();
+    if (errorText.empty()) {
+        errorText = std::move(before);
+    }
     return true;
 }
 
