@@ -1,21 +1,13 @@
 #include <kd_lib/exchange/record.h>
 
+#include "detail/lettercase.h"
+
 #include <algorithm>
 #include <charconv>
 
 namespace kd_lib::exchange {
 
 namespace {
-
-char lower(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool equalWithoutCase(std::string_view a, std::string_view b)
-{
-    return std::ranges::equal(a, b, [](char x, char y) { return lower(x) == lower(y); });
-}
 
 std::chrono::year_month_day dayOf(Date date)
 {
@@ -144,7 +136,7 @@ Value Record::operator[](std::string_view column) const
     };
     auto found = named([](std::string_view a, std::string_view b) { return a == b; });
     if (found == Columns->end()) {
-        found = named(equalWithoutCase);
+        found = named(detail::equalWithoutCase);
     }
     if (found == Columns->end()) {
         throw Error(Place{{}, 0, std::string(column), {}}, "no such column");

@@ -2,6 +2,7 @@
 
 #include "../../formats/languagebytes.h"
 #include "codepagetables.h"
+#include "lettercase.h"
 #include "systemconverter.h"
 
 #include <algorithm>
@@ -12,16 +13,6 @@
 namespace kd_lib::exchange::detail {
 
 namespace {
-
-char lowerLetter(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-char upperLetter(char c)
-{
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
 
 /// The name without regard to case, blanks, line ends, hyphens and underscores.
 std::string keyOf(std::string_view name)
@@ -42,9 +33,7 @@ std::string trimmedUpper(std::string_view name)
     if (first == std::string_view::npos) {
         return {};
     }
-    std::string upper(name.substr(first, name.find_last_not_of(blanks) - first + 1));
-    std::ranges::transform(upper, upper.begin(), upperLetter);
-    return upper;
+    return uppered(name.substr(first, name.find_last_not_of(blanks) - first + 1));
 }
 
 bool allDigits(std::string_view text)

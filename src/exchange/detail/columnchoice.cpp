@@ -1,0 +1,119 @@
+#include "columnchoice.h"
+
+#include "lettercase.h"
+
+#include <kd_lib/exchange/error.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace kd_lib::exchange::detail {
+
+namespace {
+
+constexpr std::string_view deletionMarkName = "_deleted";
+
+template <class Same>
+std::optional<std::size_t> firstNamed(const std::vector<Column>& columns, std::string_view name, Same same)
+{
+    const auto found = std::ranges::find_if(columns, [&](const Column& column) { return same(column.Name, name); });
+    return found != columns.end() ? std::optional(static_cast<std::size_t>(found - columns.begin())) : std::nullopt;
+}
+
+std::optional<std::size_t> indexOf(const std::vector<Column>& columns, std::string_view name)
+{
+    const std::optional<std::size_t> exact =
+        firstNamed(columns, name, [](std::string_view a, std::string_view b) { return a == b; });
+    return exact ? exact : firstNamed(columns, name, equalWithoutCase);
+}
+
+[[noreturn]] void failUnknown(const std::string& file, const std::string& name)
+{
+    throw OptionError(file, "there is no column " + name);
+}
+
+/// The type of each column of the file that was asked for.
+std::vector<std::optional<ColumnType>> typesOf(const std::string& file, const std::vector<Column>& inFile,
+                                               const SourceOptions& options)
+{
+    std::vector<std::optional<ColumnType>> types(inFile.size());
+    for (const auto& [name, typeName] : options.Types) {
+        const std::optional<std::size_t> index = indexOf(inFile, name);
+        if (!index) {
+            failUnknown(file, name);
+        }
+        types[*index] = typeOfName(typeName);
+        if (!types[*index]) {
+            throw OptionError(Place{file, 0, name, {}}, "unknown type: " + typeName);
+        }
+    }
+    return types;
+}
+
+}  // namespace
+
+std::optional<ColumnType> typeOfName(std::string_view name)
+{
+    constexpr std::pair<std::string_view, ColumnType> types[] = {
+        {"text", ColumnType::Text},   {"integer", ColumnType::BigInteger},  {"number", ColumnType::Number},
+        {"float", ColumnType::Float}, {"boolean", ColumnType::Boolean},     {"date", ColumnType::Date},
+        {"time", ColumnType::Time},   {"timestamp", ColumnType::Timestamp}, {"bytes", ColumnType::Bytes}};
+    const auto found =
+        std::ranges::find_if(types, [name](const auto& type) { return equalWithoutCase(type.first, name); });
+    return found != std::end(types) ? std::optional(found->second) : std::nullopt;
+}
+
+std::vector<ChosenColumn> chooseColumns(const std::string& file, const std::vector<Column>& inFile,
+                                        const SourceOptions& options)
+{
+    const std::vector<std::optional<ColumnType>> types = typesOf(file, inFile, options);
+    const bool marks = options.Deleted == DeletedRecords::Mark;
+    std::vector<ChosenColumn> chosen;
+    bool markChosen = false;
+    for (const std::string& name : options.Select) {
+        if (const std::optional<std::size_t> index = indexOf(inFile, name)) {
+            chosen.push_back({*index, types[*index]});
+        } else if (marks && equalWithoutCase(name, deletionMarkName)) {
+            chosen.push_back({ChosenColumn::deletionMark, std::nullopt});
+            markChosen = true;
+        } else {
+            failUnknown(file, name);
+        }
+    }
+    for (std::size_t index = 0; options.Select.empty() && index < inFile.size(); ++index) {
+        chosen.push_back({index, types[index]});
+    }
+    if (marks && !markChosen) {
+        chosen.push_back({ChosenColumn::deletionMark, std::nullopt});
+    }
+    return chosen;
+}
+
+Column columnOf(const std::vector<Column>& inFile, const ChosenColumn& chosen)
+{
+    if (chosen.isDeletionMark()) {
+        Column mark;
+        mark.Name = deletionMarkName;
+        mark.Type = ColumnType::Boolean;
+        return mark;
+    }
+    Column column = inFile[chosen.Index];
+    if (chosen.Type && *chosen.Type != column.Type) {
+        column.Type = *chosen.Type;
+        column.Width = column.Type == ColumnType::Text ? column.SourceLength : 0;
+        column.Decimals = 0;
+    }
+    return column;
+}
+
+std::vector<Column> columnsOf(const std::vector<Column>& inFile, const std::vector<ChosenColumn>& chosen)
+{
+    std::vector<Column> columns;
+    columns.reserve(chosen.size());
+    for (const ChosenColumn& one : chosen) {
+        columns.push_back(columnOf(inFile, one));
+    }
+    return columns;
+}
+
+}  // namespace kd_lib::exchange::detail

@@ -1,0 +1,57 @@
+/// \file
+/// Days and times of the day as texts.
+#pragma once
+
+#include <kd_lib/exchange/cell.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kd_lib::exchange::detail {
+
+constexpr std::uint32_t millisecondsOfSecond = 1000;
+constexpr std::uint32_t millisecondsOfMinute = 60 * millisecondsOfSecond;
+constexpr std::uint32_t millisecondsOfHour = 60 * millisecondsOfMinute;
+
+/// The length of the texts that the operations below write.
+constexpr std::size_t dateSize = 10;
+constexpr std::size_t timeSize = 12;
+constexpr std::size_t timestampSize = dateSize + 1 + timeSize;
+
+/// The day, where the calendar has it, in the years 1 to 9999.
+constexpr std::optional<Date> dayOfCalendar(unsigned year, unsigned month, unsigned day)
+{
+    constexpr std::uint8_t lengths[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    if (year < 1 || year > 9999 || month < 1 || month > 12 || day < 1) {
+        return std::nullopt;
+    }
+    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+    if (day > lengths[month - 1] + (leap && month == 2 ? 1U : 0U)) {
+        return std::nullopt;
+    }
+    return Date{static_cast<std::int16_t>(year), static_cast<std::uint8_t>(month), static_cast<std::uint8_t>(day)};
+}
+
+/// "20240229"; nothing for any other text.
+std::optional<Date> parseEightDigits(std::string_view text);
+
+/// "2024-02-29"; nothing for any other text.
+std::optional<Date> parseDate(std::string_view text);
+
+/// "23:59", "23:59:58", "23:59:58.123": milliseconds since midnight. More than three decimals are taken where those
+/// after the third are zero. Nothing for any other text.
+std::optional<std::uint32_t> parseTime(std::string_view text);
+
+/// A date, a blank or "T", and a time; or a date alone, which is its midnight. Nothing for any other text, also for one
+/// with a time zone.
+std::optional<Timestamp> parseTimestamp(std::string_view text);
+
+/// Writes "2024-02-29", "23:59:58.123", and both with `between` between them; returns what is after the text.
+char* putDate(char* to, Date date);
+char* putTime(char* to, std::uint32_t milliseconds);
+char* putTimestamp(char* to, const Timestamp& moment, char between);
+
+}  // namespace kd_lib::exchange::detail
