@@ -1,0 +1,47 @@
+/// \file
+/// Compares a source with the table that it was loaded into.
+#pragma once
+
+#include <kd_lib/exchange/source.h>
+#include <kd_lib/exchange/tablelayout.h>
+#include <kd_lib/exchange/transfer.h>
+#include <kd_lib/export.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kd_lib::exchange {
+
+/// The first record in which a column differs.
+struct ColumnDifference {
+    std::string Column;        ///< as in the source
+    std::uint64_t Record = 0;  ///< number in the source
+    std::string InSource;      ///< the value as text; "NULL"; texts and bytes in quotes
+    std::string InTable;
+};
+
+/// What `verify` found.
+struct Verification {
+    std::uint64_t Records = 0;  ///< that the source carries
+    std::uint64_t Rows = 0;     ///< of the table
+    std::vector<ColumnDifference> Differences;  ///< one for each differing column, in the order of the columns
+
+    bool agrees() const { return Records == Rows && Differences.empty(); }
+};
+
+/// Whether `table` holds what `source` carries into it. `table` yields the columns of `layout`, in its order
+/// (`SqliteSource::ofTable`, or the result of a server). The records of `source` pass `layout.fit` and the policy of
+/// `options`, as in a transfer: an unreadable cell and NULL agree. Values are compared as the types of `source`'s
+/// columns: numbers by value, times and booleans also in the forms in which databases give them.
+///
+/// The n-th record is compared with the n-th row. Where they differ, the order may be another one: a database that
+/// has no order of its own gives its rows as it likes. Then both are read once more, equal records and rows are
+/// set off against each other whatever their order, and the differences are those of what is left, again in order. For
+/// that both must be able to `seek` back; else the differences are those of the first comparison.
+/// Memory: some hashes, which go to a temporary file when they are many.
+/// Throws what the sources throw.
+KD_LIB_EXPORT Verification verify(Source& source, Source& table, TableLayout& layout,
+                                  const TransferOptions& options = {});
+
+}  // namespace kd_lib::exchange

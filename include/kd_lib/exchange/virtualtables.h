@@ -1,0 +1,86 @@
+/// \file
+/// Files as tables of a SQLite connection.
+#pragma once
+
+#include <kd_lib/exchange/error.h>
+#include <kd_lib/exchange/opensource.h>
+#include <kd_lib/export.h>
+
+#include <functional>
+#include <memory>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+struct sqlite3;
+
+namespace kd_lib::exchange {
+
+/// Who is told what happens while statements read files. The callbacks must not throw, and must not use the
+/// connection.
+struct VirtualTableEvents {
+    std::function<void(const Reject&)> OnReject = {};  ///< a cell became NULL; once for each cell
+    std::function<void(const std::string& file, const Note&)> OnNote = {};  ///< once for each note
+};
+
+/// Teaches a connection the module `kd`, with which statements read files where they lie:
+///
+///     registerTables(connection);
+///     CREATE VIRTUAL TABLE people USING kd('people.dbf');
+///     CREATE VIRTUAL TABLE temp.old USING kd('old.txt', columns='name:1-8,town:9-24', encoding=cp852);
+///     SELECT town, count(*) FROM people GROUP BY town;
+///
+/// Records are streamed, memory is flat. Only the columns that a statement uses are decoded (and rejected). `rowid` is
+/// the record's number; conditions on it find their records without reading the others where the file's records
+/// have a fixed length. The tables cannot be changed. The file is opened anew by each statement, and must
+/// keep its columns.
+///
+/// Names and declared types are those of a load into SQLite, and so are the values, with an unreadable cell as NULL.
+///
+/// Options, each at most once, but for `type`: `from=dbf|csv|tsv|fixed|mem`, `select='A,B'`,
+/// `deleted=skip|keep|mark`, `encoding=NAME`, `encoding_errors=replace|strict|escape`, `memo=FILE`,
+/// `no_memo=1`, `columns=LIST`, `delimiter=C`, `quote=C|none`, `header=0`, `infer=1`, `null=TEXT`,
+/// `type='COLUMN=TYPE'`, `names=lower|keep`: the same as those of `SourceOptions` and `TableOptions`. Values with
+/// commas, blanks or quotes are quoted as in SQL.
+///
+/// Throws an `Error` where SQLite refuses the module.
+KD_LIB_EXPORT void registerTables(sqlite3* connection, VirtualTableEvents events = {});
+
+/// A table of a `TableConnection`.
+struct FileTableOptions {
+    std::string File;
+    std::string Table;  ///< empty: the file's name without folder and extension, in lower case
+    SourceOptions Options = {};
+};
+
+/// A SQLite connection in memory whose tables are files: for queries over files where they lie.
+///
+///     TableConnection tables(tableFilesIn("old"));
+///     SqliteSource rows(tables.handle(), "old", "SELECT * FROM orders JOIN customers USING (id)");
+class KD_LIB_EXPORT TableConnection {
+public:
+    /// Makes a table for each file. Files whose tables would have the same name get `_2`, `_3`, ..., with a note.
+    /// Throws an `Error` where a file cannot be opened.
+    explicit TableConnection(const std::vector<FileTableOptions>& files, VirtualTableEvents events = {},
+                             std::stop_token stop = {});
+    ~TableConnection();
+    TableConnection(const TableConnection&) = delete;
+    TableConnection& operator=(const TableConnection&) = delete;
+
+    /// Owned by this object.
+    sqlite3* handle() const { return Connection; }
+
+    /// The tables' names, in the order of the files.
+    const std::vector<std::string>& tables() const { return Tables; }
+
+private:
+    sqlite3* Connection = nullptr;
+    std::stop_token Stop;
+    std::vector<std::string> Tables;
+};
+
+/// The files of a folder (not of those inside it) that can be tables: those whose extension names a kind of file, sorted
+/// by name; each is read with `options`. Throws an `Error` where the folder cannot be read or holds none.
+KD_LIB_EXPORT std::vector<FileTableOptions> tableFilesIn(const std::string& folder, const SourceOptions& options = {});
+
+}  // namespace kd_lib::exchange
