@@ -17,6 +17,18 @@ constexpr const char* inMemory = ":memory:";
 /// What stands for the type of a NULL: a value past the named types.
 constexpr int nullType = 15;
 
+/// The connection's last error with its code; empty after a success.
+std::string errorOf(sqlite3* connection)
+{
+    const int code = sqlite3_errcode(connection);
+    return code == SQLITE_OK ? "" : sqlite3_errmsg(connection) + (" [#" + std::to_string(code) + "]");
+}
+
+int closeConnection(sqlite3* connection)
+{
+    return detail::retriedWhileBusy([&] { return sqlite3_close_v2(connection); });
+}
+
 }  // namespace
 
 SQLite3::SQLite3()
@@ -26,7 +38,10 @@ SQLite3::SQLite3()
 
 SQLite3::~SQLite3()
 {
-    SQLite3::disconnect();
+    // As disconnect does, without its virtual calls: overrides of a derived class are gone already.
+    if (handle != nullptr && closeConnection(handle) != SQLITE_OK && sqlite3_errcode(handle) != SQLITE_OK) {
+        message(errorOf(handle));
+    }
     closeEverything();
 }
 
@@ -42,8 +57,7 @@ bool SQLite3::isDisconnected() const
 
 std::string SQLite3::connectionError() const
 {
-    const int code = isConnected() ? sqlite3_errcode(handle) : SQLITE_OK;
-    return code == SQLITE_OK ? "" : sqlite3_errmsg(handle) + (" [#" + std::to_string(code) + "]");
+    return isConnected() ? errorOf(handle) : "";
 }
 
 void SQLite3::setError()
@@ -67,7 +81,7 @@ bool SQLite3::disconnect()
 {
     clearResults();
     errorText.clear();
-    if (isConnected() && !succeeded(detail::retriedWhileBusy([this] { return sqlite3_close_v2(handle); }))) {
+    if (isConnected() && !succeeded(closeConnection(handle))) {
         return false;
     }
     database.clear();
