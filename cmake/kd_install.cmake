@@ -21,6 +21,7 @@ configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/kd_libConfig.cmake.in ${
     INSTALL_DESTINATION ${kd_config_dir} NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(${kd_generated}/kd_libConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${kd_generated}/kd_libConfig.cmake ${kd_generated}/kd_libConfigVersion.cmake
+    ${CMAKE_CURRENT_LIST_DIR}/FindUtf8proc.cmake
     DESTINATION ${kd_config_dir} COMPONENT development)
 
 # pkg-config: the prefix is found from the place of the file itself.

@@ -1,0 +1,74 @@
+/// \file
+/// What SQL targets need to know about SQLite, PostgreSQL and MySQL/MariaDB.
+#pragma once
+
+#include <kd_lib/export.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace kd_lib::exchange {
+
+enum class Engine : std::uint8_t {
+    Sqlite,
+    PostgreSql,
+    MySql  ///< MariaDB too
+};
+
+/// The type names of a dialect. Numbers and texts of a known width have rules of their own (`TableLayout`).
+struct TypeWords {
+    const char* Text;     ///< of any length
+    const char* Varchar;  ///< before "(n)", n counting characters; empty: every text is `Text`
+    const char* Integer;  ///< 32 bits
+    const char* BigInteger;
+    const char* Currency;  ///< empty: no type, see `TableLayout`
+    const char* Float;
+    const char* Boolean;
+    const char* Date;
+    const char* Time;
+    const char* Timestamp;
+    const char* Bytes;
+    const char* Key;  ///< of a column that the database numbers 1, 2, ...
+};
+
+/// The facts of one dialect: a plain value, the same for the whole program. It is found by `dialectOf`.
+struct KD_LIB_EXPORT Dialect {
+    Engine Is;
+    const char* Name;  ///< "sqlite", "postgresql", "mysql"; as in `--to`
+
+    char NameQuote;                                ///< around names, doubled inside
+    std::size_t NameBytes;                         ///< the longest name in bytes; 0: no limit
+    std::size_t NameCharacters;                    ///< the longest name in characters; 0: no limit
+    bool BasicPlaneOnly;                           ///< names hold no characters above U+FFFF
+    bool BlanksAtEnd;                              ///< names may end with blanks
+    const char* OwnTables;                         ///< tables whose names begin with this belong to the database
+    std::span<const std::string_view> OwnColumns;  ///< column names that are the database's, in lower case
+
+    std::size_t Columns;            ///< the most columns of a table
+    std::size_t VarcharCharacters;  ///< the longest varchar
+    TypeWords Types;
+    const char* AfterTable;  ///< what follows the ")" of CREATE TABLE
+
+    /// The statements, without ";", that make a session read scripts as they are meant, whatever its settings were.
+    std::span<const std::string_view> Session;
+
+    /// `name` as it is written in a statement: order -> "order", a"b -> "a""b"; MySQL: `order`.
+    std::string quoteName(std::string_view name) const;
+
+    /// `name` followed by `suffix`, cut so that the database takes it: for tables with temporary names.
+    std::string nameWithSuffix(std::string_view name, std::string_view suffix) const;
+
+    /// `name` cut at the end, between two characters, so that the database takes it with `room` bytes more.
+    std::string_view cutName(std::string_view name, std::size_t room = 0) const;
+};
+
+/// The dialect of an engine.
+KD_LIB_EXPORT const Dialect& dialectOf(Engine engine);
+
+/// The dialect of this name; null for another name.
+KD_LIB_EXPORT const Dialect* dialectNamed(std::string_view name);
+
+}  // namespace kd_lib::exchange

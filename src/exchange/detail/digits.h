@@ -1,0 +1,45 @@
+/// \file
+/// Exact numbers as digits, in the form of `Cell::Text`.
+#pragma once
+
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <system_error>
+
+namespace kd_lib::exchange::detail {
+
+struct DigitCounts {
+    std::size_t Before;       ///< digits before the point; 0 for a single zero
+    std::size_t After;        ///< digits after the point up to the last that is not zero
+    std::size_t Significant;  ///< digits from the first to the last that is not zero
+    std::size_t ZerosAfter;   ///< zeros between the point and the first digit, of a number below 1
+};
+DigitCounts countDigits(std::string_view number);
+
+/// Takes decimals off that are all zeros. False, and nothing changes, where others are among them.
+bool takeZeroDecimals(std::string_view& number);
+
+/// True for a whole number that fits in `Integer`.
+template <class Integer>
+bool fits(std::string_view number)
+{
+    Integer value = 0;
+    const char* const end = number.data() + number.size();
+    const auto [stop, error] = std::from_chars(number.data(), end, value);
+    return error == std::errc() && stop == end;
+}
+
+/// True where a double gives the digits back: at most 15 significant ones, within the range of a double.
+bool isExactAsDouble(std::string_view number);
+
+/// How SQLite keeps a number in a column without a type.
+enum class SqliteForm : std::uint8_t {
+    Integer,  ///< 64 bits
+    Real,     ///< decimals, and a double gives the digits back
+    Text      ///< the digits
+};
+SqliteForm sqliteFormOf(std::string_view number);
+
+}  // namespace kd_lib::exchange::detail

@@ -1,0 +1,28 @@
+/// \file
+/// The names of tables and columns in a target.
+#pragma once
+
+#include <kd_lib/exchange/column.h>
+#include <kd_lib/exchange/dialect.h>
+#include <kd_lib/exchange/error.h>
+#include <kd_lib/exchange/target.h>
+
+#include <string>
+#include <vector>
+
+namespace kd_lib::exchange::detail {
+
+/// The names of `columns` as the target takes them: in the case asked for, none empty, none twice, none too long.
+/// `dialect` may be null: then names may be anything. `key`, where not empty, is the name of a column before them.
+/// Each name that changes other than in case becomes a note.
+std::vector<std::string> columnNames(const std::vector<Column>& columns, NameCase nameCase, const Dialect* dialect,
+                                     const std::string& key, std::vector<Note>& notes);
+
+/// The name of the table: the one that the options give, or the file's without folder and extension.
+std::string tableName(const std::string& file, const TableOptions& options, const Dialect& dialect,
+                      std::vector<Note>& notes);
+
+/// The name of the column that the database numbers, from `options.Key`.
+std::string keyName(const TableOptions& options, const Dialect& dialect, std::vector<Note>& notes);
+
+}  // namespace kd_lib::exchange::detail
