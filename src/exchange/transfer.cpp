@@ -11,13 +11,7 @@ constexpr std::uint64_t progressRecords = 256;  // of long records, and where th
 
 bool ofRow(FlawKind kind)
 {
-    return kind == FlawKind::RowTooShort || kind == FlawKind::RowTooLong;
-}
-
-/// A flaw that the policy decides about, as opposed to bytes that were replaced already.
-bool isDecided(const Flaw& flaw)
-{
-    return flaw.Kind == FlawKind::Unreadable || ofRow(flaw.Kind);
+    return kind == FlawKind::RowTooShort || kind == FlawKind::RowTooLong || kind == FlawKind::RecordCut;
 }
 
 RejectAction actionOf(FlawKind kind, OnError policy)
@@ -31,7 +25,7 @@ RejectAction actionOf(FlawKind kind, OnError policy)
     if (policy == OnError::Stop) {
         return RejectAction::Stop;
     }
-    if (policy == OnError::Skip) {
+    if (policy == OnError::Skip || kind == FlawKind::RecordCut) {
         return RejectAction::Skip;
     }
     return kind == FlawKind::RowTooLong ? RejectAction::Cut : RejectAction::Null;
@@ -124,7 +118,7 @@ bool applyPolicy(Source& source, OnError policy, const std::function<void(const 
         if (flaw.Kind == FlawKind::Unreadable) {
             record.Cells[flaw.Column] = Cell::null();
         }
-        used = used && !(isDecided(flaw) && policy == OnError::Skip);
+        used = used && reject.Action != RejectAction::Skip;
     }
     tally.LeftOut += used ? 0 : 1;
     return used;

@@ -23,11 +23,12 @@ enum class FlawKind : std::uint8_t {
     Replaced,     ///< bytes that the code page lacks became U+FFFD in the cell
     Escaped,      ///< such bytes became \xNN in the cell
     RowTooShort,  ///< the row has fewer cells than there are columns; the others are null
-    RowTooLong    ///< the row has more cells than there are columns; they are not in the record
+    RowTooLong,   ///< the row has more cells than there are columns; they are not in the record
+    RecordCut     ///< the file ends within this last record, which is left out; its cells are unreadable
 };
 
 struct Flaw {
-    std::size_t Column = 0;  ///< index into the columns; for a row: unused
+    std::size_t Column = 0;  ///< index into the columns; for a row or record: unused
     FlawKind Kind = FlawKind::Unreadable;
     std::string Reason;  ///< "not a number", "the memo file ends before the text"
 };

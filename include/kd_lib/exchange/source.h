@@ -59,7 +59,7 @@ public:
 
     /// From the next record on only these columns are needed: the cells of the others are null, and nothing of them
     /// is decoded or rejected. `needed` has an element for each column.
-    void need(const std::vector<bool>& needed) { Needed = needed; }
+    virtual void need(const std::vector<bool>& needed) { Needed = needed; }
 
     /// What there is to say about the file so far, in the order in which it was found. Complete once `next`
     /// returned false.

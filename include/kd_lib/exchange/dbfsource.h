@@ -1,0 +1,53 @@
+/// \file
+/// Tables of dBase, FoxPro, Clipper and their like (.dbf).
+#pragma once
+
+#include <kd_lib/exchange/opensource.h>
+#include <kd_lib/exchange/source.h>
+#include <kd_lib/export.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kd_lib::exchange {
+
+/// A .dbf file of any kind: dBase II to IV and 7, FoxBASE, FoxPro 2, Visual FoxPro, Clipper. Texts are decoded by the
+/// code page that is asked for, else that of a .cpg file beside the table, else the header's. Memo texts come from the
+/// memo file beside the table.
+///
+/// What each type of field becomes:
+///
+///     C V M            text          C: without blanks and zero bytes at its end
+///     N F              number
+///     I + Y            integer, currency
+///     B O              float         B of dBase, 10 bytes long: bytes from the memo file
+///     L D T @          boolean, date, timestamp
+///     G P W Q, others  bytes
+///
+/// Bytes read at a time do not depend on the size of the file; of a memo file, the longest text is kept.
+class KD_LIB_EXPORT DbfSource : public Source {
+public:
+    /// Opens a table; "-" is standard input, which has no memo file beside it. Throws an `Error` where the file cannot
+    /// be opened, is not a table, or a memo file is named that cannot be read; an `OptionError` for options that do not
+    /// fit.
+    explicit DbfSource(const std::string& file, const SourceOptions& options = {});
+    ~DbfSource() override;
+
+    Origin origin(std::size_t column) const override;
+    void seek(std::uint64_t number) override;
+    void need(const std::vector<bool>& needed) override;
+    std::uint64_t position() const override;
+    std::optional<std::uint64_t> size() const override;
+
+private:
+    class Reader;
+
+    bool read() override;
+
+    std::unique_ptr<Reader> TheReader;
+};
+
+}  // namespace kd_lib::exchange

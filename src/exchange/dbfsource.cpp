@@ -1,0 +1,302 @@
+#include <kd_lib/exchange/dbfsource.h>
+
+#include "detail/columnchoice.h"
+#include "detail/dbflayout.h"
+#include "detail/dbfrecords.h"
+#include "detail/fieldform.h"
+#include "detail/inputfile.h"
+#include "detail/memofile.h"
+#include "detail/recorddecoder.h"
+#include "detail/tablecodepage.h"
+#include "detail/tablecolumns.h"
+#include "detail/wording.h"
+
+#include <kd_lib/exchange/codepage.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace kd_lib::exchange {
+
+namespace {
+
+void refuseOptionsOfText(const std::string& file, const SourceOptions& options)
+{
+    const SourceOptions defaults;
+    if (!options.FixedColumns.empty() || !options.Delimiter.empty() || options.Quote != defaults.Quote ||
+        !options.Header || options.Infer || options.Null) {
+        throw OptionError(file, "options of text files do not fit a .dbf file");
+    }
+}
+
+detail::DbfLayout layoutOf(detail::InputFile& file)
+{
+    detail::DbfLayout layout = detail::parseDbfHeader(detail::readDbfHeader(file));
+    if (layout.Fault) {
+        throw Error(file.path(), *layout.Fault);
+    }
+    return layout;
+}
+
+}  // namespace
+
+/// What an open table consists of.
+class DbfSource::Reader {
+public:
+    Reader(DbfSource& source, const SourceOptions& options);
+
+    bool read();
+    void seek(std::uint64_t number);
+    void need(const std::vector<bool>& needed);
+    Origin origin(std::size_t column) const;
+
+    detail::InputFile File;
+
+private:
+    std::vector<detail::WantedField> wantedFields() const;
+    void openMemo(const std::vector<detail::WantedField>& wanted);
+    bool isWanted(bool cut);
+    void giveRecord(Record& record);
+    void giveCutRecord(Record& record);
+    void tell();
+    void tellOfDeleted();
+
+    DbfSource& Of;
+    const SourceOptions Options;
+    const detail::DbfLayout Layout;
+    const detail::PageChoice PageWhy;
+    const CodePage Page;
+    const detail::TableColumns InFile;
+    const std::vector<detail::ChosenColumn> Chosen;
+    std::optional<detail::MemoFile> Memo;
+    std::optional<detail::RecordDecoder> Decoder;
+    detail::DbfRecords Records;
+    std::vector<std::size_t> Marks;  ///< columns that hold the deletion mark
+    std::uint64_t Deleted = 0;
+    bool Started = false;
+    bool ToldPage = false;
+    bool ToldMemo = false;
+    bool ToldDeleted = false;
+};
+
+DbfSource::Reader::Reader(DbfSource& source, const SourceOptions& options)
+    : File(source.file()), Of(source), Options(options), Layout(layoutOf(File)),
+      PageWhy(detail::chooseCodePage(source.file(), Layout, options.Encoding)), Page(PageWhy.Page),
+      InFile(detail::columnsOfTable(Layout, Page, !options.NoMemo)),
+      Chosen(detail::chooseColumns(source.file(), InFile.Columns, options)), Records(File, Layout)
+{
+    if (InFile.Columns.empty()) {
+        throw Error(source.file(), "there is no column but memos and null flags");
+    }
+    source.Columns = detail::columnsOf(InFile.Columns, Chosen);
+    source.Current.Cells.resize(source.Columns.size());
+    const std::vector<detail::WantedField> wanted = wantedFields();
+    openMemo(wanted);
+    Decoder.emplace(Layout, wanted, Page, Options.OnEncodingError, Memo ? &*Memo : nullptr);
+    need({});
+    for (const std::vector<Note>& some : {detail::layoutNotes(Layout), InFile.Notes}) {
+        for (const Note& one : some) {
+            source.note(one.Text, one.Loss);
+        }
+    }
+    tell();
+}
+
+std::vector<detail::WantedField> DbfSource::Reader::wantedFields() const
+{
+    std::vector<detail::WantedField> wanted;
+    for (std::size_t i = 0; i < Chosen.size(); ++i) {
+        if (!Chosen[i].isDeletionMark()) {
+            wanted.push_back({i, InFile.Fields[Chosen[i].Index], Chosen[i].Type});
+        }
+    }
+    return wanted;
+}
+
+/// Without a memo file the table can be read all the same: that it is missing is told once a value of it is met.
+void DbfSource::Reader::openMemo(const std::vector<detail::WantedField>& wanted)
+{
+    const bool any = std::ranges::any_of(wanted, [this](const detail::WantedField& one) {
+        return detail::isMemo(detail::formOf(Layout.Fields[one.Index], Layout));
+    });
+    if (!any) {
+        return;
+    }
+    std::optional<std::string> path = Options.MemoFile;
+    if (path->empty()) {
+        path = detail::findMemoFile(Of.file(), Layout);
+    }
+    if (path) {
+        Memo.emplace(*path, detail::memoKindOf(Layout, *path));
+    }
+}
+
+void DbfSource::Reader::need(const std::vector<bool>& needed)
+{
+    Decoder->need(needed);
+    Marks.clear();
+    for (std::size_t i = 0; i < Chosen.size(); ++i) {
+        if (Chosen[i].isDeletionMark() && (needed.empty() || needed[i])) {
+            Marks.push_back(i);
+        }
+    }
+    std::ranges::fill(Of.Current.Cells, Cell::null());
+}
+
+bool DbfSource::Reader::read()
+{
+    using Found = detail::DbfRecords::Found;
+    if (!Started) {
+        seek(1);
+    }
+    while (Records.number() < Options.Records.Last) {
+        const Found found = Records.next();
+        tell();
+        if (found == Found::End) {
+            break;
+        }
+        if (!isWanted(found == Found::CutRecord)) {
+            continue;
+        }
+        Record& record = Of.Current;
+        record.Number = Records.number();
+        record.Offset = Records.offset();
+        record.Deleted = Records.deleted();
+        if (found == Found::CutRecord) {
+            giveCutRecord(record);
+        } else {
+            giveRecord(record);
+        }
+        return true;
+    }
+    tellOfDeleted();
+    return false;
+}
+
+/// Counts the record that was taken. False: it does not come.
+bool DbfSource::Reader::isWanted(bool cut)
+{
+    if (Records.number() < Options.Records.First) {
+        return false;
+    }
+    ++Of.Read;
+    if (cut || !Records.deleted()) {
+        return true;
+    }
+    ++Deleted;
+    if (Options.Deleted != DeletedRecords::Skip) {
+        return true;
+    }
+    ++Of.LeftOut;
+    return false;
+}
+
+void DbfSource::Reader::giveRecord(Record& record)
+{
+    Decoder->decode(Records.bytes().data(), record);
+    for (const std::size_t mark : Marks) {
+        record.Cells[mark] = Cell::boolean(record.Deleted);
+    }
+    if (Decoder->metHighByte() || Decoder->metMissingMemo()) {
+        tell();
+    }
+}
+
+void DbfSource::Reader::giveCutRecord(Record& record)
+{
+    std::ranges::fill(record.Cells, Cell::unreadable());
+    record.Flaws.push_back({0, FlawKind::RecordCut,
+                            "the file ends within the record, after " + std::to_string(Records.bytes().size()) +
+                                " of " + detail::count(Layout.RecordLength, "byte")});
+}
+
+/// What was met since it was called last.
+void DbfSource::Reader::tell()
+{
+    if (Records.hasNotes()) {
+        for (const Note& one : Records.takeNotes()) {
+            Of.note(one.Text, one.Loss);
+        }
+    }
+    if (!ToldPage && (InFile.HighBytes || Decoder->metHighByte())) {
+        ToldPage = true;
+        Of.note("code page " + Page.name() + ": " + PageWhy.Reason);
+    }
+    if (!ToldMemo && Decoder->metMissingMemo()) {
+        ToldMemo = true;
+        Of.note(Of.file() == "-" ? std::string("no memo file is beside standard input; its values cannot be read")
+                                 : "memo file " + detail::likelyMemoFile(Of.file(), Layout) +
+                                       " is missing; its values cannot be read",
+                true);
+    }
+}
+
+void DbfSource::Reader::tellOfDeleted()
+{
+    if (ToldDeleted || Deleted == 0 || Options.Deleted == DeletedRecords::Mark) {
+        return;
+    }
+    ToldDeleted = true;
+    const bool skipped = Options.Deleted == DeletedRecords::Skip;
+    Of.note(detail::count(Deleted, "deleted record") + (skipped ? " left out" : " kept"));
+}
+
+void DbfSource::Reader::seek(std::uint64_t number)
+{
+    Started = true;
+    number = std::max({number, Options.Records.First, std::uint64_t{1}});
+    if (number != Records.number() + 1) {
+        Records.goTo(number);
+    }
+}
+
+Source::Origin DbfSource::Reader::origin(std::size_t column) const
+{
+    const std::string_view bytes = Records.bytes();
+    if (Chosen[column].isDeletionMark()) {
+        return {Records.offset(), bytes.substr(0, 1)};
+    }
+    const detail::DbfField& field = Layout.Fields[InFile.Fields[Chosen[column].Index]];
+    return {Records.offset() + field.Offset,
+            bytes.substr(std::min<std::size_t>(field.Offset, bytes.size()), field.Length)};
+}
+
+DbfSource::DbfSource(const std::string& file, const SourceOptions& options) : Source(file)
+{
+    refuseOptionsOfText(file, options);
+    TheReader = std::make_unique<Reader>(*this, options);
+}
+
+DbfSource::~DbfSource() = default;
+
+bool DbfSource::read()
+{
+    return TheReader->read();
+}
+
+Source::Origin DbfSource::origin(std::size_t column) const
+{
+    return TheReader->origin(column);
+}
+
+void DbfSource::seek(std::uint64_t number)
+{
+    TheReader->seek(number);
+}
+
+void DbfSource::need(const std::vector<bool>& needed)
+{
+    TheReader->need(needed);
+}
+
+std::uint64_t DbfSource::position() const
+{
+    return TheReader->File.position();
+}
+
+std::optional<std::uint64_t> DbfSource::size() const
+{
+    return TheReader->File.size();
+}
+
+}  // namespace kd_lib::exchange

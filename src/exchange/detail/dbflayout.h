@@ -1,0 +1,72 @@
+/// \file
+/// The header of a .dbf file: what the table is, and where its fields are.
+#pragma once
+
+#include "../../formats/dbfheader.h"
+
+#include <kd_lib/exchange/error.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kd_lib::exchange::detail {
+
+class InputFile;
+
+/// One field as the header describes it.
+struct DbfField {
+    std::string Name;  ///< the bytes, in the table's code page
+    char Letter = 0;
+    std::uint32_t Length = 0;
+    std::uint32_t Offset = 0;  ///< of the field in the record; the deletion mark is at 0
+    std::uint8_t Decimals = 0;
+    std::uint8_t Flags = 0;        ///< Visual FoxPro's
+    std::size_t DescriptorAt = 0;  ///< byte in the file
+};
+
+/// The header, checked: the fields lie in the record.
+struct DbfLayout {
+    std::uint8_t Version = 0;
+    const formats::DbfVersion* Known = nullptr;  ///< null: the version byte is not known
+    formats::DbfFamily Family = formats::DbfFamily::DBase3;
+    bool FoxFlags = false;  ///< the descriptors have Visual FoxPro's flags
+
+    int Year = 0;  ///< of the last change, four digits
+    int Month = 0;
+    int Day = 0;
+    std::uint64_t RecordCount = 0;  ///< as the header says
+    std::uint32_t HeaderLength = 0;
+    std::uint32_t RecordLength = 0;
+    std::uint8_t Flags = 0;
+    std::uint8_t LanguageByte = 0;
+    std::string Driver;  ///< dBase 7's language driver
+    bool Encrypted = false;
+    bool InTransaction = false;
+
+    std::vector<DbfField> Fields;
+    std::size_t FieldsEnd = 0;       ///< byte after the last descriptor
+    bool FieldsEndMarked = false;    ///< the end mark is there
+    std::uint32_t FieldsLength = 0;  ///< sum of the fields and the deletion mark
+
+    /// Why the table cannot be read; nothing for a sound one.
+    std::optional<std::string> Fault;
+};
+
+/// Reads the header's bytes from the beginning of a file: all of them, or those that the file has.
+std::string readDbfHeader(InputFile& file);
+
+/// Finds out what the bytes of a header say. `fileSize` is that of the whole file, where it is known.
+/// Where they make no table, `Fault` is set, and what was found until then is there.
+DbfLayout parseDbfHeader(std::string_view bytes);
+
+/// What there is to say about a table that can be read though its header is odd.
+std::vector<Note> layoutNotes(const DbfLayout& layout);
+
+/// The field of the null flags; a null pointer where the table has none.
+const DbfField* nullFlagsOf(const DbfLayout& layout);
+
+}  // namespace kd_lib::exchange::detail

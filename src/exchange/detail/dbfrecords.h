@@ -1,0 +1,77 @@
+/// \file
+/// The records of a .dbf file, one after another, also where its header is wrong about them.
+#pragma once
+
+#include "dbflayout.h"
+#include "inputfile.h"
+#include "recordblocks.h"
+
+#include <kd_lib/exchange/error.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kd_lib::exchange::detail {
+
+/// Walks over the records. The end is where the records end, not where the header's count says: at the end mark, or
+/// at the end of the file.
+class DbfRecords {
+public:
+    /// The file is at the first record: its header was read.
+    DbfRecords(InputFile& file, const DbfLayout& layout);
+
+    enum class Found : std::uint8_t {
+        Record,
+        CutRecord,  ///< the file ends within this last record
+        End
+    };
+
+    /// Takes the next record.
+    Found next();
+
+    std::string_view bytes() const { return Bytes; }  ///< of the record, from its deletion mark on
+    std::uint64_t number() const { return Number; }   ///< of the record, from 1; 0 before the first
+    std::uint64_t offset() const { return Offset; }   ///< of the record in the file
+    bool deleted() const { return Bytes.front() == formats::deletedMark; }
+
+    /// Lets `next` take the record of this number, or meet the end. On standard input this reads on; an `Error` where
+    /// the record is gone.
+    void goTo(std::uint64_t number);
+
+    /// Whether there is something to say, and what.
+    bool hasNotes() const { return !Notes.empty(); }
+    std::vector<Note> takeNotes() { return std::exchange(Notes, {}); }
+
+private:
+    Found end(std::string_view rest);
+    bool isRecord(char mark);
+    bool recordFollows();
+    void noteMark(char mark);
+    void noteEnd(std::string_view rest, bool cut);
+    bool countIsRight();
+    std::uint64_t lastRecord();
+    void stepTo(std::uint64_t number);
+
+    InputFile& File;
+    RecordBlocks Blocks;
+    std::uint64_t Count;
+    std::uint32_t Length;
+    std::uint64_t First;  ///< byte of the first record
+
+    std::string_view Bytes;
+    std::uint64_t Number = 0;
+    std::uint64_t Offset = 0;
+    bool AtEnd = false;
+
+    std::optional<std::uint64_t> Last;  ///< number of the last record, once it was needed
+    std::vector<Note> Notes;
+    bool Silent = false;
+    bool NotedMark = false;
+    bool NotedEnd = false;
+};
+
+}  // namespace kd_lib::exchange::detail

@@ -1,0 +1,88 @@
+/// \file
+/// From the bytes of a .dbf record to its cells.
+#pragma once
+
+#include "binaryvalues.h"
+#include "fieldform.h"
+#include "memofile.h"
+
+#include <kd_lib/exchange/codepage.h>
+#include <kd_lib/exchange/error.h>
+#include <kd_lib/exchange/record.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kd_lib::exchange::detail {
+
+/// A field that is to become a column.
+struct WantedField {
+    std::size_t Column = 0;          ///< index of its cell in the record
+    std::size_t Index = 0;           ///< of the layout's fields
+    std::optional<ColumnType> Type;  ///< the type asked for, unless it is the field's own
+};
+
+/// Knows of each column how its field is read. Nothing is allocated for a record, but where values have become longer
+/// than all before.
+class RecordDecoder {
+public:
+    /// `page` and `memo` (which may be null: there is none) must live as long.
+    RecordDecoder(const DbfLayout& layout, const std::vector<WantedField>& wanted, const CodePage& page,
+                  EncodingErrors onError, MemoFile* memo);
+
+    /// Only these columns are read from now on; the cells of the others are null.
+    void need(const std::vector<bool>& needed);
+
+    /// Fills the cells of the wanted fields, and the record's flaws. `bytes` begin with the
+    /// deletion mark; around them there is `RecordBlocks::slack`. The cells view them, or memory of this object.
+    void decode(const char* bytes, Record& record);
+
+    bool metHighByte() const { return MetHighByte; }        ///< a text had a byte above 127
+    bool metMissingMemo() const { return MetMissingMemo; }  ///< a pointer was set though there is no memo file
+
+private:
+    struct Field {
+        std::size_t Column = 0;  ///< index of its cell in the record
+        FieldForm Form = FieldForm::Unknown;
+        std::uint32_t Offset = 0;
+        std::uint32_t Length = 0;
+        NullBits Bits;
+        std::optional<ColumnType> Type;  ///< to convert the cells to
+        Digits Number;                   ///< memory for numbers
+        std::string Text;                ///< memory for texts
+        std::string Memo;                ///< memory for the bytes of a memo
+        std::string Conversion;          ///< memory for what conversions make
+    };
+
+    bool decodeUsual(const Field& field, const char* bytes, bool ascii, Cell& cell) const;
+    void decodeOther(Field& field, const char* record, Record& to);
+    void convertCell(Field& field, std::string_view bytes, Record& to);
+    bool isSet(const char* record, int bit) const;
+
+    void setText(Field& field, std::string_view bytes, Record& to);
+    void setVarying(Field& field, const char* record, Record& to);
+    void setMemo(Field& field, std::string_view pointer, Record& to);
+    void setBinary(Field& field, const char* bytes, Record& to);
+    static void set(const Field& field, const Converted& converted, Record& to);
+
+    const CodePage& Page;
+    EncodingErrors OnError;
+    MemoFile* Memo;
+    std::uint32_t RecordLength;
+    std::uint32_t NullFlagsAt = 0;
+    std::uint32_t NullFlagsLength = 0;
+    std::vector<Field> Fields;
+    std::vector<Field*> Needed;
+    bool MetHighByte = false;
+    bool MetMissingMemo = false;
+};
+
+/// The number of a memo block in a pointer field: 0 for none; nothing where it is no number.
+std::optional<std::uint64_t> memoPointer(std::string_view field);
+
+}  // namespace kd_lib::exchange::detail

@@ -1,0 +1,25 @@
+/// \file
+/// The bytes of a .mem file: variables one after another, each a header and its value, then one end mark.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kd_lib::formats::memfile {
+
+constexpr std::size_t entrySize = 32;
+constexpr std::size_t nameAt = 0;
+constexpr std::size_t nameWidth = 11;
+constexpr std::size_t typeAt = 11;        ///< C, N, D or L; dBase III and Clipper add `highBit`, FoxPro does not
+constexpr std::size_t lengthAt = 16;      ///< C: the value's length, low byte; N: characters for display
+constexpr std::size_t highLengthAt = 17;  ///< C: the length's high byte; N: decimals for display
+constexpr std::uint8_t highBit = 0x80;
+constexpr char fileEnd = 0x1A;
+
+constexpr std::size_t numberSize = 8;  ///< of N, a double, little-endian; and of D, which holds a Julian day
+constexpr std::size_t logicalSize = 1;
+
+/// FoxPro: the type is a small letter where a name of more than ten letters follows the header.
+constexpr std::size_t longNameLengthSize = 2;  ///< its length, little-endian, then the name
+
+}  // namespace kd_lib::formats::memfile
