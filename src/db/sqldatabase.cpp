@@ -15,7 +15,8 @@ namespace kd_lib {
 
 namespace {
 
-constexpr std::size_t scriptBlockSize = 65536;
+/// The standard stream keeps one byte of its buffer to itself, so that it reads whole pages.
+constexpr std::size_t scriptBlockSize = 65536 + 1;
 
 bool contains(const std::string& text, const char* piece)
 {
@@ -191,13 +192,17 @@ bool SqlDatabase::importSqlFile(const std::string& path)
         return false;
     }
     message(detail::messages::executingScript + expanded);
-    std::ifstream file(expanded);
-    std::string buffer(scriptBlockSize, '\0');
+    std::string streamBuffer(scriptBlockSize, '\0');
+    std::ifstream file;
+    file.rdbuf()->pubsetbuf(streamBuffer.data(), static_cast<std::streamsize>(streamBuffer.size()));
+    file.open(expanded);
+    std::string come(scriptBlockSize, '\0');
     detail::ScriptSplitter splitter;
     bool stopped = false;
-    while (!stopped && file) {
-        file.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
-        std::string_view block(buffer.data(), static_cast<std::size_t>(file.gcount()));
+    // What has come is run before more is waited for: the script may be a pipe.
+    while (!stopped && file.peek() != std::ifstream::traits_type::eof()) {
+        const auto size = file.readsome(come.data(), static_cast<std::streamsize>(come.size()));
+        std::string_view block(come.data(), static_cast<std::size_t>(size));
         while (!stopped && splitter.next(block)) {
             stopped = !runScriptStatement(splitter.statement());
         }
