@@ -52,7 +52,6 @@ public:
     void writeScript(std::ostream& out);
 
 private:
-    KD_LIB_LOCAL std::string insertLead() const;
     KD_LIB_LOCAL bool openWithHeader();
     KD_LIB_LOCAL void writeRecords(std::ostream& out);
 };

@@ -1,14 +1,18 @@
 #include <kd_lib/xbase2sql.h>
 
 #include "detail/appendliterals.h"
+#include "detail/bytes.h"
 #include "detail/messages.h"
 
 #include <kd_lib/console.h>
 #include <kd_lib/path.h>
 #include <kd_lib/sqlliteral.h>
 
+#include <algorithm>
 #include <fstream>
+#include <typeinfo>
 #include <utility>
+#include <vector>
 
 namespace kd_lib {
 
@@ -28,9 +32,51 @@ void appendNames(std::string& sql, const TableFields& fields, const char* before
     }
 }
 
-void appendInsert(detail::TextBuffer& sql, const std::string& lead, const TableFields& fields)
+/// The beginning of an INSERT, up to its values. Kept from record to record, and made again when a name is another
+/// one: between two records, a derived class may change them.
+class InsertLead {
+public:
+    InsertLead(const std::string& table, const TableFields& fields) { make(table, fields); }
+
+    const std::string& text() const { return Text; }
+
+    void follow(const std::string& table, const TableFields& fields)
+    {
+        if (!isOf(table, fields)) {
+            make(table, fields);
+        }
+    }
+
+private:
+    bool isOf(const std::string& table, const TableFields& fields) const
+    {
+        const auto isName = [](const std::string& name, const TableField* field) {
+            return detail::sameBytes(name, field->Name);
+        };
+        return detail::sameBytes(Table, table) &&
+               std::equal(Names.begin(), Names.end(), fields.List.begin(), fields.List.end(), isName);
+    }
+
+    void make(const std::string& table, const TableFields& fields)
+    {
+        Table = table;
+        Names.clear();
+        for (const TableField* field : fields.List) {
+            Names.push_back(field->Name);
+        }
+        Text = "INSERT INTO " + stringToLower(table) + "(";
+        appendNames(Text, fields, "");
+        Text += ") \n VALUES (";
+    }
+
+    std::string Table;
+    std::vector<std::string> Names;
+    std::string Text;
+};
+
+void appendInsert(detail::TextBuffer& sql, const InsertLead& lead, const TableFields& fields)
 {
-    sql.append(lead);
+    sql.append(lead.text());
     detail::appendLiterals(sql, fields.List);
     sql.append(");\n");
 }
@@ -140,23 +186,20 @@ std::string xBase2Sql::prepareInsert(const std::string& dialect)
 std::string xBase2Sql::insert()
 {
     detail::TextBuffer sql;
-    appendInsert(sql, insertLead(), Fields);
+    appendInsert(sql, InsertLead(Name, Fields), Fields);
     return std::string(sql.text());
-}
-
-std::string xBase2Sql::insertLead() const
-{
-    std::string sql = "INSERT INTO " + stringToLower(Name) + "(";
-    appendNames(sql, Fields, "");
-    return sql + ") \n VALUES (";
 }
 
 void xBase2Sql::writeRecords(std::ostream& out)
 {
-    const std::string lead = insertLead();
+    InsertLead lead(Name, Fields);
+    const bool mayBeRenamed = typeid(*this) != typeid(xBase2Sql);
     StatementWriter writer(out);
     firstRecord();
     while (out && fetchRecord()) {
+        if (mayBeRenamed) {
+            lead.follow(Name, Fields);
+        }
         appendInsert(writer.Block, lead, Fields);
         writer.statementEnds();
     }

@@ -15,6 +15,7 @@
 #include <streambuf>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 using kd_lib::xBase2Sql;
@@ -598,6 +599,64 @@ TEST(xBase2SqlConvert, RecordsComeThroughTheVirtualFetchRecord)
     EXPECT_EQ("DROP TABLE IF EXISTS t;\nCREATE TABLE IF NOT EXISTS t (\na char(9)\n);\n"
               "INSERT INTO t(a) \n VALUES ('invented1');\nINSERT INTO t(a) \n VALUES ('invented2');\n",
               readFile(directory.file("t.sql")));
+}
+
+TEST(xBase2SqlConvert, EveryRecordIsWrittenWithTheNamesOfItsMoment)
+{
+    class Renaming : public xBase2Sql {
+    public:
+        using xBase2Sql::xBase2Sql;
+        bool fetchRecord() override
+        {
+            // Each record was written when the next one is asked for.
+            Inserts += Fetched > 0 ? insert() : "";
+            if (!xBase2Sql::fetchRecord()) {
+                return false;
+            }
+            rename(++Fetched);
+            return true;
+        }
+        void rename(int record)
+        {
+            std::string& first = Fields.get(0UL)->Name;
+            std::string& second = Fields.get(1UL)->Name;
+            switch (record % 8) {
+            case 1:
+                first.back() = 'X';
+                break;
+            case 2:
+                second = "a longer name of a column, " + std::to_string(record);
+                break;
+            case 3:
+                second[26] = '#';
+                break;
+            case 4:
+                Name = "Other" + std::to_string(record);
+                break;
+            case 5:
+                Fields.add("third");
+                break;
+            case 6:
+                std::swap(first, second);
+                break;
+            default:
+                break;
+            }
+        }
+        int Fetched = 0;
+        std::string Inserts;
+    };
+    DbfBuilder builder = twoColumns();
+    for (int i = 0; i < 40; ++i) {
+        builder.record({"r" + std::to_string(i), "19990102"});
+    }
+    Opened<Renaming> file(builder.bytes());
+    file.table.getFieldList();
+    const std::string definition = file.table.createTable(true);
+    std::ostringstream out;
+    file.table.writeScript(out);
+    EXPECT_EQ(40, file.table.Fetched);
+    EXPECT_EQ(definition + file.table.Inserts, out.str());
 }
 
 TEST(xBase2SqlConvert, ShortDateLetsTheStandardExceptionPassBehindTheWholeStatementsBeforeIt)

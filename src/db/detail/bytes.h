@@ -1,8 +1,11 @@
 /// \file
-/// Copying the few bytes of a value without a call.
+/// Copying and comparing the few bytes of a value without a call.
 #pragma once
 
+#include <kd_lib/detail/words.h>
+
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -48,6 +51,36 @@ inline char* copyBytes(char* to, std::string_view text)
         copyFewBytes(to, from, count);
     }
     return to + count;
+}
+
+/// Whether `count` bytes are the same at both places; `Width` <= count <= 2 * `Width`.
+template <class Width>
+bool sameAtBothEnds(const char* a, const char* b, std::size_t count)
+{
+    const std::size_t last = count - sizeof(Width);
+    return valueAt<Width>(a) == valueAt<Width>(b) && valueAt<Width>(a + last) == valueAt<Width>(b + last);
+}
+
+/// Whether the texts are equal. Inline, where a comparison would be a call.
+inline bool sameBytes(std::string_view a, std::string_view b)
+{
+    const std::size_t count = a.size();
+    if (count != b.size()) {
+        return false;
+    }
+    if (count > 2 * wordSize) {
+        return std::memcmp(a.data(), b.data(), count) == 0;
+    }
+    if (count >= wordSize) {
+        return sameAtBothEnds<Word>(a.data(), b.data(), count);
+    }
+    if (count >= halfWordSize) {
+        return sameAtBothEnds<HalfWord>(a.data(), b.data(), count);
+    }
+    if (count >= sizeof(std::uint16_t)) {
+        return sameAtBothEnds<std::uint16_t>(a.data(), b.data(), count);
+    }
+    return count == 0 || a.front() == b.front();
 }
 
 /// `value` becomes `text`, which lies outside of it. Inline, where an assignment would be a call.

@@ -39,3 +39,17 @@ TEST(Bytes, AShorterValueKeepsItsMemory)
     replaceValue(value, "short");
     EXPECT_EQ(value.data(), before);
 }
+
+TEST(Bytes, TextsOfEverySizeAreTheSameOrDifferInOneByte)
+{
+    for (std::size_t size = 0; size <= 70; ++size) {
+        const std::string text(size, 'a');
+        EXPECT_TRUE(sameBytes(text, std::string(text))) << size;
+        EXPECT_FALSE(sameBytes(text, text + "a")) << size;
+        for (std::size_t i = 0; i < size; ++i) {
+            std::string other = text;
+            other[i] = 'b';
+            EXPECT_FALSE(sameBytes(text, other)) << size << ' ' << i;
+        }
+    }
+}
