@@ -6,13 +6,27 @@ set(kd_config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kd_lib)
 set(kd_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 set(kd_generated ${kd_lib_BINARY_DIR}/package)
 
-# The libraries and their headers
-set(kd_libraries kd_udf kd_db kd_exchange)
-foreach(library IN LISTS kd_libraries)
-    install(TARGETS ${library} EXPORT kd_libTargets
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${library} NAMELINK_COMPONENT development
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
-        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+# pkg-config: the prefix is found from the place of the file itself.
+file(RELATIVE_PATH kd_prefix_from_pc /prefix/${kd_pkgconfig_dir} /prefix)
+string(REGEX REPLACE "/$" "" kd_prefix_from_pc ${kd_prefix_from_pc})
+
+# The libraries, their headers and pkg-config files
+function(kd_install_library library export development)
+    install(TARGETS ${library} EXPORT ${export}
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${library} NAMELINK_COMPONENT ${development}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${development}
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT ${development})
+    configure_file(${CMAKE_CURRENT_FUNCTION_LIST_DIR}/${library}.pc.in ${kd_generated}/${library}.pc @ONLY)
+    install(FILES ${kd_generated}/${library}.pc DESTINATION ${kd_pkgconfig_dir} COMPONENT ${development})
+endfunction()
+foreach(library IN ITEMS kd_udf kd_db kd_exchange)
+    kd_install_library(${library} kd_libTargets development)
+endforeach()
+# Each in files of its own: who uses the others needs neither them nor their client libraries.
+foreach(library IN LISTS kd_server_libraries)
+    kd_install_library(${library} ${library}Targets ${library}_development)
+    install(EXPORT ${library}Targets NAMESPACE kd_lib:: DESTINATION ${kd_config_dir}
+        COMPONENT ${library}_development)
 endforeach()
 
 # find_package(kd_lib CONFIG)
@@ -23,14 +37,6 @@ write_basic_package_version_file(${kd_generated}/kd_libConfigVersion.cmake COMPA
 install(FILES ${kd_generated}/kd_libConfig.cmake ${kd_generated}/kd_libConfigVersion.cmake
     ${CMAKE_CURRENT_LIST_DIR}/FindUtf8proc.cmake
     DESTINATION ${kd_config_dir} COMPONENT development)
-
-# pkg-config: the prefix is found from the place of the file itself.
-file(RELATIVE_PATH kd_prefix_from_pc /prefix/${kd_pkgconfig_dir} /prefix)
-string(REGEX REPLACE "/$" "" kd_prefix_from_pc ${kd_prefix_from_pc})
-foreach(library IN LISTS kd_libraries)
-    configure_file(${CMAKE_CURRENT_LIST_DIR}/${library}.pc.in ${kd_generated}/${library}.pc @ONLY)
-    install(FILES ${kd_generated}/${library}.pc DESTINATION ${kd_pkgconfig_dir} COMPONENT development)
-endforeach()
 
 option(KD_PACKAGES "Lay the files down as in Debian's packages; tools/dev/packages makes these" OFF)
 if(KD_PACKAGES)

@@ -17,7 +17,8 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
-    ${kd_lib_BINARY_DIR}/src/udf ${kd_lib_BINARY_DIR}/src/db ${kd_lib_BINARY_DIR}/src/exchange)
+    ${kd_lib_BINARY_DIR}/src/udf ${kd_lib_BINARY_DIR}/src/db ${kd_lib_BINARY_DIR}/src/exchange
+    ${kd_lib_BINARY_DIR}/src/postgresql ${kd_lib_BINARY_DIR}/src/mariadb)
 
 # kd_package(COMPONENT NAME SECTION SUMMARY DESCRIPTION [DEPENDS...])
 set(CPACK_COMPONENTS_ALL)
@@ -64,9 +65,25 @@ kd_package(kd_exchange libkd-exchange${kd_lib_VERSION_MAJOR} libs "tables carrie
 kd_package(development libkd-db-dev libdevel "table access for console programs (development files)"
     "Headers, CMake package and pkg-config files for programs that use libkd_db\nor libkd_exchange."
     "libkd-exchange1 ${kd_same}" "libkd-db1 ${kd_same}" "libkd-udf1 ${kd_same}")
+set(kd_server_titles PostgreSQL MariaDB)
+set(kd_server_clients libpq-dev libmariadb-dev)
+set(kd_below_servers "libkd-exchange1 ${kd_same}" "libkd-db1 ${kd_same}" "libkd-udf1 ${kd_same}")
+set(kd_server_packages)
+foreach(server client IN ZIP_LISTS kd_server_titles kd_server_clients)
+    string(TOLOWER ${server} name)
+    if(NOT kd_${name} IN_LIST kd_server_libraries)
+        continue()
+    endif()
+    kd_package(kd_${name} libkd-${name}${kd_lib_VERSION_MAJOR} libs "table access for console programs (${server})"
+        "Queries ${server} servers and loads tables into them." ${kd_below_servers})
+    kd_package(kd_${name}_development libkd-${name}-dev libdevel "table access for ${server} (development files)"
+        "Header, CMake targets and pkg-config file for programs that use\nlibkd_${name}."
+        "libkd-${name}1 ${kd_same}" "libkd-db-dev ${kd_same}" ${client})
+    list(APPEND kd_server_packages "libkd-${name}1 ${kd_same}")
+endforeach()
 kd_package(program kd-db database "shows, converts and loads xBase and text tables"
     "Lists xBase and text tables, turns them into SQL scripts, loads them into\nSQLite databases and prints the answers of queries."
-    "libkd-exchange1 ${kd_same}" "libkd-db1 ${kd_same}" "libkd-udf1 ${kd_same}")
+    ${kd_server_packages} "libkd-exchange1 ${kd_same}" "libkd-db1 ${kd_same}" "libkd-udf1 ${kd_same}")
 kd_package(documentation kd-db-doc doc "table access for console programs (documents)"
     "Guides to the library libkd_db and its file formats, and examples.")
 

@@ -9,8 +9,8 @@ folders once the owner, a process too, has ended in whatever way. The server in 
         with server.database() as name:             # a database of this block
             server.uri(name)
 
-Tests that ctest runs share one pair of servers, a CTest fixture; `shared()` gives these to a Python test. Other programs
-are started through this file:
+Tests that ctest runs share one pair of servers, a CTest fixture; `shared()` gives these to a Python test. Other
+programs are started through this file:
 
     servers.py start FILE       starts a pair that ends with the process that called, and describes it in FILE
     servers.py stop FILE        ends it
@@ -37,7 +37,8 @@ import time
 import urllib.parse
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
-PROGRAMS = TOP / 'build' / 'server-programs'  # where ./test unpacks what it does not install
+# Where ./test unpacks what it does not install
+PROGRAMS = pathlib.Path(os.environ.get('KD_SERVER_PROGRAMS') or TOP / 'build' / 'server-programs')
 READY_WITHIN = 120  # seconds, as on a busy machine
 STOP_WITHIN = 60
 ACCOUNT = 'nobody'  # PostgreSQL refuses to run with root's rights
@@ -83,8 +84,8 @@ def _give(path):
 
 
 class Server:
-    """What both servers have in common. `folder`: an empty one for the data, instead of a new one; `tcp`: listens on the loopback too;
-    `options`: words for the server's command line; `owner`: the process that it ends with."""
+    """What both servers have in common. `folder`: an empty one for the data, instead of a new one; `tcp`: listens on
+    the loopback too; `options`: words for the server's command line; `owner`: the process that it ends with."""
 
     SETTINGS = ('folder', 'sockets', 'port', 'password', 'options', 'owner')
 
@@ -225,8 +226,8 @@ class Server:
 
     def execute(self, sql, database=None, **settings):
         """Runs statements by the server's own client program; the rows are lists of texts."""
-        done = subprocess.run(self.client(database, **settings), input=sql, env=self._environment(), capture_output=True,
-                              text=True, encoding='utf-8', check=False)
+        done = subprocess.run(self.client(database, **settings), input=sql, env=self._environment(),
+                              capture_output=True, text=True, encoding='utf-8', check=False)
         if done.returncode != 0:
             raise ServerError(f'{self.KIND}: {done.stderr.strip()}')
         return self._rows(done.stdout)
@@ -273,7 +274,9 @@ class PostgreSQL(Server):
 
     def _serving(self):
         rules = pathlib.Path(self.sockets) / 'hba.conf'
-        rules.write_text('local all postgres trust\nlocal all all scram-sha-256\nhost all all 127.0.0.1/32 scram-sha-256\n')
+        rules.write_text('local all postgres trust\n'
+                         'local all all scram-sha-256\n'
+                         'host all all 127.0.0.1/32 scram-sha-256\n')
         _give(rules)
         settings = {'unix_socket_directories': self.sockets, 'hba_file': rules, 'port': self.port or 5432,
                     'listen_addresses': '127.0.0.1' if self.port else '', 'fsync': 'off', 'full_page_writes': 'off',
@@ -283,8 +286,9 @@ class PostgreSQL(Server):
                 *(word for name, value in settings.items() for word in ('-c', f'{name}={value}'))]
 
     def client(self, database=None, **_):
-        return [f'{self._programs()}/psql', '-h', self.sockets, '-p', str(self.port or 5432), '-U', 'postgres', '-X', '-q',
-                '-A', '-t', '-F', '\x1f', '-R', '\x1e', '-v', 'ON_ERROR_STOP=1', '-d', database or 'postgres', '-f', '-']
+        return [f'{self._programs()}/psql', '-h', self.sockets, '-p', str(self.port or 5432), '-U', 'postgres',
+                '-d', database or 'postgres', '-X', '-q', '-A', '-t', '-F', '\x1f', '-R', '\x1e',
+                '-v', 'ON_ERROR_STOP=1', '-f', '-']
 
     @staticmethod
     def _rows(output):
@@ -340,8 +344,9 @@ class MariaDB(Server):
         return folder
 
     def client(self, database=None, **settings):
-        return ['mariadb', '--no-defaults', f'--socket={self.socket()}', '-u', 'root', '--default-character-set=utf8mb4',
-                '-N', '-B', *(f'--{name.replace("_", "-")}={value}' for name, value in settings.items()),
+        return ['mariadb', '--no-defaults', f'--socket={self.socket()}', '-u', 'root', '-N', '-B',
+                '--default-character-set=utf8mb4',
+                *(f'--{name.replace("_", "-")}={value}' for name, value in settings.items()),
                 *([database] if database else [])]
 
     @staticmethod

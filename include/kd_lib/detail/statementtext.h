@@ -1,0 +1,33 @@
+/// \file
+/// The parameters of an SQL statement, in the form that a server takes.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kd_lib::detail {
+
+/// What quotes, comments and parameters look like.
+enum class SqlForm {
+    PostgreSql,  ///< parameters $1, $2; nested comments; $tag$ quotes; backquotes become double quotes
+    MariaDb      ///< each parameter is a ?; comments by # too; both quotes hold texts
+};
+
+/// A statement with its parameters. They are numbered from 1 by first appearance; ":name" twice is one parameter,
+/// each "?" of MariaDB one of its own.
+struct StatementText {
+    std::string Sql;                       ///< what the server takes
+    std::vector<std::string> Names;        ///< one for each parameter, ":" included; empty: it has a number only
+    std::vector<std::size_t> Occurrences;  ///< MariaDB: for each "?" of `Sql`, the index of its parameter
+
+    /// The number of the parameter of this name; 0 where there is none.
+    int number(std::string_view name) const;
+};
+
+/// Finds the parameters. Nothing inside quotes and comments is one, nor is what follows "::" or stands in square
+/// brackets. `backslashes`: inside plain single quotes (MariaDB: both kinds) a backslash takes the next byte with it.
+StatementText readStatement(std::string_view sql, SqlForm form, bool backslashes);
+
+}  // namespace kd_lib::detail

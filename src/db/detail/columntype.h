@@ -1,0 +1,18 @@
+/// \file
+/// The words that servers use for the types of columns.
+#pragma once
+
+#include <kd_lib/tablefield.h>
+
+#include <string>
+
+namespace kd_lib::detail {
+
+/// The type that a server's words mean, in upper case: "VARCHAR(20)", "BIGINT(20) UNSIGNED", "DOUBLE PRECISION". The
+/// type unknown for words of neither server.
+FIELD_TYPE serverType(const std::string& words);
+
+/// A column of that name and type, with the length and decimals that stand in round brackets behind the first word.
+TableField serverColumn(const std::string& name, FIELD_TYPE type, const std::string& words);
+
+}  // namespace kd_lib::detail
