@@ -1,6 +1,7 @@
 #include <kd_lib/exchange/dbfsource.h>
 
 #include "detail/columnchoice.h"
+#include "detail/dbffacts.h"
 #include "detail/dbflayout.h"
 #include "detail/dbfrecords.h"
 #include "detail/fieldform.h"
@@ -14,6 +15,7 @@
 #include <kd_lib/exchange/codepage.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace kd_lib::exchange {
@@ -49,12 +51,14 @@ public:
     void seek(std::uint64_t number);
     void need(const std::vector<bool>& needed);
     Origin origin(std::size_t column) const;
+    std::vector<Fact> facts() const;
 
     detail::InputFile File;
 
 private:
     std::vector<detail::WantedField> wantedFields() const;
     void openMemo(const std::vector<detail::WantedField>& wanted);
+    std::string missingMemo() const;
     bool isWanted(bool cut);
     void giveRecord(Record& record);
     void giveCutRecord(Record& record);
@@ -68,6 +72,7 @@ private:
     const CodePage Page;
     const detail::TableColumns InFile;
     const std::vector<detail::ChosenColumn> Chosen;
+    bool HasMemos = false;
     std::optional<detail::MemoFile> Memo;
     std::optional<detail::RecordDecoder> Decoder;
     detail::DbfRecords Records;
@@ -116,10 +121,10 @@ std::vector<detail::WantedField> DbfSource::Reader::wantedFields() const
 /// Without a memo file the table can be read all the same: that it is missing is told once a value of it is met.
 void DbfSource::Reader::openMemo(const std::vector<detail::WantedField>& wanted)
 {
-    const bool any = std::ranges::any_of(wanted, [this](const detail::WantedField& one) {
+    HasMemos = std::ranges::any_of(wanted, [this](const detail::WantedField& one) {
         return detail::isMemo(detail::formOf(Layout.Fields[one.Index], Layout));
     });
-    if (!any) {
+    if (!HasMemos) {
         return;
     }
     std::optional<std::string> path = Options.MemoFile;
@@ -224,11 +229,26 @@ void DbfSource::Reader::tell()
     }
     if (!ToldMemo && Decoder->metMissingMemo()) {
         ToldMemo = true;
-        Of.note(Of.file() == "-" ? std::string("no memo file is beside standard input; its values cannot be read")
-                                 : "memo file " + detail::likelyMemoFile(Of.file(), Layout) +
-                                       " is missing; its values cannot be read",
-                true);
+        Of.note(missingMemo() + "; its values cannot be read", true);
     }
+}
+
+std::string DbfSource::Reader::missingMemo() const
+{
+    return Of.file() == "-" ? "no memo file is beside standard input"
+                            : "memo file " + detail::likelyMemoFile(Of.file(), Layout) + " is missing";
+}
+
+std::vector<Fact> DbfSource::Reader::facts() const
+{
+    std::vector<Fact> facts{{"kind", detail::kindOfTable(Layout)},
+                            {"last change", detail::lastChange(Layout)},
+                            {"code page", Page.name() + " (" + PageWhy.Reason + ')'}};
+    if (HasMemos) {
+        facts.push_back({"memo file", Memo ? detail::memoFact(*Memo) : missingMemo()});
+    }
+    std::ranges::copy(detail::factsOfHeader(Layout), std::back_inserter(facts));
+    return facts;
 }
 
 void DbfSource::Reader::tellOfDeleted()
@@ -287,6 +307,11 @@ void DbfSource::seek(std::uint64_t number)
 void DbfSource::need(const std::vector<bool>& needed)
 {
     TheReader->need(needed);
+}
+
+std::vector<Fact> DbfSource::facts() const
+{
+    return TheReader->facts();
 }
 
 std::uint64_t DbfSource::position() const

@@ -17,6 +17,12 @@
 
 namespace kd_lib::exchange {
 
+/// One thing to know about a file: "code page" and "CP1252 (language byte 57)".
+struct Fact {
+    std::string Label;  ///< small letters, no colon
+    std::string Value;
+};
+
 /// An open table that is read once, from its first record to its last. Sources differ in how they are made
 /// (`openSource` chooses by the file's name); from then on they are used alike:
 ///
@@ -64,6 +70,9 @@ public:
     /// What there is to say about the file so far, in the order in which it was found. Complete once `next`
     /// returned false.
     const std::vector<Note>& notes() const { return Notes; }
+
+    /// What the file is, for a description: its kind first.
+    virtual std::vector<Fact> facts() const { return {}; }
 
     std::uint64_t recordsRead() const { return Read; }        ///< records taken from the file, in the range asked for
     std::uint64_t recordsLeftOut() const { return LeftOut; }  ///< those of them that did not come: deleted ones

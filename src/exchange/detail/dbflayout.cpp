@@ -166,6 +166,12 @@ void widenTexts(std::vector<DbfField>& fields, std::uint32_t recordLength)
     }
 }
 
+bool hasBackLink(const DbfLayout& layout)
+{
+    return layout.Family != DbfFamily::DBase2 && layout.Family != DbfFamily::DBase7 && layout.FieldsEndMarked &&
+           layout.HeaderLength == layout.FieldsEnd + 1 + backLinkWidth;
+}
+
 void placeFields(DbfLayout& layout)
 {
     widenTexts(layout.Fields, layout.RecordLength);
@@ -175,8 +181,7 @@ void placeFields(DbfLayout& layout)
         offset += field.Length;
     }
     layout.FieldsLength = offset;
-    const bool backLink = layout.FieldsEndMarked && layout.HeaderLength == layout.FieldsEnd + 1 + backLinkWidth;
-    layout.FoxFlags = layout.Family == DbfFamily::VisualFoxPro || nullFlagsOf(layout) != nullptr || backLink;
+    layout.FoxFlags = layout.Family == DbfFamily::VisualFoxPro || nullFlagsOf(layout) != nullptr || hasBackLink(layout);
 }
 
 std::optional<std::string> faultOf(const DbfLayout& layout)
@@ -239,6 +244,9 @@ DbfLayout parseDbfHeader(std::string_view bytes)
     }
     readFields(layout, bytes);
     placeFields(layout);
+    if (hasBackLink(layout)) {
+        layout.Database = upToZero(bytes.substr(layout.FieldsEnd + 1, backLinkWidth));
+    }
     layout.Fault = faultOf(layout);
     return layout;
 }

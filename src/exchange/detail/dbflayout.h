@@ -43,7 +43,8 @@ struct DbfLayout {
     std::uint32_t RecordLength = 0;
     std::uint8_t Flags = 0;
     std::uint8_t LanguageByte = 0;
-    std::string Driver;  ///< dBase 7's language driver
+    std::string Driver;    ///< dBase 7's language driver
+    std::string Database;  ///< the file of the Visual FoxPro database that the table belongs to
     bool Encrypted = false;
     bool InTransaction = false;
 
@@ -59,8 +60,7 @@ struct DbfLayout {
 /// Reads the header's bytes from the beginning of a file: all of them, or those that the file has.
 std::string readDbfHeader(InputFile& file);
 
-/// Finds out what the bytes of a header say. `fileSize` is that of the whole file, where it is known.
-/// Where they make no table, `Fault` is set, and what was found until then is there.
+/// Finds out what the bytes of a header say. Where they make no table, `Fault` is set, and what was found until then is there.
 DbfLayout parseDbfHeader(std::string_view bytes);
 
 /// What there is to say about a table that can be read though its header is odd.
