@@ -72,6 +72,13 @@ SqliteDatabase::SqliteDatabase(const std::string& path, std::string name, Access
     open(plainPath(path), access == Access::Read ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
 }
 
+std::unique_ptr<SqliteDatabase> SqliteDatabase::openOrMake(const std::string& path)
+{
+    std::unique_ptr<SqliteDatabase> database(new SqliteDatabase(path));
+    database->open(plainPath(path), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    return database;
+}
+
 std::unique_ptr<SqliteDatabase> SqliteDatabase::inMemory(std::string name)
 {
     std::unique_ptr<SqliteDatabase> database(new SqliteDatabase(std::move(name)));
@@ -148,11 +155,16 @@ std::int64_t SqliteDatabase::integer(const std::string& sql)
 
 void SqliteDatabase::fail() const
 {
+    throwIfStopped();
+    throw Error(Name, reasonOf(Handle));
+}
+
+void SqliteDatabase::throwIfStopped() const
+{
     const int code = sqlite3_errcode(Handle);
     if (Stop.stop_requested() && (code == SQLITE_INTERRUPT || code == SQLITE_BUSY)) {
         throw Stopped(Name, "stopped");
     }
-    throw Error(Name, reasonOf(Handle));
 }
 
 }  // namespace kd_lib::exchange::detail

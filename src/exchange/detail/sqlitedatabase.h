@@ -34,6 +34,9 @@ public:
     /// What the file holds is not looked at.
     SqliteDatabase(const std::string& path, std::string name, Access access = Access::Change);
 
+    /// Opens a database file, which is made where there is none.
+    static std::unique_ptr<SqliteDatabase> openOrMake(const std::string& path);
+
     /// Opens an empty database in memory; `name` is for errors.
     static std::unique_ptr<SqliteDatabase> inMemory(std::string name);
 
@@ -57,6 +60,9 @@ public:
     std::int64_t integer(const std::string& sql);
 
     [[noreturn]] void fail() const;
+
+    /// Throws `Stopped` where a stop that was asked for is why the last call failed.
+    void throwIfStopped() const;
 
     sqlite3* handle() const { return Handle; }
     const std::string& name() const { return Name; }

@@ -1,0 +1,121 @@
+#include "sqliteaffinity.h"
+
+#include "digits.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+namespace kd_lib::exchange::detail {
+
+namespace {
+
+constexpr const char* tooManyDigits = "more digits than the column holds";
+constexpr const char* textWouldChange = "the column would make another number of the text";
+constexpr const char* noNan = "the target has no NaN";
+
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+void skipDigits(std::string_view& text)
+{
+    text.remove_prefix(static_cast<std::size_t>(std::ranges::find_if_not(text, isDigit) - text.begin()));
+}
+
+/// Whether SQLite takes a text for a number: blanks around it, signs, decimals and exponents included.
+bool looksLikeNumber(std::string_view text)
+{
+    constexpr std::string_view blanks = " \t\n\v\f\r";
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos) {
+        return false;
+    }
+    text = text.substr(first, text.find_last_not_of(blanks) - first + 1);
+    text.remove_prefix(text.starts_with('-') || text.starts_with('+') ? 1 : 0);
+    const std::size_t whole = text.size();
+    skipDigits(text);
+    std::size_t digits = whole - text.size();
+    if (text.starts_with('.')) {
+        text.remove_prefix(1);
+        const std::size_t decimals = text.size();
+        skipDigits(text);
+        digits += decimals - text.size();
+    }
+    if (digits > 0 && (text.starts_with('e') || text.starts_with('E'))) {
+        text.remove_prefix(1);
+        text.remove_prefix(text.starts_with('-') || text.starts_with('+') ? 1 : 0);
+        skipDigits(text);
+    }
+    return digits > 0 && text.empty();
+}
+
+/// Whether a number is written as SQLite writes it, so that the text comes back.
+bool isPlainNumber(std::string_view text)
+{
+    text.remove_prefix(text.starts_with('-') ? 1 : 0);
+    const std::size_t point = text.find('.');
+    const std::string_view whole = text.substr(0, point);
+    if (whole.empty() || !std::ranges::all_of(whole, isDigit) || (whole.size() > 1 && whole.front() == '0')) {
+        return false;
+    }
+    if (point == std::string_view::npos) {
+        return true;
+    }
+    const std::string_view decimals = text.substr(point + 1);
+    return !decimals.empty() && std::ranges::all_of(decimals, isDigit) && (decimals == "0" || decimals.back() != '0');
+}
+
+bool isKept(Affinity affinity, std::string_view digits)
+{
+    const bool whole = digits.find('.') == std::string_view::npos;
+    return (whole && affinity == Affinity::Numeric && fits<std::int64_t>(digits)) || isExactAsDouble(digits);
+}
+
+/// Texts that look like numbers come back as they were if they are plain, kept whole, and of the column's own form.
+bool isKeptAsText(Affinity affinity, std::string_view text)
+{
+    if (!looksLikeNumber(text)) {
+        return true;
+    }
+    const bool whole = text.find('.') == std::string_view::npos;
+    const bool ownForm = affinity == Affinity::Real ? !whole : whole || !text.ends_with(".0");
+    return isPlainNumber(text) && text != "-0" && ownForm && isKept(affinity, text);
+}
+
+}  // namespace
+
+Affinity affinityOf(std::string_view declaredType)
+{
+    std::string type(declaredType);
+    std::ranges::transform(type, type.begin(),
+                           [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+    const auto holds = [&type](const char* word) { return type.find(word) != std::string::npos; };
+    if (holds("INT")) {
+        return Affinity::Numeric;
+    }
+    if (holds("CHAR") || holds("CLOB") || holds("TEXT")) {
+        return Affinity::Text;
+    }
+    if (type.empty() || holds("BLOB")) {
+        return Affinity::None;
+    }
+    return holds("REAL") || holds("FLOA") || holds("DOUB") ? Affinity::Real : Affinity::Numeric;
+}
+
+const char* reasonAgainst(Affinity affinity, const Cell& cell)
+{
+    if (cell.Kind == CellKind::Float) {
+        return std::isnan(cell.Float) ? noNan : nullptr;
+    }
+    if (affinity == Affinity::None || affinity == Affinity::Text) {
+        return nullptr;
+    }
+    if (cell.Kind == CellKind::Number) {
+        return isKept(affinity, cell.Text) ? nullptr : tooManyDigits;
+    }
+    return cell.Kind != CellKind::Text || isKeptAsText(affinity, cell.Text) ? nullptr : textWouldChange;
+}
+
+}  // namespace kd_lib::exchange::detail

@@ -1,0 +1,171 @@
+#include "sqlitebinder.h"
+
+#include "digits.h"
+
+#include <charconv>
+#include <cmath>
+#include <utility>
+
+namespace kd_lib::exchange::detail {
+
+namespace {
+
+/// Powers of ten that a double holds exactly.
+constexpr std::array<double, 23> powersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                                1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+/// Whole numbers of so many digits are exact in a double, and fit in 64 bits.
+constexpr std::size_t exactDigits = 15;
+
+void writeDigits(char* to, unsigned value, int count)
+{
+    for (int i = count - 1; i >= 0; --i) {
+        to[i] = static_cast<char>('0' + value % 10);
+        value /= 10;
+    }
+}
+
+char* writeDate(char* to, const Date& day)
+{
+    writeDigits(to, static_cast<unsigned>(day.Year), 4);
+    to[4] = '-';
+    writeDigits(to + 5, day.Month, 2);
+    to[7] = '-';
+    writeDigits(to + 8, day.Day, 2);
+    return to + 10;
+}
+
+char* writeTime(char* to, std::uint32_t milliseconds)
+{
+    const std::uint32_t seconds = milliseconds / 1000;
+    writeDigits(to, seconds / 3600, 2);
+    to[2] = ':';
+    writeDigits(to + 3, seconds / 60 % 60, 2);
+    to[5] = ':';
+    writeDigits(to + 6, seconds % 60, 2);
+    to[8] = '.';
+    writeDigits(to + 9, milliseconds % 1000, 3);
+    return to + 12;
+}
+
+/// A null pointer would be bound as NULL.
+const char* textOf(std::string_view text)
+{
+    return text.empty() ? "" : text.data();
+}
+
+int bindText(sqlite3_stmt* statement, std::size_t column, std::string_view text)
+{
+    const int parameter = static_cast<int>(column) + 1;
+    return sqlite3_bind_text64(statement, parameter, textOf(text), text.size(), SQLITE_STATIC, SQLITE_UTF8);
+}
+
+}  // namespace
+
+std::size_t writeMoment(CellKind kind, const Timestamp& moment, char* to)
+{
+    char* end = to;
+    if (kind != CellKind::Time) {
+        end = writeDate(end, moment.Day);
+    }
+    if (kind == CellKind::Timestamp) {
+        *end++ = ' ';
+    }
+    if (kind != CellKind::Date) {
+        end = writeTime(end, moment.Milliseconds);
+    }
+    return static_cast<std::size_t>(end - to);
+}
+
+double realOf(std::string_view digits)
+{
+    if (digits.size() <= exactDigits) {
+        // Both numbers are exact, so that their quotient is the double next to the true value.
+        std::uint64_t whole = 0;
+        std::size_t decimals = 0;
+        bool pointSeen = false;
+        for (const char c : digits) {
+            if (c == '.') {
+                pointSeen = true;
+            } else if (c != '-') {
+                whole = whole * 10 + static_cast<unsigned>(c - '0');
+                decimals += pointSeen ? 1 : 0;
+            }
+        }
+        const double value = static_cast<double>(whole) / powersOfTen[decimals];
+        return digits.front() == '-' ? -value : value;
+    }
+    double value = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    return value;
+}
+
+SqliteBinder::SqliteBinder(std::vector<Affinity> columns) : Columns(std::move(columns)), Texts(Columns.size()) {}
+
+int SqliteBinder::bind(sqlite3_stmt* statement, const Record& record)
+{
+    int code = SQLITE_OK;
+    for (std::size_t i = 0; i < Columns.size() && code == SQLITE_OK; ++i) {
+        const Cell& cell = record.Cells[i];
+        const int parameter = static_cast<int>(i) + 1;
+        switch (cell.Kind) {
+        case CellKind::Null:
+        case CellKind::Unreadable:
+            code = sqlite3_bind_null(statement, parameter);
+            break;
+        case CellKind::Text:
+            code = bindText(statement, i, cell.Text);
+            break;
+        case CellKind::Number:
+            code = bindNumber(statement, i, cell.Text);
+            break;
+        case CellKind::Float:
+            code = bindFloat(statement, i, cell.Float);
+            break;
+        case CellKind::Boolean:
+            code = sqlite3_bind_int(statement, parameter, cell.Boolean ? 1 : 0);
+            break;
+        case CellKind::Date:
+        case CellKind::Time:
+        case CellKind::Timestamp:
+            code = bindMoment(statement, i, cell);
+            break;
+        case CellKind::Bytes:
+            code = sqlite3_bind_blob64(statement, parameter, textOf(cell.Text), cell.Text.size(), SQLITE_STATIC);
+            break;
+        }
+    }
+    return code;
+}
+
+int SqliteBinder::bindNumber(sqlite3_stmt* statement, std::size_t column, std::string_view digits) const
+{
+    const int parameter = static_cast<int>(column) + 1;
+    const SqliteForm form = Columns[column] == Affinity::Text ? SqliteForm::Text : sqliteFormOf(digits);
+    if (form == SqliteForm::Integer) {
+        std::int64_t value = 0;
+        std::from_chars(digits.data(), digits.data() + digits.size(), value);
+        return sqlite3_bind_int64(statement, parameter, value);
+    }
+    return form == SqliteForm::Real ? sqlite3_bind_double(statement, parameter, realOf(digits))
+                                    : bindText(statement, column, digits);
+}
+
+int SqliteBinder::bindFloat(sqlite3_stmt* statement, std::size_t column, double value)
+{
+    if (Columns[column] != Affinity::Text || !std::isfinite(value)) {
+        return sqlite3_bind_double(statement, static_cast<int>(column) + 1, value);
+    }
+    // SQLite itself would write 15 digits only.
+    Room& room = Texts[column];
+    const char* const end = std::to_chars(room.data(), room.data() + room.size(), value).ptr;
+    return bindText(statement, column, {room.data(), static_cast<std::size_t>(end - room.data())});
+}
+
+int SqliteBinder::bindMoment(sqlite3_stmt* statement, std::size_t column, const Cell& cell)
+{
+    Room& room = Texts[column];
+    return bindText(statement, column, {room.data(), writeMoment(cell.Kind, cell.Moment, room.data())});
+}
+
+}  // namespace kd_lib::exchange::detail

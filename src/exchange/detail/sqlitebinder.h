@@ -1,0 +1,47 @@
+/// \file
+/// The cells of a record as parameters of a prepared statement.
+#pragma once
+
+#include "sqliteaffinity.h"
+
+#include <kd_lib/exchange/record.h>
+
+#include <sqlite3.h>
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+namespace kd_lib::exchange::detail {
+
+/// Writes a date, time or timestamp as SQLite's functions read it: YYYY-MM-DD, HH:MM:SS.mmm, both with a blank.
+/// Returns the characters written: at most `momentSize`.
+constexpr std::size_t momentSize = 23;
+std::size_t writeMoment(CellKind kind, const Timestamp& moment, char* to);
+
+/// The value of an exact number that is `SqliteForm::Real`.
+double realOf(std::string_view digits);
+
+/// Binds records to the parameters 1, 2, ... of a statement. What is bound views the record and this object: the
+/// statement must have run before the next record is bound. Nothing is allocated per record.
+class SqliteBinder {
+public:
+    /// One affinity for each column.
+    explicit SqliteBinder(std::vector<Affinity> columns);
+
+    /// Returns SQLite's code.
+    int bind(sqlite3_stmt* statement, const Record& record);
+
+private:
+    using Room = std::array<char, 32>;
+
+    int bindNumber(sqlite3_stmt* statement, std::size_t column, std::string_view digits) const;
+    int bindFloat(sqlite3_stmt* statement, std::size_t column, double value);
+    int bindMoment(sqlite3_stmt* statement, std::size_t column, const Cell& cell);
+
+    std::vector<Affinity> Columns;
+    std::vector<Room> Texts;  // for the values that are written as text here
+};
+
+}  // namespace kd_lib::exchange::detail
