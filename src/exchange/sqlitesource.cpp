@@ -63,10 +63,13 @@ ColumnType typeOfValue(int type)
 std::string selectOf(SqliteDatabase& database, const std::string& table, const std::vector<std::string>& columns)
 {
     std::string sql = "SELECT ";
+    const char* separator = "";
     for (const std::string& column : columns) {
-        sql += (&column == &columns.front() ? "" : ",") + detail::quotedName(column);
+        sql += std::exchange(separator, ",");
+        sql += detail::quotedName(column);
     }
-    sql += " FROM main." + detail::quotedName(table);
+    sql += " FROM main.";
+    sql += detail::quotedName(table);
     // A table WITHOUT ROWID, or a view, refuses the name; a column may have it.
     const std::string ordered = sql + " ORDER BY rowid";
     sqlite3_stmt* statement = nullptr;
@@ -102,9 +105,10 @@ public:
             const char* const name = sqlite3_column_name(Statement.get(), index);
             const char* const declared = sqlite3_column_decltype(Statement.get(), index);
             columns[i].Name = name != nullptr ? name : "";
-            columns[i].Type = declared != nullptr && *declared != '\0'
-                                  ? typeOf(declared)
-                                  : typeOfValue(State == AtRow ? sqlite3_column_type(Statement.get(), index) : SQLITE_NULL);
+            columns[i].Type =
+                declared != nullptr && *declared != '\0'
+                    ? typeOf(declared)
+                    : typeOfValue(State == AtRow ? sqlite3_column_type(Statement.get(), index) : SQLITE_NULL);
         }
         return columns;
     }
@@ -213,7 +217,8 @@ private:
         sqlite3_stmt* const row = Statement.get();
         const int index = static_cast<int>(column);
         const auto bytes = [&](const void* data) {
-            return std::string_view(static_cast<const char*>(data), static_cast<std::size_t>(sqlite3_column_bytes(row, index)));
+            return std::string_view(static_cast<const char*>(data),
+                                    static_cast<std::size_t>(sqlite3_column_bytes(row, index)));
         };
         switch (sqlite3_column_type(row, index)) {
         case SQLITE_INTEGER: {

@@ -1,6 +1,7 @@
 #include <kd_lib/exchange/sqlitetarget.h>
 
 #include "detail/databasefile.h"
+#include "detail/digits.h"
 #include "detail/sqliteaffinity.h"
 #include "detail/sqlitebinder.h"
 #include "detail/sqlitedatabase.h"
@@ -43,8 +44,8 @@ void bindText(sqlite3_stmt* statement, int parameter, const std::string& text)
 
 bool holdsTable(SqliteDatabase& database, const std::string& name)
 {
-    const StatementHandle statement = database.prepare(
-        "SELECT 1 FROM sqlite_master WHERE type IN ('table', 'view') AND name = ?1 COLLATE NOCASE");
+    const StatementHandle statement =
+        database.prepare("SELECT 1 FROM sqlite_master WHERE type IN ('table', 'view') AND name = ?1 COLLATE NOCASE");
     bindText(statement.get(), 1, name);
     return database.step(statement.get());
 }
@@ -125,10 +126,24 @@ public:
             return;
         }
         for (std::size_t i = 0; i < Existing.size(); ++i) {
-            if (const char* const reason = detail::reasonAgainst(Existing[i], record.Cells[i]); reason != nullptr) {
+            const Cell& cell = record.Cells[i];
+            if (const char* const reason = detail::reasonAgainst(Existing[i], cell); reason != nullptr) {
                 record.reject(i, reason);
+            } else if (Existing[i] == Affinity::None && cell.Kind == CellKind::Number) {
+                KeptAsText[i] += detail::sqliteFormOf(cell.Text) == detail::SqliteForm::Text ? 1U : 0U;
             }
         }
+    }
+
+    std::vector<Note> notes() const
+    {
+        std::vector<Note> notes = Layout.notes();
+        for (std::size_t i = 0; i < KeptAsText.size(); ++i) {
+            if (KeptAsText[i] != 0) {
+                notes.push_back(TableLayout::textNote(Layout.columns()[i].Name, KeptAsText[i]));
+            }
+        }
+        return notes;
     }
 
     void write(const Record& record)
@@ -181,6 +196,7 @@ private:
         for (const TargetColumn& column : Layout.columns()) {
             Existing.push_back(require(column.Name));
         }
+        KeptAsText.resize(Existing.size());
     }
 
     std::string insertStatement(std::size_t columns) const
@@ -222,7 +238,8 @@ private:
     TableLayout Layout;
     detail::DatabaseFile Place;  // before the connection, which is closed first
     std::unique_ptr<SqliteDatabase> Database;
-    std::vector<Affinity> Existing;  // of the columns of a table that is appended to; empty: a new table
+    std::vector<Affinity> Existing;         // of the columns of a table that is appended to; empty: a new table
+    std::vector<std::uint64_t> KeptAsText;  // numbers in each column of such a table
     std::optional<detail::SqliteBinder> Binder;
     StatementHandle Insert;  // after the connection: it ends before that closes
 };
@@ -252,7 +269,7 @@ void SqliteTarget::write(const Record& record)
 
 void SqliteTarget::finish()
 {
-    Notes = Work->layout().notes();
+    Notes = Work->notes();
     Work->finish();
     Work.reset();
 }

@@ -98,14 +98,18 @@ void TableLayout::fit(Record& record)
     Fit->Of.apply(record);
 }
 
+Note TableLayout::textNote(const std::string& column, std::uint64_t count)
+{
+    return {"column " + column + ": " + std::to_string(count) + (count == 1 ? " number is" : " numbers are") +
+            " kept as text, because a number of SQLite does not hold the digits"};
+}
+
 std::vector<Note> TableLayout::notes() const
 {
     std::vector<Note> notes = NameNotes;
     for (std::size_t i = 0; i < Columns.size(); ++i) {
         if (const std::uint64_t count = Fit->Of.keptAsText(i); count != 0) {
-            notes.push_back({"column " + Columns[i].Name + ": " + std::to_string(count) +
-                             (count == 1 ? " number is" : " numbers are") +
-                             " kept as text, because a number of SQLite does not hold the digits"});
+            notes.push_back(textNote(Columns[i].Name, count));
         }
     }
     return notes;

@@ -70,6 +70,9 @@ public:
     /// Names that changed; after the last record also the columns with digits kept as text.
     std::vector<Note> notes() const;
 
+    /// The note that tells of so many numbers of a column kept as text.
+    static Note textNote(const std::string& column, std::uint64_t count);
+
 private:
     struct Checks;
 
