@@ -7,5 +7,6 @@
 #include <kd_lib/console.h>
 #include <kd_lib/dates.h>
 #include <kd_lib/path.h>
+#include <kd_lib/replace.h>
 #include <kd_lib/text.h>
 #include <kd_lib/tokenizer.h>

@@ -65,7 +65,7 @@ bool SQLite3::prepare(std::string sql)
     if (isDisconnected()) {
         return false;
     }
-    std::replace(sql.begin(), sql.end(), '`', '"');
+    sql = replaceChar(sql, '`', '"');
     supersedeStatement();
     // The length includes the zero byte at the end: SQLite copies texts that are given without it.
     const auto length = static_cast<int>(sql.size() + 1);

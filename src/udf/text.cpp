@@ -1,6 +1,7 @@
 #include <kd_lib/text.h>
 
 #include <kd_lib/detail/words.h>
+#include <kd_lib/replace.h>
 
 #include <algorithm>
 #include <array>
@@ -98,7 +99,7 @@ std::string replicateChar(int ch, int count)
 std::string replaceChar(const std::string& s, int from, int to)
 {
     std::string replaced = s;
-    std::replace(replaced.begin(), replaced.end(), static_cast<char>(from), static_cast<char>(to));
+    copyReplacing(replaced.data(), replaced, static_cast<char>(from), static_cast<char>(to));
     return replaced;
 }
 

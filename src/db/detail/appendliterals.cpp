@@ -1,14 +1,15 @@
 #include "appendliterals.h"
 
-#include "quotes.h"
-
 #include <kd_lib/blanks.h>
+#include <kd_lib/replace.h>
 #include <kd_lib/text.h>
 
 namespace kd_lib::detail {
 
 namespace {
 
+constexpr char quote = '\'';
+constexpr char backquote = '`';
 constexpr std::string_view nullLiteral = "NULL";
 
 constexpr std::size_t compactDateLength = 8;
@@ -54,6 +55,11 @@ inline void putTimestamp(TextWriter& sql, std::string_view timestamp)
     sql.put(quote);
 }
 
+char* copyWithoutQuotes(char* to, std::string_view text)
+{
+    return copyReplacing(to, text, quote, backquote);
+}
+
 inline void putText(TextWriter& sql, std::string_view text)
 {
     if (text.empty()) {
@@ -61,7 +67,7 @@ inline void putText(TextWriter& sql, std::string_view text)
         return;
     }
     sql.put(quote);
-    sql.put(text, copyTurningQuotes);
+    sql.put(text, copyWithoutQuotes);
     sql.put(quote);
 }
 

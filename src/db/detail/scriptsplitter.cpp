@@ -1,5 +1,6 @@
 #include "scriptsplitter.h"
 
+#include <kd_lib/dates.h>
 #include <kd_lib/text.h>
 
 #include <algorithm>
