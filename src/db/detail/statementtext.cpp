@@ -1,5 +1,8 @@
 #include <kd_lib/detail/statementtext.h>
 
+#include <kd_lib/dates.h>
+#include <kd_lib/text.h>
+
 #include <algorithm>
 
 namespace kd_lib::detail {
