@@ -50,7 +50,8 @@ endif()
 file(GLOB kd_guides ${kd_lib_SOURCE_DIR}/docs/*.md ${kd_lib_SOURCE_DIR}/README.md)
 install(FILES ${kd_guides} DESTINATION ${kd_doc_dir} COMPONENT documentation)
 install(DIRECTORY ${kd_lib_SOURCE_DIR}/examples DESTINATION ${kd_doc_dir} COMPONENT documentation
-    FILES_MATCHING PATTERN *.cpp PATTERN *.dbf PATTERN *.csv PATTERN consumer/* PATTERN expected EXCLUDE)
+    FILES_MATCHING PATTERN *.cpp PATTERN *.h PATTERN *.dbf PATTERN *.dbt PATTERN *.csv PATTERN *.tab PATTERN *.txt
+    PATTERN *.mem PATTERN consumer/* PATTERN expected EXCLUDE)
 
 # The program: it finds the libraries beside itself; its manual page, which Debian has compressed.
 if(TARGET kd_db_program)

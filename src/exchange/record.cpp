@@ -54,20 +54,27 @@ std::optional<std::string_view> Value::digits() const
 
 std::optional<std::int64_t> Value::integer() const
 {
+    return scaled(0);
+}
+
+std::optional<std::int64_t> Value::scaled(unsigned decimals) const
+{
     const Cell* cell = cellOf(CellKind::Number);
     if (cell == nullptr) {
         return std::nullopt;
     }
-    std::string_view digits = cell->Text;
-    const std::size_t point = digits.find('.');
-    if (point != std::string_view::npos) {
-        if (digits.find_first_not_of('0', point + 1) != std::string_view::npos) {
-            fail("the number has decimals");
-        }
-        digits = digits.substr(0, point);
+    const std::size_t point = std::min(cell->Text.find('.'), cell->Text.size());
+    std::string_view after = cell->Text.substr(std::min(point + 1, cell->Text.size()));
+    const std::size_t last = after.find_last_not_of('0');
+    after = after.substr(0, last == std::string_view::npos ? 0 : last + 1);
+    if (after.size() > decimals) {
+        fail(decimals == 0 ? "the number has decimals"
+                           : "the number has more than " + std::to_string(decimals) + " decimals");
     }
+    std::string units(cell->Text.substr(0, point));
+    units.append(after).append(decimals - after.size(), '0');
     std::int64_t value = 0;
-    if (std::from_chars(digits.data(), digits.data() + digits.size(), value).ec != std::errc()) {
+    if (std::from_chars(units.data(), units.data() + units.size(), value).ec != std::errc()) {
         fail("the number does not fit in 64 bits");
     }
     return value;

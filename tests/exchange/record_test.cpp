@@ -75,6 +75,22 @@ TEST(RecordTest, WholeNumbersFitOrFail)
     EXPECT_EQ(failure([&] { integer("1.5"); }), "record 7, column Price: the number has decimals");
 }
 
+TEST(RecordTest, ScaledNumbersAreExact)
+{
+    const auto scaled = [](const char* digits, unsigned decimals) {
+        return OneCell(ColumnType::Number, Cell::number(digits)).value().scaled(decimals);
+    };
+    EXPECT_EQ(scaled("12.5", 2), 1250);
+    EXPECT_EQ(scaled("-0.07", 2), -7);
+    EXPECT_EQ(scaled("3", 4), 30000);
+    EXPECT_EQ(scaled("1.2500", 2), 125);
+    EXPECT_EQ(scaled("92233720368547758.07", 2), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(failure([&] { scaled("1.005", 2); }), "record 7, column Price: the number has more than 2 decimals");
+    EXPECT_EQ(failure([&] { scaled("92233720368547758.08", 2); }),
+              "record 7, column Price: the number does not fit in 64 bits");
+    EXPECT_FALSE(OneCell(ColumnType::Number, Cell::null()).value().scaled(2));
+}
+
 TEST(RecordTest, ExactNumbersBecomeTheNextDouble)
 {
     EXPECT_EQ(OneCell(ColumnType::Number, Cell::number("0.1")).value().real(), 0.1);

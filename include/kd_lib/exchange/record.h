@@ -43,11 +43,13 @@ public:
     {
     }
 
-    bool isNull() const;                             ///< throws for an unreadable cell
-    std::optional<std::string_view> text() const;    ///< UTF-8; valid until the source's next record
-    std::optional<std::string_view> digits() const;  ///< an exact number, in the form of `Cell::Text`
-    std::optional<std::int64_t> integer() const;     ///< an exact number without decimals other than 0
-    std::optional<double> real() const;              ///< of a Float, or the double next to an exact number
+    bool isNull() const;                                          ///< throws for an unreadable cell
+    std::optional<std::string_view> text() const;                 ///< UTF-8; valid until the source's next record
+    std::optional<std::string_view> digits() const;               ///< an exact number, in the form of `Cell::Text`
+    std::optional<std::int64_t> integer() const;                  ///< an exact number without decimals other than 0
+    std::optional<std::int64_t> scaled(unsigned decimals) const;  ///< in units of 10 to the -`decimals`: 12.5 with 2
+                                                                  ///< decimals is 1250; more decimals must be 0
+    std::optional<double> real() const;                           ///< of a Float, or the double next to an exact number
     std::optional<bool> boolean() const;
     std::optional<std::chrono::year_month_day> date() const;
     std::optional<std::chrono::milliseconds> time() const;  ///< since midnight

@@ -1,0 +1,176 @@
+// The twins of the exchange library: a .dbf table as CSV and as the rows of COPY, by slices and plain copies. They
+// trust their input: plain ASCII, numbers in normal form.
+#include "bare_dbf.h"
+#include "bare_work.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace kd_bench::bare {
+
+namespace {
+
+constexpr std::size_t blockSize = 262144;
+
+/// Gathers text and writes it in blocks.
+class TextOutput {
+public:
+    explicit TextOutput(const std::string& path) : File(std::fopen(path.c_str(), "wb"))
+    {
+        if (File == nullptr) {
+            throw std::runtime_error(path);
+        }
+        std::setvbuf(File, nullptr, _IONBF, 0);
+    }
+    ~TextOutput() { std::fclose(File); }
+    TextOutput(const TextOutput&) = delete;
+    TextOutput& operator=(const TextOutput&) = delete;
+
+    /// A place for at most `size` bytes, much less than a block.
+    char* room(std::size_t size)
+    {
+        if (Used + size > Block.size()) {
+            flush();
+        }
+        return Block.data() + Used;
+    }
+
+    void endAt(const char* end) { Used = static_cast<std::size_t>(end - Block.data()); }
+
+    void flush()
+    {
+        Written += Used;
+        if (std::fwrite(Block.data(), 1, Used, File) != Used) {
+            throw std::runtime_error("the text cannot be written");
+        }
+        Used = 0;
+    }
+
+    std::uint64_t written() const { return Written; }
+
+private:
+    std::FILE* File;
+    std::vector<char> Block = std::vector<char>(blockSize);
+    std::size_t Used = 0;
+    std::uint64_t Written = 0;
+};
+
+char* copy(char* to, std::string_view text)
+{
+    std::memcpy(to, text.data(), text.size());
+    return to + text.size();
+}
+
+char* copyDate(char* to, std::string_view text)
+{
+    const char date[] = {text[0], text[1], text[2], text[3], '-', text[4], text[5], '-', text[6], text[7]};
+    return copy(to, {date, sizeof date});
+}
+
+bool isTrue(std::string_view text)
+{
+    return text == "T" || text == "Y" || text == "t" || text == "y";
+}
+
+char* copyCsvText(char* to, std::string_view text)
+{
+    if (!text.empty() && text.find_first_of(",\"\r\n") == std::string_view::npos) {
+        return copy(to, text);
+    }
+    *to++ = '"';
+    for (const char c : text) {
+        *to = '"';
+        to += c == '"' ? 1 : 0;
+        *to++ = c;
+    }
+    *to++ = '"';
+    return to;
+}
+
+char* copyCsv(char* to, char type, std::string_view value)
+{
+    const std::string_view text = withoutBlanks(value);
+    if (type == 'C') {
+        return copyCsvText(to, text);
+    }
+    if (text.empty() || text == "?") {
+        return to;
+    }
+    if (type == 'L') {
+        return copy(to, isTrue(text) ? "true" : "false");
+    }
+    return type == 'D' ? copyDate(to, text) : copy(to, withoutLeadingBlanks(text));
+}
+
+char* copyRowText(char* to, std::string_view text)
+{
+    for (const char c : text) {
+        *to = '\\';
+        to += c == '\\' ? 1 : 0;
+        *to++ = c;
+    }
+    return to;
+}
+
+char* copyRow(char* to, char type, std::string_view value)
+{
+    const std::string_view text = withoutBlanks(value);
+    if (type == 'C') {
+        return copyRowText(to, text);
+    }
+    if (text.empty() || text == "?") {
+        return copy(to, "\\N");
+    }
+    if (type == 'L') {
+        return copy(to, isTrue(text) ? "t" : "f");
+    }
+    return type == 'D' ? copyDate(to, text) : copy(to, withoutLeadingBlanks(text));
+}
+
+/// Writes the records that are not deleted, each value by `cell`.
+template <class Cell>
+Tally writeRecords(DbfReader& table, TextOutput& text, char between, Cell cell)
+{
+    const std::size_t longest = 2 * table.recordLength() + 8 * table.columns().size();
+    Tally tally;
+    while (const char* record = table.next()) {
+        if (*record == '*') {
+            continue;
+        }
+        ++tally.Records;
+        char* to = text.room(longest);
+        for (const DbfColumn& column : table.columns()) {
+            to = cell(to, column.Type, column.in(record));
+            *to++ = between;
+        }
+        to[-1] = '\n';
+        text.endAt(to);
+    }
+    text.flush();
+    tally.Bytes = text.written();
+    return tally;
+}
+
+}  // namespace
+
+Tally dbfToCsv(const Files& files)
+{
+    DbfReader table(files.input(".dbf"));
+    TextOutput text(files.output(".csv"));
+    std::string header;
+    for (const DbfColumn& column : table.columns()) {
+        header += (header.empty() ? "" : ",") + column.Name;
+    }
+    header += '\n';
+    text.endAt(copy(text.room(header.size()), header));
+    return writeRecords(table, text, ',', copyCsv);
+}
+
+Tally dbfToCopy(const Files& files)
+{
+    DbfReader table(files.input(".dbf"));
+    TextOutput text(files.output(".copy"));
+    return writeRecords(table, text, '\t', copyRow);
+}
+
+}  // namespace kd_bench::bare

@@ -1,0 +1,35 @@
+// The sum of a column by the classic classes.
+#include <kd_lib/text.h>
+#include <kd_lib/xbasetable.h>
+
+#include <cmath>
+#include <cstdint>
+#include <iostream>
+#include <string>
+
+int main()
+{
+    // A line about the file goes to standard output while it is opened. A program that keeps this stream for its own
+    // results takes its buffer away meanwhile.
+    std::streambuf* const results = std::cout.rdbuf(nullptr);
+    kd_lib::xBaseTable orders("orders");
+    const bool opened = orders.open() && orders.getFieldList();
+    std::cout.rdbuf(results);
+    if (!opened) {
+        return 1;  // the reason is on standard error
+    }
+
+    long long cents = 0;
+    std::uint64_t records = 0;
+    for (orders.firstRecord(); orders.fetchRecord(); ++records) {
+        if (!orders.isDeleted()) {
+            cents += std::llround(std::stod(orders.Fields.getData("amount")) * 100);
+        }
+    }
+    std::cout << cents / 100 << '.' << cents / 10 % 10 << cents % 10 << "\n";
+
+    // fetchRecord returns false at the end of the file, and for a last record that is cut short too: the header
+    // tells how many records there should be.
+    std::cout << (records < orders.RecordCount ? "the table is damaged\n" : "that is the whole table\n");
+    return records < orders.RecordCount ? 3 : 0;
+}
