@@ -23,8 +23,9 @@ struct ColumnDifference {
 
 /// What `verify` found.
 struct Verification {
-    std::uint64_t Records = 0;  ///< that the source carries
-    std::uint64_t Rows = 0;     ///< of the table
+    std::uint64_t Records = 0;                  ///< that the source carries
+    std::uint64_t Rows = 0;                     ///< of the table
+    std::uint64_t Rejects = 0;                  ///< of the source's cells and records
     std::vector<ColumnDifference> Differences;  ///< one for each differing column, in the order of the columns
 
     bool agrees() const { return Records == Rows && Differences.empty(); }

@@ -1,6 +1,7 @@
 #include "sqlitebinder.h"
 
 #include "digits.h"
+#include "moments.h"
 
 #include <charconv>
 #include <cmath>
@@ -16,37 +17,6 @@ constexpr std::array<double, 23> powersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e
 
 /// Whole numbers of so many digits are exact in a double, and fit in 64 bits.
 constexpr std::size_t exactDigits = 15;
-
-void writeDigits(char* to, unsigned value, int count)
-{
-    for (int i = count - 1; i >= 0; --i) {
-        to[i] = static_cast<char>('0' + value % 10);
-        value /= 10;
-    }
-}
-
-char* writeDate(char* to, const Date& day)
-{
-    writeDigits(to, static_cast<unsigned>(day.Year), 4);
-    to[4] = '-';
-    writeDigits(to + 5, day.Month, 2);
-    to[7] = '-';
-    writeDigits(to + 8, day.Day, 2);
-    return to + 10;
-}
-
-char* writeTime(char* to, std::uint32_t milliseconds)
-{
-    const std::uint32_t seconds = milliseconds / 1000;
-    writeDigits(to, seconds / 3600, 2);
-    to[2] = ':';
-    writeDigits(to + 3, seconds / 60 % 60, 2);
-    to[5] = ':';
-    writeDigits(to + 6, seconds % 60, 2);
-    to[8] = '.';
-    writeDigits(to + 9, milliseconds % 1000, 3);
-    return to + 12;
-}
 
 /// A null pointer would be bound as NULL.
 const char* textOf(std::string_view text)
@@ -64,16 +34,9 @@ int bindText(sqlite3_stmt* statement, std::size_t column, std::string_view text)
 
 std::size_t writeMoment(CellKind kind, const Timestamp& moment, char* to)
 {
-    char* end = to;
-    if (kind != CellKind::Time) {
-        end = writeDate(end, moment.Day);
-    }
-    if (kind == CellKind::Timestamp) {
-        *end++ = ' ';
-    }
-    if (kind != CellKind::Date) {
-        end = writeTime(end, moment.Milliseconds);
-    }
+    const char* const end = kind == CellKind::Date   ? putDate(to, moment.Day)
+                            : kind == CellKind::Time ? putTime(to, moment.Milliseconds)
+                                                     : putTimestamp(to, moment, ' ');
     return static_cast<std::size_t>(end - to);
 }
 

@@ -2,6 +2,7 @@
 /// The cells of a record as parameters of a prepared statement.
 #pragma once
 
+#include "moments.h"
 #include "sqliteaffinity.h"
 
 #include <kd_lib/exchange/record.h>
@@ -17,7 +18,7 @@ namespace kd_lib::exchange::detail {
 
 /// Writes a date, time or timestamp as SQLite's functions read it: YYYY-MM-DD, HH:MM:SS.mmm, both with a blank.
 /// Returns the characters written: at most `momentSize`.
-constexpr std::size_t momentSize = 23;
+constexpr std::size_t momentSize = timestampSize;
 std::size_t writeMoment(CellKind kind, const Timestamp& moment, char* to);
 
 /// The value of an exact number that is `SqliteForm::Real`.

@@ -86,6 +86,13 @@ std::unique_ptr<SqliteDatabase> SqliteDatabase::inMemory(std::string name)
     return database;
 }
 
+std::unique_ptr<SqliteDatabase> SqliteDatabase::temporary(std::string name)
+{
+    std::unique_ptr<SqliteDatabase> database(new SqliteDatabase(std::move(name)));
+    database->open("", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    return database;
+}
+
 void SqliteDatabase::open(const std::string& path, int flags)
 {
     // One thread per object: SQLite's own locks would only cost time.

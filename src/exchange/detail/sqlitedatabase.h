@@ -40,6 +40,9 @@ public:
     /// Opens an empty database in memory; `name` is for errors.
     static std::unique_ptr<SqliteDatabase> inMemory(std::string name);
 
+    /// Opens an empty database that goes to a temporary file when it becomes large.
+    static std::unique_ptr<SqliteDatabase> temporary(std::string name);
+
     ~SqliteDatabase();
     SqliteDatabase(const SqliteDatabase&) = delete;
     SqliteDatabase& operator=(const SqliteDatabase&) = delete;
