@@ -229,14 +229,13 @@ void DbfSource::Reader::tell()
     }
     if (!ToldMemo && Decoder->metMissingMemo()) {
         ToldMemo = true;
-        Of.note(missingMemo() + "; its values cannot be read", true);
+        Of.note("memo file: " + missingMemo() + "; its values cannot be read", true);
     }
 }
 
 std::string DbfSource::Reader::missingMemo() const
 {
-    return Of.file() == "-" ? "no memo file is beside standard input"
-                            : "memo file " + detail::likelyMemoFile(Of.file(), Layout) + " is missing";
+    return Of.file() == "-" ? "none beside standard input" : detail::likelyMemoFile(Of.file(), Layout) + " is missing";
 }
 
 std::vector<Fact> DbfSource::Reader::facts() const

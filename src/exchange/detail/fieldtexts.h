@@ -1,9 +1,12 @@
 /// \file
-/// Values that are text in a record: the usual forms of them, found without a call.
-/// All operations may read `RecordBlocks::slack` bytes before and after the field.
+/// Values that are text in a record: the usual forms of them, found without a call and nearly without a branch that
+/// depends on the value. All operations may read `RecordBlocks::slack` bytes before and after the field.
 #pragma once
 
-#include <kd_lib/detail/words.h>
+#include "../../formats/numbers.h"
+#include "lanes.h"
+#include "moments.h"
+
 #include <kd_lib/exchange/cell.h>
 
 #include <array>
@@ -14,119 +17,105 @@
 
 namespace kd_lib::exchange::detail {
 
-using kd_lib::detail::littleEndian;
-using kd_lib::detail::valueAt;
-using kd_lib::detail::Word;
-using kd_lib::detail::wordSize;
+/// The last bytes of a field, up to 32 of them, as bits: the highest bit is the last byte.
+struct FieldBits {
+    static constexpr std::size_t width = 2 * Lanes::count;
 
-constexpr Word everyByte(std::uint8_t byte)
-{
-    return byte * Word{0x0101010101010101U};
-}
+    /// The bits that belong to the field.
+    static std::uint32_t ofField(std::size_t length) { return length >= width ? ~0U : ~(~0U >> length); }
 
-/// The bytes of a word that come last in memory and are blanks or zero bytes.
-inline std::size_t paddingAtEnd(Word word)
-{
-    const Word others = word & everyByte(0xDF);
-    return static_cast<std::size_t>(littleEndian ? std::countl_zero(others) : std::countr_zero(others)) / 8;
-}
+    template <class Of>
+    static std::uint32_t bits(const char* end, std::size_t length, Of of)
+    {
+        const std::uint32_t last = of(Lanes(end - Lanes::count)) << Lanes::count;
+        return length <= Lanes::count ? last : last | of(Lanes(end - width));
+    }
+};
 
-inline std::size_t paddingAtStart(Word word)
+inline std::uint32_t paddingOf(const Lanes& lanes)
 {
-    const Word others = word & everyByte(0xDF);
-    return static_cast<std::size_t>(littleEndian ? std::countr_zero(others) : std::countl_zero(others)) / 8;
+    return lanes.equal(' ') | lanes.equal('\0');
 }
 
 /// A field without the blanks and zero bytes at its end.
 inline std::string_view withoutPaddingAtEnd(const char* bytes, std::size_t length)
 {
-    while (length >= wordSize) {
-        const std::size_t padding = paddingAtEnd(valueAt<Word>(bytes + length - wordSize));
-        length -= padding;
-        if (padding < wordSize) {
-            return {bytes, length};
+    while (length > 0) {
+        const std::uint32_t padding = FieldBits::bits(bytes + length, length, paddingOf);
+        const std::uint32_t text = ~padding & FieldBits::ofField(length);
+        if (text != 0) {
+            return {bytes, length - static_cast<std::size_t>(std::countl_zero(text))};
         }
+        length -= length < FieldBits::width ? length : FieldBits::width;
     }
-    const std::size_t padding = paddingAtEnd(valueAt<Word>(bytes + length - wordSize));
-    return {bytes, padding < length ? length - padding : 0};
+    return {bytes, 0};
 }
 
 /// A field without the blanks and zero bytes at both ends.
 inline std::string_view withoutPaddingAround(const char* bytes, std::size_t length)
 {
-    const std::string_view text = withoutPaddingAtEnd(bytes, length);
-    length = text.size();
-    while (length > 0) {
-        const std::size_t padding = paddingAtStart(valueAt<Word>(bytes));
-        if (padding < wordSize || padding >= length) {
-            const std::size_t skipped = padding < length ? padding : length;
-            return {bytes + skipped, length - skipped};
-        }
-        bytes += wordSize;
-        length -= wordSize;
+    std::string_view text = withoutPaddingAtEnd(bytes, length);
+    while (!text.empty() && (text.front() == ' ' || text.front() == '\0')) {
+        text.remove_prefix(1);
     }
-    return {bytes, 0};
+    return text;
 }
 
-inline bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
+enum class NumberForm : std::uint8_t {
+    Blank,   ///< padding only
+    Normal,  ///< padding around a number in the form of `Cell::Text`
+    Other
+};
 
-/// Whether a text is a number in the form of `Cell::Text` already.
-inline bool isNormalNumber(std::string_view text)
+/// Looks for a number in a field of up to 32 bytes. `digits` becomes what is not padding.
+inline NumberForm numberForm(const char* bytes, std::size_t length, std::string_view& digits)
 {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    const bool negative = at != end && *at == '-';
-    at += negative ? 1 : 0;
-    const char* const whole = at;
-    // Zero and 0.5 begin with a zero; -0 and -0.00 would be left with a sign.
-    unsigned char other = 0;
-    while (at != end && isDigit(*at)) {
-        other |= static_cast<unsigned char>(*at++ & 15);
+    const char* const end = bytes + length;
+    const std::uint32_t field = FieldBits::ofField(length);
+    const auto bits = [end, length, field](auto of) { return FieldBits::bits(end, length, of) & field; };
+    const std::uint32_t number = ~bits(paddingOf) & field;
+    if (number == 0) {
+        return NumberForm::Blank;
     }
-    if (at == whole || (*whole == '0' && at - whole > 1)) {
-        return false;
-    }
-    if (at == end) {
-        return other != 0 || !negative;
-    }
-    const char* const decimals = at + 1;
-    if (*at != '.' || decimals == end) {
-        return false;
-    }
-    for (at = decimals; at != end && isDigit(*at); ++at) {
-        other |= static_cast<unsigned char>(*at & 15);
-    }
-    return at == end && (other != 0 || !negative);
+    const std::uint32_t first = number & (0 - number);
+    const std::uint32_t last = std::bit_floor(number);
+    digits = {end - std::countl_zero(first) - 1,
+              static_cast<std::size_t>(std::countl_zero(first) - std::countl_zero(last) + 1)};
+
+    const std::uint32_t digit = bits([](const Lanes& lanes) { return lanes.digits(); });
+    const std::uint32_t zero = bits([](const Lanes& lanes) { return lanes.equal('0'); });
+    const std::uint32_t point = bits([](const Lanes& lanes) { return lanes.equal('.'); });
+    const std::uint32_t sign = bits([](const Lanes& lanes) { return lanes.equal('-'); }) & first;
+    const std::uint32_t unsignedFirst = sign != 0 ? first << 1 : first;
+    const bool together = number + first == last << 1;
+    const bool allKnown = (digit | point | sign) == number;
+    const bool onePoint = (point & (point - 1)) == 0;
+    const bool digitsAtEnds = (digit & unsignedFirst) != 0 && (digit & last) != 0;
+    const bool leadingZero = (zero & unsignedFirst) != 0 && (digit & unsignedFirst << 1) != 0;
+    const bool signedZero = sign != 0 && digit == zero;
+    const bool normal = static_cast<unsigned>(together) & static_cast<unsigned>(allKnown) &
+                        static_cast<unsigned>(onePoint) & static_cast<unsigned>(digitsAtEnds) &
+                        static_cast<unsigned>(!leadingZero) & static_cast<unsigned>(!signedZero);
+    return normal ? NumberForm::Normal : NumberForm::Other;
 }
 
 /// Reads eight digits that are a day of the calendar; false for anything else.
 inline bool isDay(const char* bytes, Date& day)
 {
-    std::array<char, 8> text{};
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        text[i] = bytes[i];
-    }
-    const Word word = valueAt<Word>(text.data());
-    const Word high = everyByte(0xF0);
-    if ((word & high) != everyByte(0x30) || ((word + everyByte(6)) & high) != everyByte(0x30)) {
+    constexpr std::uint64_t each = 0x0101010101010101U;
+    const std::uint64_t digits = formats::little64(bytes) ^ ('0' * each);
+    if (((digits | (digits + 6 * each)) & (0xF0 * each)) != 0) {
         return false;
     }
-    const auto two = [bytes](std::size_t at) {
-        return static_cast<unsigned>((bytes[at] - '0') * 10 + (bytes[at + 1] - '0'));
-    };
-    const unsigned year = two(0) * 100 + two(2);
-    const unsigned month = two(4);
-    const unsigned number = two(6);
-    constexpr std::array<std::uint8_t, 16> lengths{0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31, 0, 0, 0};
-    const bool leapDay = month == 2 && number == 29 && year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-    if (year == 0 || month > 12 || number == 0 || (number > lengths[month] && !leapDay)) {
-        return false;
-    }
-    day = {static_cast<std::int16_t>(year), static_cast<std::uint8_t>(month), static_cast<std::uint8_t>(number)};
-    return true;
+    // Each pair of digits becomes a number, in every other byte.
+    const std::uint64_t pairs = digits * 10 + (digits >> 8);
+    const auto pair = [pairs](unsigned place) { return static_cast<unsigned>(pairs >> (16 * place) & 0xFF); };
+    const unsigned year = pair(0) * 100 + pair(1);
+    const unsigned month = pair(2);
+    const unsigned number = pair(3);
+    const std::optional<Date> found = dayOfCalendar(year, month, number);
+    day = found.value_or(Date{});
+    return found.has_value();
 }
 
 /// What a letter of a logical field is.
@@ -145,5 +134,17 @@ constexpr std::array<Logical, 256> logicalLetters = [] {
     }
     return letters;
 }();
+
+/// Whether none of the bytes is above 127.
+inline bool isAsciiRecord(const char* bytes, std::size_t length)
+{
+    std::uint32_t high = 0;
+    std::size_t at = 0;
+    for (; length - at >= Lanes::count; at += Lanes::count) {
+        high |= Lanes(bytes + at).high();
+    }
+    const std::uint32_t rest = (1U << (length - at)) - 1;
+    return (high | (Lanes(bytes + at).high() & rest)) == 0;
+}
 
 }  // namespace kd_lib::exchange::detail

@@ -15,7 +15,7 @@ namespace kd_lib::exchange::detail {
 /// bytes, of no meaning, before the first and after the last byte of every view, for code that takes words.
 class RecordBlocks {
 public:
-    static constexpr std::size_t slack = 16;
+    static constexpr std::size_t slack = 32;
 
     /// Begins at the file's current position.
     explicit RecordBlocks(InputFile& file) : File(file), Offset(file.position()) {}

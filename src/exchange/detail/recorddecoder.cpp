@@ -12,6 +12,8 @@ namespace {
 
 using namespace formats;
 
+constexpr std::uint32_t dateWidth = 8;
+
 bool isAll(std::string_view bytes, char c)
 {
     return bytes.find_first_not_of(c) == std::string_view::npos;
@@ -63,10 +65,12 @@ RecordDecoder::RecordDecoder(const DbfLayout& layout, const std::vector<WantedFi
 
 void RecordDecoder::need(const std::vector<bool>& needed)
 {
-    Needed.clear();
+    Steps.clear();
     for (Field& field : Fields) {
         if (needed.empty() || needed[field.Column]) {
-            Needed.push_back(&field);
+            const bool usual = field.Bits.Null < 0 && !field.Type;
+            Steps.push_back(
+                {usual ? field.Form : FieldForm::Unknown, field.Offset, field.Length, field.Column, &field});
         }
     }
 }
@@ -78,32 +82,27 @@ bool RecordDecoder::isSet(const char* record, int bit) const
 }
 
 /// The forms that nearly all fields have, in their usual values. False: the field is to be looked at closely.
-inline bool RecordDecoder::decodeUsual(const Field& field, const char* bytes, bool ascii, Cell& cell) const
+inline bool RecordDecoder::decodeUsual(const Step& step, const char* bytes, bool ascii, Cell& cell)
 {
-    switch (field.Form) {
-    case FieldForm::Text: {
-        if (!ascii) {
-            return false;
-        }
-        cell = Cell::text(withoutPaddingAtEnd(bytes, field.Length));
-        return true;
-    }
+    // Members of the cell are set one by one: a whole cell would be made first and then copied.
+    switch (step.Form) {
+    case FieldForm::Text:
+        cell.Kind = CellKind::Text;
+        cell.Text = withoutPaddingAtEnd(bytes, step.Length);
+        return ascii;
     case FieldForm::Number: {
-        const std::string_view digits = withoutPaddingAround(bytes, field.Length);
-        cell = digits.empty() ? Cell::null() : Cell::number(digits);
-        return digits.empty() || isNormalNumber(digits);
+        const NumberForm form =
+            step.Length <= FieldBits::width ? numberForm(bytes, step.Length, cell.Text) : NumberForm::Other;
+        cell.Kind = form == NumberForm::Blank ? CellKind::Null : CellKind::Number;
+        return form != NumberForm::Other;
     }
-    case FieldForm::Date: {
-        Date day{};
-        if (field.Length != sizeof(Word) || !isDay(bytes, day)) {
-            return false;
-        }
-        cell = Cell::date(day);
-        return true;
-    }
+    case FieldForm::Date:
+        cell.Kind = CellKind::Date;
+        return step.Length == dateWidth && isDay(bytes, cell.Moment.Day);
     case FieldForm::Logical: {
-        const Logical value = field.Length == 1 ? logicalLetters[static_cast<unsigned char>(*bytes)] : Logical::Other;
-        cell = value == Logical::None ? Cell::null() : Cell::boolean(value == Logical::True);
+        const Logical value = step.Length == 1 ? logicalLetters[static_cast<unsigned char>(*bytes)] : Logical::Other;
+        cell.Kind = value == Logical::None ? CellKind::Null : CellKind::Boolean;
+        cell.Boolean = value == Logical::True;
         return value != Logical::Other;
     }
     default:
@@ -113,11 +112,10 @@ inline bool RecordDecoder::decodeUsual(const Field& field, const char* bytes, bo
 
 void RecordDecoder::decode(const char* bytes, Record& record)
 {
-    const bool ascii = Page.isAsciiBased() && isAscii({bytes, RecordLength});
-    for (Field* field : Needed) {
-        const bool special = field->Bits.Null >= 0 || field->Type.has_value();
-        if (special || !decodeUsual(*field, bytes + field->Offset, ascii, record.Cells[field->Column])) {
-            decodeOther(*field, bytes, record);
+    const bool ascii = Page.isAsciiBased() && isAsciiRecord(bytes, RecordLength);
+    for (const Step& step : Steps) {
+        if (!decodeUsual(step, bytes + step.Offset, ascii, record.Cells[step.Column])) {
+            decodeOther(*step.Of, bytes, record);
         }
     }
 }

@@ -59,7 +59,16 @@ private:
         std::string Conversion;          ///< memory for what conversions make
     };
 
-    bool decodeUsual(const Field& field, const char* bytes, bool ascii, Cell& cell) const;
+    /// What is looked at for every record, close together.
+    struct Step {
+        FieldForm Form;  ///< `Unknown` where a value needs more than its bytes
+        std::uint32_t Offset;
+        std::uint32_t Length;
+        std::size_t Column;
+        Field* Of;
+    };
+
+    static bool decodeUsual(const Step& step, const char* bytes, bool ascii, Cell& cell);
     void decodeOther(Field& field, const char* record, Record& to);
     void convertCell(Field& field, std::string_view bytes, Record& to);
     bool isSet(const char* record, int bit) const;
@@ -77,7 +86,7 @@ private:
     std::uint32_t NullFlagsAt = 0;
     std::uint32_t NullFlagsLength = 0;
     std::vector<Field> Fields;
-    std::vector<Field*> Needed;
+    std::vector<Step> Steps;  ///< of the fields that are needed
     bool MetHighByte = false;
     bool MetMissingMemo = false;
 };
