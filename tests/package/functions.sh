@@ -15,7 +15,7 @@ fail()
 # quietly COMMAND...: shows what the command says only where it fails.
 quietly()
 {
-    "$@" >command.log 2>&1 || { cat command.log >&2; fail "failed: $*"; }
+    "$@" >"$SCRATCH/command.log" 2>&1 || { cat "$SCRATCH/command.log" >&2; fail "failed: $*"; }
 }
 
 # expectOutput PROGRAM: the output of examples/consumer, byte for byte.
