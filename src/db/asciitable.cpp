@@ -1,9 +1,9 @@
 #include <kd_lib/asciitable.h>
 
-#include "detail/bytes.h"
 #include "detail/recordreader.h"
 #include "detail/slicing.h"
 
+#include <kd_lib/detail/bytes.h>
 #include <kd_lib/tokenizer.h>
 
 namespace kd_lib {

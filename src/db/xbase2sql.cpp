@@ -1,10 +1,10 @@
 #include <kd_lib/xbase2sql.h>
 
 #include "detail/appendliterals.h"
-#include "detail/bytes.h"
 #include "detail/messages.h"
 
 #include <kd_lib/console.h>
+#include <kd_lib/detail/bytes.h>
 #include <kd_lib/path.h>
 #include <kd_lib/sqlliteral.h>
 

@@ -20,7 +20,7 @@ constexpr const char* lenient = "SET SESSION innodb_strict_mode = 0";
 void checkCount(const Dialect& dialect, const std::string& file, std::size_t count)
 {
     if (count == 0) {
-        throw Error(file, "there are no columns to carry");
+        throw Error(file, detail::noColumns);
     }
     if (count > dialect.Columns) {
         throw Error(file, std::to_string(count) + " columns; a table of " + dialect.Name + " has at most " +

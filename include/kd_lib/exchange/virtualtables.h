@@ -19,7 +19,7 @@ namespace kd_lib::exchange {
 /// Who is told what happens while statements read files. The callbacks must not throw, and must not use the
 /// connection.
 struct VirtualTableEvents {
-    std::function<void(const Reject&)> OnReject = {};  ///< a cell became NULL; once for each cell
+    std::function<void(const Reject&)> OnReject = {};                       ///< a cell became NULL; once for each cell
     std::function<void(const std::string& file, const Note&)> OnNote = {};  ///< once for each note
 };
 

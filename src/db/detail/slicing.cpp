@@ -1,6 +1,6 @@
 #include "slicing.h"
 
-#include "bytes.h"
+#include <kd_lib/detail/bytes.h>
 
 #include <cstdio>
 #include <cstdlib>

@@ -2,7 +2,7 @@
 /// A growing output buffer.
 #pragma once
 
-#include "bytes.h"
+#include <kd_lib/detail/bytes.h>
 
 #include <algorithm>
 #include <memory>

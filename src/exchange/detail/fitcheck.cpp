@@ -128,4 +128,15 @@ std::uint64_t FitChecks::keptAsText(std::size_t column) const
     return found != Checks.end() ? found->KeptAsText : 0;
 }
 
+FitChecks finiteFloats(const std::vector<Column>& columns)
+{
+    FitChecks checks;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].Type == ColumnType::Float) {
+            checks.add(i, {FitRule::Finite});
+        }
+    }
+    return checks;
+}
+
 }  // namespace kd_lib::exchange::detail

@@ -54,4 +54,7 @@ private:
     std::vector<ColumnCheck> Checks;
 };
 
+/// The checks of a target that has neither NaN nor infinities.
+FitChecks finiteFloats(const std::vector<Column>& columns);
+
 }  // namespace kd_lib::exchange::detail

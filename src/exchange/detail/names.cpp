@@ -173,6 +173,15 @@ std::vector<std::string> columnNames(const std::vector<Column>& columns, NameCas
     return names.result();
 }
 
+std::vector<std::string> columnNames(const std::string& file, const std::vector<Column>& columns, NameCase nameCase,
+                                     std::vector<Note>& notes)
+{
+    if (columns.empty()) {
+        throw Error(file, noColumns);
+    }
+    return columnNames(columns, nameCase, nullptr, {}, notes);
+}
+
 std::string tableName(const std::string& file, const TableOptions& options, const Dialect& dialect,
                       std::vector<Note>& notes)
 {

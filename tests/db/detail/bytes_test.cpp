@@ -1,4 +1,4 @@
-#include "detail/bytes.h"
+#include <kd_lib/detail/bytes.h>
 
 #include <gtest/gtest.h>
 

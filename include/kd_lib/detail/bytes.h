@@ -1,5 +1,5 @@
 /// \file
-/// Copying and comparing the few bytes of a value without a call.
+/// Copying and comparing the few bytes of a value without a call. Not for client programs.
 #pragma once
 
 #include <kd_lib/detail/words.h>

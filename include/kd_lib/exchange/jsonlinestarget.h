@@ -1,0 +1,35 @@
+/// \file
+/// Records as lines of JSON.
+#pragma once
+
+#include <kd_lib/exchange/target.h>
+#include <kd_lib/export.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kd_lib::exchange {
+
+/// Writes one object a record, each on a line of its own (`JsonRow`). The file appears when it is finished.
+class KD_LIB_EXPORT JsonLinesTarget : public Target {
+public:
+    /// `path`: as for `OutputFile`, "-" is standard output.
+    explicit JsonLinesTarget(std::string path, NameCase names = NameCase::Lower);
+    ~JsonLinesTarget() override;
+
+    void begin(const std::string& file, const std::vector<Column>& columns) override;
+    void fit(Record& record) override;
+    void write(const Record& record) override;
+    void finish() override;
+    void abandon() noexcept override;
+
+private:
+    struct Work;
+
+    std::string Path;
+    NameCase Names;
+    std::unique_ptr<Work> Current;  ///< from `begin` on
+};
+
+}  // namespace kd_lib::exchange

@@ -1,0 +1,54 @@
+/// \file
+/// Records as a script of SQL.
+#pragma once
+
+#include <kd_lib/exchange/dialect.h>
+#include <kd_lib/exchange/target.h>
+#include <kd_lib/export.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kd_lib::exchange {
+
+/// How the records of a script are written.
+enum class RowStyle : std::uint8_t {
+    Fastest,  ///< COPY for PostgreSQL; INSERT for the others
+    Inserts   ///< INSERT
+};
+
+/// Writes a script that makes the table and fills it, in one transaction, whatever the settings of its client are.
+/// The file appears when it is finished.
+///
+/// Where the script fails, PostgreSQL and SQLite hold nothing of it, and a table that was there is as it was; with
+/// SQLite also in a client that goes on after an error, as sqlite3 does without -bail. MySQL commits where a table is
+/// made: an empty table may be left.
+/// SQLite reads about one in 200 decimal literals of doubles one unit off; `SqliteTarget` carries them all exactly.
+class KD_LIB_EXPORT SqlScriptTarget : public Target {
+public:
+    /// `path`: as for `OutputFile`, "-" is standard output.
+    SqlScriptTarget(std::string path, const Dialect& dialect, TableOptions options = {},
+                    RowStyle style = RowStyle::Fastest);
+    ~SqlScriptTarget() override;
+
+    void begin(const std::string& file, const std::vector<Column>& columns) override;
+    void fit(Record& record) override;
+    void write(const Record& record) override;
+    void finish() override;
+    void abandon() noexcept override;
+    std::string destination() const override;
+
+private:
+    struct Work;
+
+    std::string Path;
+    const Dialect& To;
+    TableOptions Options;
+    RowStyle Style;
+    std::string Table;
+    std::unique_ptr<Work> Current;  ///< from `begin` on
+};
+
+}  // namespace kd_lib::exchange

@@ -1,0 +1,60 @@
+#include "binarytext.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace kd_lib::exchange::detail {
+
+namespace {
+
+constexpr char hexDigits[] = "0123456789abcdef";
+constexpr char base64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+/// A multiple of three: only the last piece of a text needs padding.
+constexpr std::size_t pieceSize = 12288;
+
+/// Each piece of `bytes` through `put(to, piece)`, which writes at most `Longest` times as much, and four bytes.
+template <std::size_t Longest, class Put>
+void writePieces(std::string_view bytes, OutputBlock& out, Put put)
+{
+    while (!bytes.empty()) {
+        const std::string_view piece = bytes.substr(0, pieceSize);
+        out.advance(put(out.reserve(piece.size() * Longest + 4), piece));
+        bytes.remove_prefix(piece.size());
+    }
+}
+
+std::uint32_t byteAt(std::string_view bytes, std::size_t at)
+{
+    return at < bytes.size() ? static_cast<unsigned char>(bytes[at]) : 0U;
+}
+
+}  // namespace
+
+void writeHex(std::string_view bytes, OutputBlock& out)
+{
+    writePieces<2>(bytes, out, [](char* to, std::string_view piece) {
+        for (const char c : piece) {
+            const auto byte = static_cast<unsigned char>(c);
+            *to++ = hexDigits[byte >> 4U];
+            *to++ = hexDigits[byte & 0xFU];
+        }
+        return to;
+    });
+}
+
+void writeBase64(std::string_view bytes, OutputBlock& out)
+{
+    writePieces<2>(bytes, out, [](char* to, std::string_view piece) {
+        for (std::size_t at = 0; at < piece.size(); at += 3) {
+            const std::uint32_t three = byteAt(piece, at) << 16U | byteAt(piece, at + 1) << 8U | byteAt(piece, at + 2);
+            *to++ = base64Digits[three >> 18U];
+            *to++ = base64Digits[three >> 12U & 0x3FU];
+            *to++ = at + 1 < piece.size() ? base64Digits[three >> 6U & 0x3FU] : '=';
+            *to++ = at + 2 < piece.size() ? base64Digits[three & 0x3FU] : '=';
+        }
+        return to;
+    });
+}
+
+}  // namespace kd_lib::exchange::detail

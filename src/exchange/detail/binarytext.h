@@ -1,0 +1,17 @@
+/// \file
+/// Bytes as text.
+#pragma once
+
+#include <kd_lib/exchange/outputblock.h>
+
+#include <string_view>
+
+namespace kd_lib::exchange::detail {
+
+/// Two lower-case hexadecimal digits a byte.
+void writeHex(std::string_view bytes, OutputBlock& out);
+
+/// Base64 with padding, without line ends.
+void writeBase64(std::string_view bytes, OutputBlock& out);
+
+}  // namespace kd_lib::exchange::detail

@@ -1,0 +1,41 @@
+/// \file
+/// A file under way to its name.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+
+namespace kd_lib::exchange::detail {
+
+/// The descriptor of an output file, and how the file comes to its name: see `OutputFile`, which gathers the text.
+class NewFile {
+public:
+    explicit NewFile(const std::string& path);
+    ~NewFile();
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    void write(std::string_view text);
+    void commit();
+    void abandon() noexcept;
+    bool isStraight() const { return Straight; }
+
+private:
+    void openStraight(const std::string& path);
+    void openNew();
+    void openTemporary(mode_t mode);
+    void takeOver(mode_t mode, uid_t owner, gid_t group);
+    void giveName();
+    void close() noexcept;
+    [[noreturn]] void fail(int error) const;
+
+    std::string Path;       ///< as the caller named it
+    std::string Final;      ///< the same through symbolic links
+    std::string Temporary;  ///< the file's name so far; empty: none
+    int Descriptor = -1;
+    bool Straight = false;
+    bool Replaces = false;  ///< a file of the final name was there
+};
+
+}  // namespace kd_lib::exchange::detail

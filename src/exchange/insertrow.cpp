@@ -1,0 +1,308 @@
+// Rows as literals of SQL.
+#include <kd_lib/exchange/rowtext.h>
+
+#include "detail/binarytext.h"
+#include "detail/cellform.h"
+#include "detail/digits.h"
+#include "detail/escape.h"
+
+#include <bit>
+#include <cstdint>
+#include <string>
+#include <unordered_set>
+
+namespace kd_lib::exchange {
+
+namespace {
+
+constexpr char quote = '\'';
+
+void writeQuote(OutputBlock& out)
+{
+    out.write(quote);
+}
+
+/// Quotes are doubled, all else stays.
+struct DoubledQuotes {
+    static constexpr std::size_t Longest = 2;
+
+    static detail::SixteenBytes marks(detail::SixteenBytes bytes)
+    {
+        return std::bit_cast<detail::SixteenBytes>(bytes == quote);
+    }
+
+    static char* put(char* to, char byte)
+    {
+        *to++ = byte;
+        if (byte == quote) {
+            *to++ = byte;
+        }
+        return to;
+    }
+};
+
+/// Quotes are doubled; what a backslash can stand for is written so.
+struct Backslashes {
+    static constexpr std::size_t Longest = 2;
+
+    static detail::SixteenBytes marks(detail::SixteenBytes bytes)
+    {
+        return std::bit_cast<detail::SixteenBytes>((bytes == quote) | (bytes == '\\') | (bytes == '\r') | (bytes == 0));
+    }
+
+    static char* put(char* to, char byte)
+    {
+        const auto pair = [to](char first, char second) {
+            to[0] = first;
+            to[1] = second;
+            return to + 2;
+        };
+        switch (byte) {
+        case quote:
+            return pair(quote, quote);
+        case '\\':
+            return pair('\\', '\\');
+        case '\r':
+            return pair('\\', 'r');
+        case '\0':
+            return pair('\\', '0');
+        default:
+            *to = byte;
+            return to + 1;
+        }
+    }
+};
+
+template <class Way>
+void writeQuoted(std::string_view text, OutputBlock& out)
+{
+    writeQuote(out);
+    detail::writeEscaped<Way>(text, out);
+    writeQuote(out);
+}
+
+/// The literal of a blob in SQLite and MySQL.
+void writeBlob(std::string_view bytes, OutputBlock& out)
+{
+    detail::writeShort("x'", out);
+    detail::writeHex(bytes, out);
+    writeQuote(out);
+}
+
+struct PostgreSqlForm {
+    static constexpr char Quote = quote;
+    static constexpr char Between = ' ';
+    static constexpr std::string_view Null = "NULL";
+    static constexpr std::string_view True = "true";
+    static constexpr std::string_view False = "false";
+
+    static void text(std::string_view text, OutputBlock& out)
+    {
+        if (!detail::containsByte(text, '\r')) {
+            writeQuoted<DoubledQuotes>(text, out);
+            return;
+        }
+        out.write('E');
+        writeQuoted<Backslashes>(text, out);
+    }
+
+    static void bytes(std::string_view bytes, OutputBlock& out)
+    {
+        detail::writeShort("'\\x", out);
+        detail::writeHex(bytes, out);
+        writeQuote(out);
+    }
+
+    /// Between quotes: a number without them would go through numeric, which has no -0.
+    static char* real(char* to, double value)
+    {
+        *to++ = quote;
+        if (std::isfinite(value)) {
+            to = detail::putReal(to, value);
+        } else {
+            const std::string_view word = std::isnan(value) ? "NaN" : value > 0 ? "Infinity" : "-Infinity";
+            to = kd_lib::detail::copyBytes(to, word);
+        }
+        *to++ = quote;
+        return to;
+    }
+};
+
+struct MySqlForm {
+    static constexpr char Quote = quote;
+    static constexpr char Between = ' ';
+    static constexpr std::string_view Null = "NULL";
+    static constexpr std::string_view True = "1";
+    static constexpr std::string_view False = "0";
+
+    static void text(std::string_view text, OutputBlock& out) { writeQuoted<Backslashes>(text, out); }
+    static void bytes(std::string_view bytes, OutputBlock& out) { writeBlob(bytes, out); }
+
+    /// With an exponent always: a number without one would be a decimal first, which has no -0.
+    static char* real(char* to, double value)
+    {
+        char* const end = detail::putReal(to, value);
+        const bool exponent =
+            std::string_view(to, static_cast<std::size_t>(end - to)).find('e') != std::string_view::npos;
+        return exponent ? end : kd_lib::detail::copyBytes(end, "e0");
+    }
+};
+
+/// SQLite's literals have no escapes. What clients change on their way, and what would end a text, is replaced by a
+/// word that the text does not hold, and put back by the database. A chain of char(13)||... would be too deep for long
+/// texts.
+class SqliteText {
+public:
+    explicit SqliteText(std::string_view text) : Text(text) {}
+
+    void write(OutputBlock& out) const
+    {
+        const bool returns = detail::containsByte(Text, '\r');
+        const bool zeros = detail::containsByte(Text, '\0');
+        const std::string returnWord = returns ? unusedWord("\\r") : "";
+        const std::string zeroWord = zeros ? unusedWord("\\0") : "";
+        out.write(returns && zeros ? "replace(replace(" : "replace(");
+        writeQuote(out);
+        writePieces(returnWord, zeroWord, out);
+        writeQuote(out);
+        putBack(zeroWord, "0", out);
+        putBack(returnWord, "13", out);
+    }
+
+private:
+    static void putBack(const std::string& word, const char* code, OutputBlock& out)
+    {
+        if (!word.empty()) {
+            out.write(",'" + word + "',char(" + code + "))");
+        }
+    }
+
+    /// `begin`, or that with a number after it, such that the text does not hold it. It has one backslash, at its
+    /// beginning, so it cannot come about across the ends of what is around it either.
+    std::string unusedWord(const std::string& begin) const
+    {
+        std::size_t found = 0;
+        for (std::size_t at = Text.find(begin); at != std::string_view::npos; at = Text.find(begin, at + 1)) {
+            ++found;
+        }
+        if (found == 0) {
+            return begin;
+        }
+        // There are more numbers of this many digits than places where one may be.
+        std::uint64_t number = 1;
+        while (number <= found) {
+            number *= 10;
+        }
+        const std::size_t digits = std::to_string(number).size();
+        std::unordered_set<std::string_view> used;
+        for (std::size_t at = Text.find(begin); at != std::string_view::npos; at = Text.find(begin, at + 1)) {
+            used.insert(Text.substr(at + begin.size(), digits));
+        }
+        while (used.contains(std::to_string(number))) {
+            ++number;
+        }
+        return begin + std::to_string(number);
+    }
+
+    void writePieces(const std::string& returnWord, const std::string& zeroWord, OutputBlock& out) const
+    {
+        std::string_view rest = Text;
+        while (!rest.empty()) {
+            const std::size_t end = rest.find_first_of(std::string_view("\r\0", 2));
+            detail::writeEscaped<DoubledQuotes>(rest.substr(0, end), out);
+            if (end == std::string_view::npos) {
+                break;
+            }
+            out.write(rest[end] == '\r' ? returnWord : zeroWord);
+            rest.remove_prefix(end + 1);
+        }
+    }
+
+    std::string_view Text;
+};
+
+struct SqliteForm {
+    static constexpr char Quote = quote;
+    static constexpr char Between = ' ';
+    static constexpr std::string_view Null = "NULL";
+    static constexpr std::string_view True = "1";
+    static constexpr std::string_view False = "0";
+
+    static void text(std::string_view text, OutputBlock& out)
+    {
+        const auto changed = [](detail::SixteenBytes bytes) {
+            return std::bit_cast<detail::SixteenBytes>((bytes == '\r') | (bytes == 0));
+        };
+        if (detail::containsAny(text, changed)) {
+            SqliteText(text).write(out);
+        } else {
+            writeQuoted<DoubledQuotes>(text, out);
+        }
+    }
+
+    static void bytes(std::string_view bytes, OutputBlock& out) { writeBlob(bytes, out); }
+
+    /// Never a whole number, which would be an integer in a column without a type.
+    static char* real(char* to, double value)
+    {
+        if (std::isinf(value)) {
+            return kd_lib::detail::copyBytes(to, value > 0 ? "9e999" : "-9e999");
+        }
+        char* const end = detail::putReal(to, value);
+        const bool whole =
+            std::string_view(to, static_cast<std::size_t>(end - to)).find_first_of(".e") == std::string_view::npos;
+        return whole ? kd_lib::detail::copyBytes(end, ".0") : end;
+    }
+};
+
+template <class Form>
+void writeValues(const std::vector<Cell>& cells, OutputBlock& out)
+{
+    out.write('(');
+    for (const Cell& cell : cells) {
+        detail::writeCell<Form>(cell, out);
+        out.write(',');
+    }
+    // The row ends where the last comma is.
+    char* const end = out.reserve(0);
+    end[-1] = ')';
+}
+
+void writeSqliteValues(const TableLayout& layout, const std::vector<Cell>& cells, OutputBlock& out)
+{
+    out.write('(');
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        const Cell& cell = cells[i];
+        const bool asText = cell.Kind == CellKind::Number && layout.columns()[i].Type.empty() &&
+                            detail::sqliteFormOf(cell.Text) == detail::SqliteForm::Text;
+        if (asText) {
+            writeQuote(out);
+        }
+        detail::writeCell<SqliteForm>(cell, out);
+        if (asText) {
+            writeQuote(out);
+        }
+        out.write(',');
+    }
+    char* const end = out.reserve(0);
+    end[-1] = ')';
+}
+
+}  // namespace
+
+void writeInsertRow(const TableLayout& layout, const Record& record, OutputBlock& out)
+{
+    switch (layout.dialect().Is) {
+    case Engine::Sqlite:
+        writeSqliteValues(layout, record.Cells, out);
+        break;
+    case Engine::PostgreSql:
+        writeValues<PostgreSqlForm>(record.Cells, out);
+        break;
+    case Engine::MySql:
+        writeValues<MySqlForm>(record.Cells, out);
+        break;
+    }
+}
+
+}  // namespace kd_lib::exchange
