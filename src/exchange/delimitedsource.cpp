@@ -49,6 +49,7 @@ private:
     void giveRecord(Record& record);
     void giveRowFlaw(Record& record) const;
     void tellAtEnd();
+    const char* whyPage() const { return Options.Encoding.empty() ? "that of text files" : "as asked"; }
 
     DelimitedSource& Of;
     const SourceOptions Options;
@@ -237,7 +238,7 @@ void DelimitedSource::Reader::tellAtEnd()
     }
     Told = true;
     if (Cells.metHighBytes()) {
-        Of.note("code page " + Page.name() + ": " + (Options.Encoding.empty() ? "that of text files" : "as asked"));
+        Of.note("code page " + Page.name() + ": " + whyPage());
     }
     if (Rows.hasEndMark()) {
         Of.note("the byte 1A at the end, the end mark of DOS, is left out");
@@ -274,6 +275,15 @@ Source::Origin DelimitedSource::Reader::origin(std::size_t column) const
     return {offset, OriginBytes};
 }
 
+std::vector<Fact> DelimitedSource::Reader::facts() const
+{
+    return {{"kind", "delimited text"},
+            {"code page", Page.name() + " (" + whyPage() + ')'},
+            {"delimiter", detail::delimiterName(Form.Delimiter)},
+            {"quote", Form.HasQuotes ? detail::delimiterName(Form.Quote) : "none"},
+            {"header", Options.Header ? "the first row" : "none"}};
+}
+
 DelimitedSource::DelimitedSource(const std::string& file, const SourceOptions& options) : Source(file)
 {
     const SourceKind kind = options.Kind == SourceKind::Tsv ? SourceKind::Tsv : SourceKind::Csv;
@@ -301,6 +311,11 @@ void DelimitedSource::seek(std::uint64_t number)
 void DelimitedSource::need(const std::vector<bool>& needed)
 {
     TheReader->need(needed);
+}
+
+std::vector<Fact> DelimitedSource::facts() const
+{
+    return TheReader->facts();
 }
 
 std::uint64_t DelimitedSource::position() const

@@ -344,6 +344,22 @@ TEST(DelimitedSource, WhatIsNotFoundAsAType)
     EXPECT_EQ(shownColumns(asked.source), "a:integer b:text");
 }
 
+TEST(DelimitedSource, Facts)
+{
+    const auto factsOf = [](const SourceOptions& options) {
+        Text text("a\n", options);
+        std::string all;
+        for (const auto& fact : text.source.facts()) {
+            all += fact.Label + ": " + fact.Value + '\n';
+        }
+        return all;
+    };
+    EXPECT_EQ(factsOf({}), "kind: delimited text\ncode page: UTF-8 (that of text files)\ndelimiter: ','\nquote: '\"'\n"
+                           "header: the first row\n");
+    EXPECT_EQ(factsOf({.Encoding = "852", .Delimiter = "\\t", .Quote = "", .Header = false}),
+              "kind: delimited text\ncode page: CP852 (as asked)\ndelimiter: tab\nquote: none\nheader: none\n");
+}
+
 TEST(DelimitedSource, SelectedColumnsRangesAndNeeds)
 {
     const std::string bytes = "a,b,c\n1,2,3\n4,5,6\n7,8,9\n";

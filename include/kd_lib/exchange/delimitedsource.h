@@ -36,6 +36,7 @@ public:
     Origin origin(std::size_t column) const override;
     void seek(std::uint64_t number) override;
     void need(const std::vector<bool>& needed) override;
+    std::vector<Fact> facts() const override;
     std::uint64_t position() const override;
     std::optional<std::uint64_t> size() const override;
 

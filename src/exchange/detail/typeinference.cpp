@@ -1,6 +1,5 @@
 #include "typeinference.h"
 
-#include "fieldtexts.h"
 #include "moments.h"
 #include "values.h"
 #include "wording.h"
@@ -13,6 +12,11 @@ namespace {
 
 /// The longest text that is taken for a number.
 constexpr std::size_t longestNumber = 1000;
+
+bool isAsPrinted(const Converted& number, std::string_view text)
+{
+    return number.Value.Kind == CellKind::Number && number.Value.Text == text;
+}
 
 }  // namespace
 
@@ -30,15 +34,14 @@ void TypeInference::add(std::string_view text, std::uint64_t record)
 
 void TypeInference::addNumber(std::string_view text)
 {
-    Exact = text.size() <= longestNumber && isNormalNumber(text);
+    Exact = text.size() <= longestNumber && isAsPrinted(numberOf(text, Scratch), text);
     if (!Exact) {
         Whole = false;
         return;
     }
     const std::size_t point = std::min(text.find('.'), text.size());
     const auto decimals = static_cast<std::uint32_t>(point < text.size() ? text.size() - point - 1 : 0);
-    std::string scratch;
-    Whole = Whole && decimals == 0 && wholeNumberOf(text, scratch).Value.Kind == CellKind::Number;
+    Whole = Whole && decimals == 0 && wholeNumberOf(text, Scratch).Value.Kind == CellKind::Number;
     WholeWidth = std::max(WholeWidth, static_cast<std::uint32_t>(point));
     Decimals = std::max(Decimals, decimals);
 }

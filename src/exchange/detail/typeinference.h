@@ -36,6 +36,7 @@ private:
     std::uint64_t TextRecord = 0;  // the first that made the column one of text
     std::uint32_t WholeWidth = 0;  // characters before the point, with the sign
     std::uint32_t Decimals = 0;
+    std::string Scratch;
 };
 
 /// One line for all columns.
