@@ -31,6 +31,8 @@ public:
     void seek(std::uint64_t number);
     void need(const std::vector<bool>& needed);
     Origin origin(std::size_t column) const;
+    std::vector<Fact> facts() const;
+
     const detail::InputFile& file() const { return Window.file(); }
 
 private:
