@@ -97,8 +97,8 @@ std::string quotedName(const std::string& name)
 
 Binding::Binding(const kd_lib::TableFields& fields) : Fields(fields), Dates(fields.size())
 {
-    for (const kd_lib::TableField* field : fields.List) {
-        Kinds.push_back(kindOf(*field));
+    for (const kd_lib::TableField& field : fields) {
+        Kinds.push_back(kindOf(field));
     }
 }
 
@@ -123,8 +123,8 @@ std::string Binding::createTable(const std::string& table) const
 {
     std::string sql = "CREATE TABLE " + quotedName(table);
     const char* separator = " (";
-    for (const kd_lib::TableField* field : Fields.List) {
-        sql += separator + quotedName(field->Name) + ' ' + declaredType(*field);
+    for (const kd_lib::TableField& field : Fields) {
+        sql += separator + quotedName(field.Name) + ' ' + declaredType(field);
         separator = ", ";
     }
     return sql + ")";

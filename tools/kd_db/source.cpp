@@ -28,15 +28,11 @@ void Source::failRecord(const std::string& reason) const
 
 void Source::openFile()
 {
-    const FileParts parts(Argument);
-    kd_lib::FileTable& opened = table();
-    opened.Path = parts.Directory;
-    opened.Extension = parts.Extension;
-    if (parts.Name.empty()) {
+    if (FileParts(Argument).Name.empty()) {
         fail("No file name provided for table file");
     }
     requireReadableFile(Argument);
-    if (!opened.open(parts.Name)) {
+    if (!table().openPath(Argument)) {
         fail("cannot be opened");
     }
 }
@@ -45,8 +41,6 @@ FileParts::FileParts(const std::string& file)
 {
     const std::size_t slash = file.rfind('/');
     const std::size_t start = slash == std::string::npos ? 0 : slash + 1;
-    // The root keeps its slash, every other directory goes without.
-    Directory = file.substr(0, start > 1 ? start - 1 : start);
     Name = file.substr(start);
     const std::size_t dot = Name.rfind('.');
     if (dot != std::string::npos) {

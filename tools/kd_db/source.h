@@ -61,9 +61,8 @@ std::unique_ptr<Source> openSource(const SourceOptions& options);
 /// Opens an xBase table.
 std::unique_ptr<XBaseSource> openXBase(const std::string& file);
 
-/// A file's name in the pieces that the library puts together again.
+/// A file's name without its directory.
 struct FileParts {
-    std::string Directory;
     std::string Name;
     std::string Extension;  ///< without its dot, as it is written
 

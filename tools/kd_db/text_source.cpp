@@ -119,8 +119,8 @@ bool DelimitedSource::extractContent(const std::string& record)
         DelimitedTable::extractContent(Line);
     }
     if (Unquote) {
-        for (kd_lib::TableField* field : Fields.List) {
-            field->Value = kd_lib::removeQuotes(field->Value);
+        for (kd_lib::TableField& field : Fields) {
+            field.Value = kd_lib::removeQuotes(field.Value);
         }
     }
     return true;
@@ -141,11 +141,11 @@ void PositionalSource::defineColumns(std::string columns)
         }
     }
     setFieldOffsets(columns);
-    for (const kd_lib::TableField* field : Fields.List) {
-        if (field->Length < 0) {
+    for (const kd_lib::TableField& field : Fields) {
+        if (field.Length < 0) {
             fail("--columns must be numbers that rise");
         }
-        Width = std::max(Width, static_cast<std::size_t>(field->Offset) + static_cast<std::size_t>(field->Length));
+        Width = std::max(Width, static_cast<std::size_t>(field.Offset) + static_cast<std::size_t>(field.Length));
     }
 }
 

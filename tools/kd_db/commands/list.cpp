@@ -38,8 +38,8 @@ private:
 Listing::Listing(const Source& source, const kd_lib::TableFields& fields, bool marked)
     : Fields(fields), Marked(marked), Padded(source.hasWidths())
 {
-    for (const kd_lib::TableField* field : fields.List) {
-        Widths.push_back(Padded ? std::max(static_cast<std::size_t>(field->Length), field->Name.size()) : 0);
+    for (const kd_lib::TableField& field : fields) {
+        Widths.push_back(Padded ? std::max(static_cast<std::size_t>(field.Length), field.Name.size()) : 0);
     }
 }
 

@@ -13,10 +13,8 @@ void memory(const std::string& file)
         throw UsageError(file + ": the file must end in .mem");
     }
     requireReadableFile(file);
-    kd_lib::xBaseMemory variables(parts.Name);
-    variables.Path = parts.Directory;
-    variables.Extension = parts.Extension;
-    if (parts.Name.empty() || !variables.open()) {
+    kd_lib::xBaseMemory variables;
+    if (parts.Name.empty() || !variables.openPath(file)) {
         throw Failure(file, "cannot be opened");
     }
     ResultOutput results;
