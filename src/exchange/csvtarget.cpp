@@ -11,20 +11,26 @@
 namespace kd_lib::exchange {
 
 struct CsvTarget::Work {
-    explicit Work(const std::string& path) : Out(path) {}
+    Work(OutputBlock* out, const std::string& path)
+        : File(out == nullptr ? std::make_unique<OutputFile>(path) : nullptr), Out(out == nullptr ? *File : *out)
+    {
+    }
 
-    OutputFile Out;
+    std::unique_ptr<OutputFile> File;
+    OutputBlock& Out;
     detail::FitChecks Checks;
 };
 
 CsvTarget::CsvTarget(std::string path, NameCase names) : Path(std::move(path)), Names(names) {}
+
+CsvTarget::CsvTarget(OutputBlock& out, NameCase names) : Out(&out), Names(names) {}
 
 CsvTarget::~CsvTarget() = default;
 
 void CsvTarget::begin(const std::string& file, const std::vector<Column>& columns)
 {
     const std::vector<std::string> names = detail::columnNames(file, columns, Names, Notes);
-    Current = std::make_unique<Work>(Path);
+    Current = std::make_unique<Work>(Out, Path);
     Current->Checks = detail::finiteFloats(columns);
     const char* separator = "";
     for (const std::string& name : names) {
@@ -46,7 +52,11 @@ void CsvTarget::write(const Record& record)
 
 void CsvTarget::finish()
 {
-    Current->Out.commit();
+    if (Current->File) {
+        Current->File->commit();
+    } else {
+        Current->Out.flush();
+    }
 }
 
 void CsvTarget::abandon() noexcept

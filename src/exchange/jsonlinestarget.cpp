@@ -11,20 +11,27 @@
 namespace kd_lib::exchange {
 
 struct JsonLinesTarget::Work {
-    Work(const std::string& path, const std::vector<std::string>& names) : Out(path), Row(names) {}
+    Work(OutputBlock* out, const std::string& path, const std::vector<std::string>& names)
+        : File(out == nullptr ? std::make_unique<OutputFile>(path) : nullptr), Out(out == nullptr ? *File : *out),
+          Row(names)
+    {
+    }
 
-    OutputFile Out;
+    std::unique_ptr<OutputFile> File;
+    OutputBlock& Out;
     JsonRow Row;
     detail::FitChecks Checks;
 };
 
 JsonLinesTarget::JsonLinesTarget(std::string path, NameCase names) : Path(std::move(path)), Names(names) {}
 
+JsonLinesTarget::JsonLinesTarget(OutputBlock& out, NameCase names) : Out(&out), Names(names) {}
+
 JsonLinesTarget::~JsonLinesTarget() = default;
 
 void JsonLinesTarget::begin(const std::string& file, const std::vector<Column>& columns)
 {
-    Current = std::make_unique<Work>(Path, detail::columnNames(file, columns, Names, Notes));
+    Current = std::make_unique<Work>(Out, Path, detail::columnNames(file, columns, Names, Notes));
     Current->Checks = detail::finiteFloats(columns);
 }
 
@@ -40,7 +47,11 @@ void JsonLinesTarget::write(const Record& record)
 
 void JsonLinesTarget::finish()
 {
-    Current->Out.commit();
+    if (Current->File) {
+        Current->File->commit();
+    } else {
+        Current->Out.flush();
+    }
 }
 
 void JsonLinesTarget::abandon() noexcept

@@ -87,7 +87,7 @@ bool tellsOfLoss(const std::vector<Note>& notes)
 void carryRecords(Source& source, Target& target, const TransferOptions& options, Tally& tally)
 {
     Watch watch(source, options);
-    while (source.next()) {
+    while (tally.Stored < options.Limit && source.next()) {
         Record& record = source.record();
         target.fit(record);
         if (record.Flaws.empty() || applyPolicy(source, options.Policy, options.OnReject, tally)) {

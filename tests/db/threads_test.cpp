@@ -186,7 +186,8 @@ TEST(Threads, PositionalTables)
     EXPECT_EQ(0, quietFailuresInThreads([&directory](int number) {
                   FileTable table;
                   table.Path = directory.path();
-                  table.setFieldOffsets("6|12");
+                  std::string columns = "6|12";
+                  table.setFieldOffsets(columns);
                   return table.open("table" + std::to_string(number)) && table.firstRecord() &&
                          walked(table) == expectedWalk(number) && table.close();
               }));

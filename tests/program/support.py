@@ -3,9 +3,11 @@
 The program is named by the environment's KD_DB, the builders of examples/data by KD_EXAMPLES.
 """
 import contextlib
+import json
 import os
 import resource
 import shutil
+import sqlite3
 import subprocess
 import sys
 import tempfile
@@ -19,7 +21,13 @@ PROGRAM = os.environ['KD_DB']
 SANITIZED = bool(os.environ.get('KD_SANITIZE'))
 # In memory where that is possible: a database syncs with every transaction.
 FOLDERS = '/dev/shm' if os.access('/dev/shm', os.W_OK) else None
-HINT = "Try 'kd_db --help'.\n"
+for variable in ['PAGER', 'LESS', 'NO_COLOR', 'COLUMNS', 'LINES']:
+    os.environ.pop(variable, None)
+
+
+def hint(command=''):
+    """The second line of wrong usage."""
+    return f"Try 'kd_db {command + ' ' if command else ''}--help'.\n"
 
 
 class Result:
@@ -55,14 +63,25 @@ class ProgramTest(unittest.TestCase):
         """The program fails with exactly this error line and prints no result."""
         self.check(arguments, '', notes + 'kd_db: ' + line + '\n', code, **settings)
 
+    def check_usage(self, arguments, line, **settings):
+        """The arguments are refused with this line and the hint at the command's help."""
+        command = arguments[0] if arguments and not arguments[0].startswith('-') else ''
+        self.check(arguments, '', f'kd_db: {line}\n{hint(command)}', 2, **settings)
+
     def rows(self, database, sql):
-        """The rows of a query as lines, read through the program."""
-        result = self.run_program('query', database, sql)
-        self.assertEqual((result.code, result.err), (0, ''), sql)
-        return result.out.splitlines()[1:]
+        """The rows of a query, by SQLite itself."""
+        with contextlib.closing(sqlite3.connect(database)) as connection:
+            return connection.execute(sql).fetchall()
+
+    def values(self, database, sql):
+        """The first column of a query."""
+        return [row[0] for row in self.rows(database, sql)]
 
     def check_intact(self, database):
-        self.assertEqual(self.rows(database, 'PRAGMA integrity_check'), ['ok'])
+        self.assertEqual(self.values(database, 'PRAGMA integrity_check'), ['ok'])
+
+    def files(self):
+        return sorted(os.listdir('.'))
 
 
 def decoded(output):
@@ -81,14 +100,20 @@ def content(name):
         return file.read()
 
 
-def sample(name):
-    """A sample file of the project."""
-    return write(name, make_data.FILES[name])
+def json_lines(text):
+    return [json.loads(line) for line in text.splitlines()]
 
 
-def table(records, columns=(('NAME', 'C', 6, 0), ('COUNT', 'N', 4, 0))):
+def sample(*names):
+    """Sample files of the project; the first one's name."""
+    for name in names:
+        write(name, make_data.FILES[name])
+    return names[0]
+
+
+def table(records, columns=(('NAME', 'C', 6, 0), ('COUNT', 'N', 4, 0)), **header):
     """The bytes of a .dbf table whose records are lists of values."""
-    return make_data.dbf(list(columns), [(' ', list(values)) for values in records])
+    return make_data.dbf(list(columns), [(' ', list(values)) for values in records], **header)
 
 
 def many_records(count):

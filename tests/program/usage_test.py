@@ -1,61 +1,108 @@
 """Help, version and wrong usage."""
+import shlex
 import unittest
 
-from support import HINT, ProgramTest, sample, write
+from support import ProgramTest, hint, make_data, sample, write
 
-COMMANDS = ['show', 'list', 'script', 'load', 'import', 'query', 'memory']
+COMMANDS = ['show', 'list', 'convert', 'load', 'query', 'verify', 'inspect', 'import', 'memory', 'script']
 
 WRONG = [
-    ([], 'A subcommand is required'),
-    (['dance'], 'A subcommand is required'),
-    (['show'], 'FILE is required'),
-    (['show', 'a.dbf', 'b.dbf'], 'The following argument was not expected: b.dbf'),
-    (['show', '--loud', 'a.dbf'], 'The following argument was not expected: --loud'),
-    (['load', 'a.dbf'], '--into is required'),
-    (['import', 'a.sql'], '--into is required'),
-    (['query', 'a.db'], 'SQL is required'),
-    (['memory', 'a.dbf'], 'a.dbf: the file must end in .mem'),
-    (['script', 'a.csv'], 'a.csv: the file must end in .dbf'),
-    (['show', 'a.xls'], 'a.xls: the file must end in .dbf, .csv, .tab, .tsv or .txt'),
-    (['show', 'dbf'], 'dbf: the file must end in .dbf, .csv, .tab, .tsv or .txt'),
-    (['show', 'a.dbf/b'], 'a.dbf/b: the file must end in .dbf, .csv, .tab, .tsv or .txt'),
-    (['show', 'a.txt'], 'a.txt: a .txt file needs --columns'),
-    (['list', 'a.dbf', '--columns', '5|12'], 'a.dbf: --columns is for .txt files'),
-    (['list', 'a.dbf', '--unquote'], 'a.dbf: --unquote is for .csv, .tab and .tsv files'),
+    ([], 'a command is missing'),
+    ([''], 'a command is missing'),
+    (['shwo'], 'unknown command "shwo"; did you mean "show"?'),
+    (['dance'], 'unknown command "dance"'),
+    (['--loud'], 'unknown option "--loud"; options follow the command'),
+    (['-q', 'list'], 'unknown option "-q"; options follow the command'),
+    (['help', 'lst'], 'unknown command "lst"; did you mean "list"?'),
+    (['help', 'list', 'load'], 'unexpected argument "load"'),
+]
+
+WRONG_ARGUMENTS = [
+    (['show'], 'FILE is missing'),
+    (['list', 'a.dbf', 'b.dbf'], 'unexpected argument "b.dbf"'),
+    (['show', '--loud', 'a.dbf'], 'unknown option "--loud"'),
+    (['load', 'a.dbf', '--intoo', 'a.db'], 'unknown option "--intoo"; did you mean "--into"?'),
+    (['load', 'a.dbf'], '--into is missing'),
+    (['import', 'a.sql'], '--into is missing'),
+    (['convert', 'a.dbf'], '--to is missing'),
+    (['convert', 'a.dbf', '--to', 'xml'], '--to: "xml" is none of sqlite, postgresql, mysql, csv, jsonl'),
+    (['convert', 'a.dbf', '--to', 'csv', '--key', 'id'], '--key is not for --to csv'),
+    (['convert', 'a.dbf', '--to', 'jsonl', '--key', 'id'], '--key is not for --to jsonl'),
+    (['convert', 'a.dbf', '--to', 'mysql', '--inserts'], '--inserts is for --to postgresql'),
+    (['query', 'a.db'], 'SQL is missing'),
+    (['verify', 'a.dbf'], 'DATABASE is missing'),
+    (['script', 'a.csv'], 'a.csv: script takes .dbf files'),
+    (['list', '-'], 'standard input needs --from'),
+    (['load', '-', '--from', 'csv', '--into', 'a.db'], 'standard input needs --table'),
+    (['convert', '-', '--from', 'csv', '--to', 'mysql'], 'standard input needs --table'),
+    (['load', 'a.csv', 'b.csv', '--into', 'a.db', '--table', 't'],
+     '--table names one table; several files need --append with it'),
+    (['load', 'a.csv', '--into', 'a.db', '--append', '--replace'],
+     '--replace: --append and --replace exclude each other'),
+    (['list', 'a.csv', '--rejects', '-'], '--rejects and the result cannot both go to standard output'),
 ]
 
 
 class Usage(ProgramTest):
-    def test_wrong_usage_is_one_line_and_a_hint_with_exit_code_2(self):
+    def test_wrong_usage_is_one_line_and_a_hint_with_status_2(self):
         for arguments, line in WRONG:
             with self.subTest(arguments):
-                self.check(arguments, '', f'kd_db: {line}\n{HINT}', 2)
+                self.check(arguments, '', f'kd_db: {line}\n{hint()}', 2)
 
-    def test_deleted_is_for_xbase_tables(self):
-        sample('cities.csv')
-        self.check(['list', 'cities.csv', '--deleted'], '',
-                   f'Table: cities.csv\nkd_db: cities.csv: --deleted is for .dbf files\n{HINT}', 2)
+    def test_wrong_arguments_hint_at_the_help_of_the_command(self):
+        for arguments, line in WRONG_ARGUMENTS:
+            with self.subTest(arguments):
+                self.check_usage(arguments, line)
 
     def test_version_goes_to_standard_output(self):
         self.check(['--version'], 'kd_db 1.1\n')
 
     def test_help_goes_to_standard_output_within_80_columns(self):
-        for arguments in [['--help']] + [[command, '--help'] for command in COMMANDS]:
+        for arguments in [['--help'], ['-h'], ['help']] + [[command, '--help'] for command in COMMANDS]:
             with self.subTest(arguments):
                 code, out, err = self.run_program(*arguments)
                 self.assertEqual((code, err), (0, ''))
-                self.assertLessEqual(max(map(len, out.splitlines())), 80)
+                lines = out.split('Examples:')[0].splitlines()
+                self.assertLessEqual(max(map(len, lines)), 80)
 
-    def test_help_names_every_command_and_shows_examples(self):
+    def test_help_names_every_command_and_the_exit_statuses(self):
         out = self.run_program('--help').out
         for command in COMMANDS:
             self.assertRegex(out, rf'\n  {command} ')
         self.assertIn('Examples:\n  kd_db ', out)
-        self.assertIn('Exit codes: 0 done', out)
+        self.assertIn('Exit status: 0 done', out)
 
-    def test_file_name_that_begins_with_a_dash_stands_behind_two_dashes(self):
+    def test_help_of_a_command_has_two_ways(self):
+        for command in COMMANDS:
+            with self.subTest(command):
+                long = self.run_program(command, '--help').out
+                self.assertEqual(self.run_program('help', command).out, long)
+                self.assertEqual(self.run_program(command, '-h').out, long)
+                self.assertTrue(long.startswith(f'Usage: kd_db {command} [OPTION]... '))
+
+    def test_help_wins_over_what_is_missing(self):
+        self.assertEqual(self.run_program('load', '--help').code, 0)
+
+    def test_file_name_that_begins_with_a_dash_follows_two_dashes(self):
         write('-a.csv', 'x,y\n1,2\n')
-        self.check(['list', '--', '-a.csv'], 'x\ty\n1\t2\n', 'Table: -a.csv\n')
+        self.check(['list', '-q', '--', '-a.csv'], 'x  y\n-  -\n1  2\n')
+
+
+class Examples(ProgramTest):
+    """Every command of every help runs, one after the other in one folder, on the sample files."""
+
+    def test_examples_run(self):
+        for name in make_data.FILES:
+            sample(name)
+        for page in [['--help']] + [[command, '--help'] for command in COMMANDS]:
+            examples = self.run_program(*page).out.split('Examples:\n')[1].split('\n\n')[0].splitlines()
+            self.assertGreaterEqual(len(examples), 2, page)
+            for example in examples:
+                with self.subTest(example):
+                    words = shlex.split(example)
+                    self.assertEqual(words[0], 'kd_db')
+                    result = self.run_program(*words[1:])
+                    self.assertEqual(result.code, 0, result.err)
 
 
 if __name__ == '__main__':

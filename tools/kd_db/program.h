@@ -1,10 +1,10 @@
 /// \file
-/// The program behind `main`.
+/// The console program.
 #pragma once
 
 namespace kd_tool {
 
-/// Reads the arguments, runs the command, and answers the exit code.
+/// Runs the program with these arguments; returns its exit status.
 int runProgram(int argc, const char* const* argv);
 
 }  // namespace kd_tool

@@ -1,9 +1,11 @@
 #include "signals.h"
 
-#include "failure.h"
+#include "exitstatus.h"
 
+#include <atomic>
 #include <csignal>
-#include <termios.h>
+#include <pthread.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace kd_tool {
@@ -11,32 +13,58 @@ namespace kd_tool {
 namespace {
 
 constexpr int patience = 3;
+constexpr std::size_t stackSize = 65536;
 
-volatile std::sig_atomic_t received = 0;
-volatile std::sig_atomic_t count = 0;
-volatile std::sig_atomic_t finishing = 0;
+std::atomic<int> received = 0;
+std::atomic<bool> finishing = false;
+std::atomic<pid_t> pager = 0;
+sigset_t watched;
+sigset_t maskBefore;
 
-bool terminalKnown = false;
-termios terminal;
-
-extern "C" void onSignal(int signal)
+/// Never destroyed: the thread that requests the stop runs until the end of the process.
+std::stop_source& stopSource()
 {
-    received = signal;
-    count = count + 1;
-    if (finishing == 0 || count >= patience) {
-        if (terminalKnown) {
-            ::tcsetattr(STDIN_FILENO, TCSANOW, &terminal);
+    static auto* source = new std::stop_source;
+    return *source;
+}
+
+[[noreturn]] void endNow(int signal)
+{
+    const pid_t shown = pager;
+    if (shown > 0) {
+        ::kill(shown, SIGTERM);
+        ::waitpid(shown, nullptr, 0);
+    }
+    ::_exit(statusSignal + signal);
+}
+
+/// A thread of its own receives the signals, so that a stop can be requested like from any other place.
+void* watch(void*)
+{
+    for (int count = 1;; ++count) {
+        int signal = 0;
+        if (::sigwait(&watched, &signal) != 0) {
+            return nullptr;
         }
-        ::_exit(exitSignalBase + signal);
+        received = signal;
+        const bool waits = finishing || (pager > 0 && signal == SIGINT);
+        if (!waits || count >= patience) {
+            endNow(signal);
+        }
+        stopSource().request_stop();
     }
 }
 
-void handle(int signal, void (*handler)(int))
+bool startWatching()
 {
-    struct sigaction action {};
-    action.sa_handler = handler;
-    sigemptyset(&action.sa_mask);
-    ::sigaction(signal, &action, nullptr);
+    pthread_attr_t attributes;
+    pthread_t thread{};
+    ::pthread_attr_init(&attributes);
+    ::pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+    ::pthread_attr_setstacksize(&attributes, stackSize);
+    const bool started = ::pthread_create(&thread, &attributes, watch, nullptr) == 0;
+    ::pthread_attr_destroy(&attributes);
+    return started;
 }
 
 bool isIgnored(int signal)
@@ -47,21 +75,37 @@ bool isIgnored(int signal)
 
 }  // namespace
 
-void installSignals()
+void watchSignals()
 {
-    terminalKnown = ::tcgetattr(STDIN_FILENO, &terminal) == 0;
-    handle(SIGPIPE, SIG_IGN);
-    handle(SIGXFSZ, SIG_IGN);
-    handle(SIGINT, onSignal);
-    handle(SIGTERM, onSignal);
-    if (!isIgnored(SIGHUP)) {
-        handle(SIGHUP, onSignal);
+    static bool watching = false;
+    if (watching) {
+        return;
+    }
+    watching = true;
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    sigemptyset(&watched);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        if (!isIgnored(signal)) {
+            sigaddset(&watched, signal);
+        }
+    }
+    stopSource();
+    ::pthread_sigmask(SIG_BLOCK, &watched, &maskBefore);
+    if (!startWatching()) {
+        // Without the thread a signal ends the program by itself.
+        ::pthread_sigmask(SIG_SETMASK, &maskBefore, nullptr);
     }
 }
 
 void finishOnSignal()
 {
-    finishing = 1;
+    finishing = true;
+}
+
+std::stop_token stopToken()
+{
+    return stopSource().get_token();
 }
 
 int signalReceived()
@@ -69,11 +113,16 @@ int signalReceived()
     return received;
 }
 
-void throwIfInterrupted()
+void setPager(pid_t process)
 {
-    if (received != 0) {
-        throw Interrupted{received};
-    }
+    pager = process;
+}
+
+void restoreSignals()
+{
+    std::signal(SIGPIPE, SIG_DFL);
+    std::signal(SIGXFSZ, SIG_DFL);
+    ::pthread_sigmask(SIG_SETMASK, &maskBefore, nullptr);
 }
 
 }  // namespace kd_tool

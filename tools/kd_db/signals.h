@@ -2,20 +2,30 @@
 /// Signals that end the program.
 #pragma once
 
+#include <stop_token>
+#include <sys/types.h>
+
 namespace kd_tool {
 
-/// SIGINT, SIGTERM and SIGHUP end the program at once, with the terminal as it was before. A closed pipe
-/// and the limit of a file's size become failed writes.
-void installSignals();
+/// From now on SIGINT, SIGTERM and SIGHUP end the program at once, with status 128 plus the signal's number; a
+/// closed pipe and the limit of a file's size become failed writes. A signal that was ignored before stays so.
+void watchSignals();
 
-/// From now on the three signals only ask for the end: work that changes files looks for them and leaves
-/// everything as it was before. The third one still ends the program at once.
+/// From now on the three signals only ask for the end, by `stopToken`: work that changes files takes everything
+/// back and ends by itself. The third one still ends the program at once.
 void finishOnSignal();
+
+/// Asked to stop when a signal came.
+std::stop_token stopToken();
 
 /// The signal that asked for the end; 0: none.
 int signalReceived();
 
-/// Throws `Interrupted` when a signal asked for the end.
-void throwIfInterrupted();
+/// While a pager shows the results SIGINT is its own affair, and asks the program to write no more; the other
+/// signals end the pager too. 0: no pager.
+void setPager(pid_t process);
+
+/// Lets a child process receive signals as usual; between fork and exec.
+void restoreSignals();
 
 }  // namespace kd_tool

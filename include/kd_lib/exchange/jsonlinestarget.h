@@ -2,6 +2,7 @@
 /// Records as lines of JSON.
 #pragma once
 
+#include <kd_lib/exchange/outputblock.h>
 #include <kd_lib/exchange/target.h>
 #include <kd_lib/export.h>
 
@@ -16,6 +17,10 @@ class KD_LIB_EXPORT JsonLinesTarget : public Target {
 public:
     /// `path`: as for `OutputFile`, "-" is standard output.
     explicit JsonLinesTarget(std::string path, NameCase names = NameCase::Lower);
+
+    /// Writes to a block of the caller, which must live until the end of the work: `finish` flushes it, `abandon`
+    /// leaves it as it is.
+    explicit JsonLinesTarget(OutputBlock& out, NameCase names = NameCase::Lower);
     ~JsonLinesTarget() override;
 
     void begin(const std::string& file, const std::vector<Column>& columns) override;
@@ -28,6 +33,7 @@ private:
     struct Work;
 
     std::string Path;
+    OutputBlock* Out = nullptr;  // the caller's; null: a file
     NameCase Names;
     std::unique_ptr<Work> Current;  ///< from `begin` on
 };

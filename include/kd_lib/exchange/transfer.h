@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <stop_token>
 
@@ -30,6 +31,7 @@ struct Progress {
 
 struct TransferOptions {
     OnError Policy = OnError::Null;
+    std::uint64_t Limit = std::numeric_limits<std::uint64_t>::max();  ///< ends after so many records that were stored
     std::function<void(const Reject&)> OnReject = {};      ///< called for each reject, in the order of the records
     std::function<void(const Progress&)> OnProgress = {};  ///< called about every 64 KiB, and at the end
     std::stop_token Stop = {};                             ///< when a stop is requested, the transfer throws `Stopped`

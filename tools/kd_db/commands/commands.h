@@ -1,46 +1,21 @@
 /// \file
-/// The commands of the program. Each returns when it is done and throws what failure.h declares otherwise.
+/// The commands. Each returns an exit status, and throws an `exchange::Error` where the whole of its work fails.
 #pragma once
 
-#include "../source.h"
-
-#include <string>
+#include "../console.h"
+#include "../options.h"
 
 namespace kd_tool {
 
-struct ListOptions {
-    SourceOptions Source;
-    bool Deleted = false;  ///< list deleted records too, marked
-};
-
-struct ScriptOptions {
-    std::string File;
-    std::string KeyColumn;
-    bool DefinitionOnly = false;
-};
-
-struct LoadOptions {
-    SourceOptions Source;
-    std::string Database;
-    std::string Table;  ///< empty: the file's name in lower case
-};
-
-struct ImportOptions {
-    std::string Script;
-    std::string Database;
-};
-
-struct QueryOptions {
-    std::string Database;
-    std::string Sql;
-};
-
-void show(const SourceOptions& options);
-void list(const ListOptions& options);
-void script(const ScriptOptions& options);
-void load(const LoadOptions& options);
-void import(const ImportOptions& options);
-void query(const QueryOptions& options);
-void memory(const std::string& file);
+int show(const Options& options, Console& console);
+int list(const Options& options, Console& console);
+int convert(const Options& options, Console& console);
+int load(const Options& options, Console& console);
+int query(const Options& options, Console& console);
+int verify(const Options& options, Console& console);
+int inspect(const Options& options, Console& console);
+int import(const Options& options, Console& console);
+int memory(const Options& options, Console& console);
+int script(const Options& options, Console& console);
 
 }  // namespace kd_tool

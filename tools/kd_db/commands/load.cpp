@@ -1,88 +1,128 @@
 #include "commands.h"
 
-#include "../binding.h"
-#include "../database.h"
-#include "../output.h"
+#include "../carry.h"
+#include "../databases.h"
+#include "../exitstatus.h"
+#include "../inputs.h"
 #include "../signals.h"
 
-#include <kd_lib/text.h>
-
-#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <mutex>
+#include <set>
+#include <thread>
+#include <vector>
 
 namespace kd_tool {
 
 namespace {
 
-struct Counts {
-    std::uint64_t Read = 0;
-    std::uint64_t LeftOut = 0;
-    std::uint64_t Stored = 0;
-    std::uint64_t Rounded = 0;
+/// The files of one load, and what became of them.
+class Load {
+public:
+    Load(const Options& options, Console& console) : Asked(options), To(console), Rejects(openRejects(options))
+    {
+        Files = filesOf(options.Arguments, options.Source);
+        for (const std::string& file : Files) {
+            requireKind(file, options.Source);
+            requireOtherFile(file, options.Into);
+            if (file == "-" && options.Table.Table.empty()) {
+                throw UsageError("standard input needs --table");
+            }
+        }
+        if (Files.size() > 1 && !options.Table.Table.empty() && options.Table.Mode != exchange::TableMode::Append) {
+            throw UsageError("--table names one table; several files need --append with it");
+        }
+    }
+
+    int run()
+    {
+        {
+            const WorkInProgress work(To, Files.size() == 1 ? Files.front() : counted(Files.size(), "file"),
+                                      sizeOf(Files));
+            loadAll();
+        }
+        if (Rejects) {
+            Rejects->finish();
+        }
+        if (Failure) {
+            std::rethrow_exception(Failure);
+        }
+        if (Files.size() > 1) {
+            summarize();
+        }
+        return Status;
+    }
+
+private:
+    void loadAll()
+    {
+        const std::size_t jobs = std::min<std::size_t>(jobsAtATime(Asked.Into, Asked.Jobs), Files.size());
+        std::vector<std::thread> others;
+        for (std::size_t i = 1; i < jobs; ++i) {
+            others.emplace_back([this] { loadNext(); });
+        }
+        loadNext();
+        for (std::thread& other : others) {
+            other.join();
+        }
+    }
+
+    /// Loads files until none is left.
+    void loadNext()
+    {
+        for (std::size_t i = Next++; i < Files.size(); i = Next++) {
+            try {
+                const int status = withErrorLine(Files[i], To, [&] { return loadFile(Files[i]); });
+                const std::lock_guard guard(Lock);
+                Status = worse(Status, status);
+                Failed += status == statusFailed || status == statusUsage ? 1U : 0U;
+                WithLosses += status == statusLoss ? 1U : 0U;
+            } catch (...) {
+                // Asked to stop: the other threads find it out by themselves.
+                const std::lock_guard guard(Lock);
+                Failure = std::current_exception();
+                Next = Files.size();
+            }
+        }
+    }
+
+    int loadFile(const std::string& file)
+    {
+        const auto source = exchange::openSource(file, Asked.Source);
+        const auto target = databaseTarget(Asked);
+        return carry(*source, *target, {Asked, To, Rejects.get()});
+    }
+
+    void summarize()
+    {
+        To.note(Asked.Into + ": " + counted(Files.size(), "file") + ", " + std::to_string(Files.size() - Failed) +
+                " loaded, " + std::to_string(WithLosses) + " of them with losses, " + std::to_string(Failed) +
+                " failed");
+    }
+
+    const Options& Asked;
+    Console& To;
+    std::unique_ptr<RejectsFile> Rejects;
+    std::vector<std::string> Files;
+    std::atomic<std::size_t> Next = 0;
+
+    std::mutex Lock;
+    int Status = statusDone;
+    std::size_t Failed = 0;
+    std::size_t WithLosses = 0;
+    std::exception_ptr Failure;
 };
-
-void requireNames(const Source& source, const kd_lib::TableFields& fields)
-{
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        if (fields.List[i]->Name.empty()) {
-            source.fail("column " + std::to_string(i + 1) + " has no name");
-        }
-    }
-}
-
-/// Stores the records through one prepared statement.
-Counts storeRecords(Source& source, Connection& database, const std::string& name)
-{
-    kd_lib::FileTable& table = source.table();
-    Binding binding(table.Fields);
-    database.require(database.execute(binding.createTable(name)));
-    database.require(database.prepare(binding.insert(name)));
-    Counts counts;
-    table.firstRecord();
-    while (table.fetchRecord()) {
-        ++counts.Read;
-        if (source.deleted()) {
-            ++counts.LeftOut;
-            continue;
-        }
-        database.require(binding.bindRecord(database) && database.SQLite3::execute());
-        database.resetResults();
-        ++counts.Stored;
-    }
-    counts.Rounded = binding.roundedNumbers();
-    return counts;
-}
-
-void say(const LoadOptions& options, const std::string& table, const Counts& counts)
-{
-    if (counts.Rounded > 0) {
-        note(options.Source.File + ": " + counted(counts.Rounded, "number") +
-             " rounded: more digits than SQLite keeps");
-    }
-    note(options.Source.File + ": " + counted(counts.Read, "record") + " read, " + std::to_string(counts.LeftOut) +
-         " left out, " + std::to_string(counts.Stored) + " stored in table " + table);
-}
 
 }  // namespace
 
-void load(const LoadOptions& options)
+int load(const Options& options, Console& console)
 {
-    finishOnSignal();
-    const std::unique_ptr<Source> source = openSource(options.Source);
-    const kd_lib::FileTable& table = source->table();
-    requireNames(*source, table.Fields);
-    const std::string name = options.Table.empty() ? kd_lib::stringToLower(table.Name) : options.Table;
-    TargetFile file(options.Database);
-    Counts counts;
-    {
-        // Closed without a commit it leaves the database as it was.
-        Connection database(options.Database);
-        database.begin();
-        counts = storeRecords(*source, database, name);
-        throwIfInterrupted();
-        database.commit();
+    if (options.Into.empty()) {
+        throw UsageError("--into is missing");
     }
-    file.keep();
-    say(options, name, counts);
+    finishOnSignal();
+    return Load(options, console).run();
 }
 
 }  // namespace kd_tool

@@ -1,63 +1,127 @@
 #include "commands.h"
 
-#include "../database.h"
-#include "../output.h"
-#include "../sql_words.h"
+#include "../carry.h"
+#include "../exitstatus.h"
+#include "../inputs.h"
+#include "../listtarget.h"
+#include "../report.h"
+#include "../signals.h"
+#include "../sqlplace.h"
+
+#include <kd_lib/exchange/sqlitesource.h>
+#include <kd_lib/exchange/virtualtables.h>
+
+#include <map>
 
 namespace kd_tool {
 
 namespace {
 
-/// A connection that tells the end of the rows from a failure, and stops when nobody reads the results.
-class QueryConnection : public Connection {
-public:
-    using Connection::Connection;
-
-    bool fetchRow() override
-    {
-        // The end of the rows sets their number, a failure leaves it alone.
-        constexpr std::uint64_t unset = ~std::uint64_t{0};
-        resultRows = unset;
-        const bool fetched = Connection::fetchRow();
-        if (!fetched && resultRows == unset) {
-            setError();
-            fail();
+/// Prints the rows of a statement; one without columns tells how many rows it changed.
+int print(exchange::SqliteSource& rows, const Options& options, Console& console)
+{
+    if (rows.columns().empty()) {
+        while (rows.next()) {
         }
-        return fetched;
+        console.note(rows.file() + ": " + counted(rows.changes(), "row") + " changed");
+        return statusDone;
+    }
+    const auto target = listTarget(options, console);
+    return carry(rows, *target, {options, console, nullptr, "shown", false});
+}
+
+/// Reports of the files that a statement reads.
+class FileReports {
+public:
+    FileReports(Console& console, RejectsFile* rejects) : To(console), Rejects(rejects) {}
+
+    exchange::VirtualTableEvents events()
+    {
+        return {[this](const exchange::Reject& reject) {
+                    Loss = true;
+                    of(reject.Where.File).reject(reject);
+                },
+                [this](const std::string& file, const exchange::Note& note) {
+                    Loss = Loss || note.Loss;
+                    Notes.emplace_back(file, note);
+                }};
     }
 
-    bool processRow() override { return Connection::processRow() && !Results.failed(); }
-
-    /// Prints the current result.
-    void print()
+    /// Tells what is left to tell; returns the status.
+    int finish()
     {
-        queryResults();
-        Results.finish();
+        for (auto& [file, report] : Files) {
+            report.restOfRejects();
+        }
+        for (const auto& [file, note] : Notes) {
+            Report(To, nullptr, file, "").sourceNotes({note});
+        }
+        return Loss ? statusLoss : statusDone;
     }
 
 private:
-    ResultOutput Results;
+    Report& of(const std::string& file) { return Files.try_emplace(file, To, Rejects, file, "taken").first->second; }
+
+    Console& To;
+    RejectsFile* Rejects;
+    std::map<std::string, Report> Files;
+    std::vector<std::pair<std::string, exchange::Note>> Notes;
+    bool Loss = false;
 };
+
+std::vector<exchange::FileTableOptions> tablesOf(const std::vector<std::string>& files, const Options& options)
+{
+    std::vector<exchange::FileTableOptions> tables;
+    for (const std::string& file : files) {
+        if (file == "-") {
+            throw UsageError("query does not read standard input");
+        }
+        tables.push_back({file, {}, options.Source});
+    }
+    return tables;
+}
+
+int queryFiles(const std::vector<std::string>& arguments, const std::string& sql, const Options& options,
+               Console& console)
+{
+    const std::vector<std::string> files = filesOf(arguments, options.Source);
+    const std::string name = arguments.size() == 1 ? arguments.front() : counted(arguments.size(), "file");
+    const std::unique_ptr<RejectsFile> rejects = openRejects(options);
+    FileReports reports(console, rejects.get());
+    int status = statusDone;
+    {
+        exchange::TableConnection tables(tablesOf(files, options), reports.events(), stopToken());
+        exchange::SqliteSource rows(tables.handle(), name, sql);
+        status = print(rows, options, console);
+    }
+    status = worse(status, reports.finish());
+    if (rejects) {
+        rejects->finish();
+    }
+    return status;
+}
 
 }  // namespace
 
-void query(const QueryOptions& options)
+int query(const Options& options, Console& console)
 {
-    requireReadableFile(options.Database);
-    if (holdsSecondStatement(options.Sql)) {
-        throw Failure(options.Database, "the text holds more than one statement");
+    std::vector<std::string> arguments = options.Arguments;
+    const std::string sql = arguments.back();
+    arguments.pop_back();
+    try {
+        if (arguments.size() > 1 || isFolder(arguments.front()) || isTableFile(arguments.front(), options.Source)) {
+            return queryFiles(arguments, sql, options, console);
+        }
+        finishOnSignal();
+        exchange::SqliteSource rows(arguments.front(), sql, {.Stop = stopToken()});
+        return print(rows, options, console);
+    } catch (const exchange::SqlError& error) {
+        console.trouble(error.what());
+        for (const std::string& line : placeInSql(sql, error.At)) {
+            console.say(line);
+        }
+        return statusFailed;
     }
-    QueryConnection database(options.Database);
-    database.require(database.query(options.Sql));
-    if (database.statement == nullptr) {
-        throw Failure(options.Database, "the text holds no SQL statement");
-    }
-    if (database.columnCount > 0) {
-        database.print();
-        return;
-    }
-    database.require(database.execute());
-    note(options.Database + ": " + counted(database.resultRows, "row") + " changed");
 }
 
 }  // namespace kd_tool

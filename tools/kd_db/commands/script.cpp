@@ -1,21 +1,90 @@
 #include "commands.h"
 
-#include "../atomic_file.h"
-#include "../output.h"
+#include "../classictable.h"
+#include "../exitstatus.h"
+#include "../resultoutput.h"
 #include "../signals.h"
-#include "../xbase_source.h"
 
-#include <kd_lib/console.h>
+#include <kd_lib/exchange/error.h>
+#include <kd_lib/exchange/outputfile.h>
 #include <kd_lib/path.h>
 
+#include <iostream>
+#include <ostream>
+#include <sstream>
 #include <stdexcept>
+#include <streambuf>
 
 namespace kd_tool {
 
 namespace {
 
+/// Lets a stream write to an output file. What the file throws, the stream throws.
+class FileBuffer : public std::streambuf {
+public:
+    explicit FileBuffer(exchange::OutputFile& file) : File(file) {}
+
+protected:
+    int_type overflow(int_type c) override
+    {
+        if (!traits_type::eq_int_type(c, traits_type::eof())) {
+            File.write(traits_type::to_char_type(c));
+        }
+        return traits_type::not_eof(c);
+    }
+
+    std::streamsize xsputn(const char* text, std::streamsize count) override
+    {
+        File.write(std::string_view(text, static_cast<std::size_t>(count)));
+        return count;
+    }
+
+private:
+    exchange::OutputFile& File;
+};
+
+/// As long as it lives, what the library says on standard output is kept.
+class Overheard {
+public:
+    Overheard() : Before(std::cout.rdbuf(Kept.rdbuf())) {}
+    ~Overheard() { std::cout.rdbuf(Before); }
+    Overheard(const Overheard&) = delete;
+    Overheard& operator=(const Overheard&) = delete;
+
+    void tell(Console& console)
+    {
+        for (std::string line; std::getline(Kept, line);) {
+            console.note(line);
+        }
+    }
+
+private:
+    std::stringstream Kept;
+    std::streambuf* Before;
+};
+
+void throwIfStopped(const std::string& file)
+{
+    if (signalReceived() != 0) {
+        throw exchange::Stopped(file, "stopped");
+    }
+}
+
+std::unique_ptr<ClassicTable> openTable(const std::string& file, Console& console)
+{
+    Overheard said;
+    try {
+        auto table = std::make_unique<ClassicTable>(file, [file] { throwIfStopped(file); });
+        said.tell(console);
+        return table;
+    } catch (const exchange::Error&) {
+        said.tell(console);
+        throw;
+    }
+}
+
 /// The name that the library gives to the script of a table.
-std::string scriptPath(const XBaseSource& table)
+std::string scriptPath(const ClassicTable& table)
 {
     std::string path = table.Path;
     kd_lib::addEndSlash(path);
@@ -24,34 +93,70 @@ std::string scriptPath(const XBaseSource& table)
     return path;
 }
 
-void write(XBaseSource& table, AtomicFile& file)
+void write(ClassicTable& table, exchange::OutputFile& file)
 {
+    FileBuffer buffer(file);
+    std::ostream out(&buffer);
+    out.exceptions(std::ios::badbit);
     try {
-        table.writeScript(file.stream());
+        table.writeScript(out);
     } catch (const std::out_of_range&) {
         table.failRecord("holds a date that is too short for SQL");
     }
     file.commit();
 }
 
+void tellWhatDiffers(ClassicTable& table, const std::string& file, Console& console)
+{
+    if (table.recordsRead() > table.RecordCount) {
+        console.note(file + ": the header counts " + counted(table.RecordCount, "record") + ", the file holds " +
+                     std::to_string(table.recordsRead()));
+    }
+    const std::uint64_t blanked = table.blankedBytes();
+    if (blanked > 0) {
+        console.note(file + ": " + counted(blanked, "byte") + " outside printable ASCII read as blanks");
+    }
+    if (table.deletedRecords() > 0) {
+        console.note(file + ": " + counted(table.deletedRecords(), "deleted record") +
+                     ", for each of which the script holds the record before once more");
+    }
+}
+
+bool endsInDbf(const std::string& file)
+{
+    constexpr std::string_view extension = ".dbf";
+    if (file.size() < extension.size()) {
+        return false;
+    }
+    std::string end = file.substr(file.size() - extension.size());
+    for (char& c : end) {
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    return end == extension;
+}
+
 }  // namespace
 
-void script(const ScriptOptions& options)
+int script(const Options& options, Console& console)
 {
+    const std::string& argument = options.Arguments.front();
+    if (!endsInDbf(argument)) {
+        throw UsageError(argument + ": script takes .dbf files");
+    }
     finishOnSignal();
-    const std::unique_ptr<XBaseSource> table = openXBase(options.File);
-    table->KeyColumn = options.KeyColumn;
+    const std::unique_ptr<ClassicTable> table = openTable(argument, console);
+    table->KeyColumn = options.Table.Key;
     table->InsertRecords = !options.DefinitionOnly;
     const std::string path = scriptPath(*table);
-    AtomicFile file(path);
+    exchange::OutputFile file(path);
     write(*table, file);
-    if (table->deletedRecords() > 0) {
-        note(options.File + ": " + counted(table->deletedRecords(), "deleted record") +
-             ", for each of which the script holds the record before once more");
+    if (table->InsertRecords) {
+        tellWhatDiffers(*table, argument, console);
     }
-    ResultOutput results;
-    kd_lib::display(path + '\n');
-    results.finish();
+    ResultOutput output(console);
+    output.write(path + '\n');
+    output.finish();
+    return statusDone;
 }
 
 }  // namespace kd_tool

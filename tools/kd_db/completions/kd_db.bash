@@ -1,49 +1,27 @@
-# Completion of kd_db for bash.
+# Completion of kd_db for bash. The program itself knows what fits.
 _kd_db()
 {
-    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands='show list memory script load import query'
-    local command='' options='' files='' word
+    local words=("${COMP_WORDS[@]:1:COMP_CWORD}") line candidate ending
+    local current=${COMP_WORDS[COMP_CWORD]}
+    [ "$current" = = ] && current=''
     COMPREPLY=()
-    for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
-        if [[ " $commands " == *" $word "* ]]; then
-            command=$word
-            break
-        fi
-    done
-    case $previous in
-    --columns | --key | --table)
-        return
-        ;;
-    --into)
-        compopt -o filenames 2>/dev/null
-        mapfile -t COMPREPLY < <(compgen -f -- "$current")
-        return
-        ;;
-    esac
-    case $command in
-    show) options='--columns' files='dbf csv tab tsv txt' ;;
-    list) options='--columns --unquote --deleted' files='dbf csv tab tsv txt' ;;
-    memory) files='mem' ;;
-    script) options='--key --definition-only' files='dbf' ;;
-    load) options='--columns --unquote --into --table' files='dbf csv tab tsv txt' ;;
-    import) options='--into' files='*' ;;
-    query) files='*' ;;
-    *)
-        mapfile -t COMPREPLY < <(compgen -W "$commands --help --version" -- "$current")
-        return
-        ;;
-    esac
-    if [[ $current == -* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "$options --help" -- "$current")
-        return
-    fi
-    compopt -o filenames 2>/dev/null
-    local file
-    while IFS= read -r file; do
-        if [[ $files == '*' || -d $file || " $files " == *" ${file##*.} "* || " ${files^^} " == *" ${file##*.} "* ]]; then
-            COMPREPLY+=("$file")
-        fi
-    done < <(compgen -f -- "$current")
+    while IFS= read -r line; do
+        case $line in
+        :files*)
+            compopt -o filenames 2>/dev/null
+            while IFS= read -r candidate; do
+                ending=" ${candidate##*.} "
+                if [[ $line == :files || -d $candidate || " ${line#:files } " == *"${ending,,}"* ]]; then
+                    COMPREPLY+=("$candidate")
+                fi
+            done < <(compgen -f -- "$current")
+            ;;
+        *)
+            candidate=${line%%$'\t'*}
+            COMPREPLY+=("$candidate")
+            [[ $candidate == *= || $candidate == *' '* ]] && compopt -o nospace 2>/dev/null
+            ;;
+        esac
+    done < <("${COMP_WORDS[0]}" __complete "${words[@]}" 2>/dev/null)
 }
 complete -F _kd_db kd_db

@@ -1,0 +1,27 @@
+#include "suggestion.h"
+
+#include <gtest/gtest.h>
+
+namespace kd_tool {
+
+const std::vector<std::string_view> words = {"show", "list", "load", "convert", "inspect"};
+
+TEST(Suggestion, NamesTheNearestWord)
+{
+    EXPECT_EQ(suggestion("shwo", words), "; did you mean \"show\"?");
+    EXPECT_EQ(suggestion("lst", words), "; did you mean \"list\"?");
+    EXPECT_EQ(suggestion("lload", words), "; did you mean \"load\"?");
+    EXPECT_EQ(suggestion("convret", words), "; did you mean \"convert\"?");
+    EXPECT_EQ(suggestion("inspcet", words), "; did you mean \"inspect\"?");
+}
+
+TEST(Suggestion, IsSilentWhereNoWordIsNear)
+{
+    EXPECT_EQ(suggestion("dance", words), "");
+    EXPECT_EQ(suggestion("lo", words), "");
+    EXPECT_EQ(suggestion("", words), "");
+    EXPECT_EQ(suggestion(std::string(1000, 'x'), words), "");
+    EXPECT_EQ(suggestion("show", {}), "");
+}
+
+}  // namespace kd_tool

@@ -1,0 +1,59 @@
+/// \file
+/// Standard output, with a pager where results are longer than the screen.
+#pragma once
+
+#include "console.h"
+#include "escape.h"
+#include "pager.h"
+
+#include <kd_lib/exchange/outputblock.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace kd_tool {
+
+/// Standard output in blocks. Writing throws `ReaderGone` where nobody reads any more, an `exchange::Stopped` when the
+/// end is asked for while the reader lets it wait, and an `exchange::Error` for every other failure.
+/// At a terminal the progress bar ends when the first block is written, and as long as the pager runs the console keeps
+/// its lines.
+class ResultOutput : public kd_lib::exchange::OutputBlock {
+public:
+    enum class Paging : unsigned char { Never, LongResults };
+    enum class Controls : unsigned char {
+        Pass,   ///< escape sequences are the program's own
+        Escape  ///< at a terminal, control bytes of the data are shown as \xNN
+    };
+
+    explicit ResultOutput(Console& console, Paging paging = Paging::Never, Controls controls = Controls::Pass);
+    ~ResultOutput() override;
+
+    /// Writes what is left, and waits for the pager.
+    void finish();
+
+    /// The same after a failure: what was printed before it is shown.
+    void abandon() noexcept;
+
+protected:
+    void take(std::string_view piece) override;
+
+private:
+    void startPager();
+    void endPager();
+    bool exceedsScreen(std::string_view text) const;
+    void writeOut(std::string_view text);
+
+    Console& To;
+    bool AtTerminal;
+    bool Escapes = false;
+    bool Finishing = false;
+    bool Begun = false;
+    std::string Command;  // of the pager; empty: none
+    ControlEscaper Escaper{true};
+    std::string Escaped;
+    std::unique_ptr<Pager> Running;
+};
+
+}  // namespace kd_tool
