@@ -43,8 +43,8 @@ void open(kd_lib::FileTable& table, const Files& files)
 void add(Tally& tally, const kd_lib::TableFields& fields)
 {
     ++tally.Records;
-    for (const kd_lib::TableField* field : fields.List) {
-        tally.Bytes += field->Value.size();
+    for (const kd_lib::TableField& field : fields) {
+        tally.Bytes += field.Value.size();
     }
 }
 
@@ -84,8 +84,8 @@ void createTable(kd_lib::SQLite3& database, const std::string& name, const kd_li
 {
     std::string create = "CREATE TABLE " + name + " (";
     std::string insert = "INSERT INTO " + name + " VALUES (";
-    for (const kd_lib::TableField* field : fields.List) {
-        create += kd_lib::convertField2Sql(*field) + ',';
+    for (const kd_lib::TableField& field : fields) {
+        create += kd_lib::convertField2Sql(field) + ',';
         insert += "?,";
     }
     create.back() = ')';
@@ -186,8 +186,8 @@ Tally loadRecords(const Files& files)
             continue;
         }
         int index = 0;
-        for (const kd_lib::TableField* field : table.Fields.List) {
-            require(bindValue(database, ++index, *field), field->Name);
+        for (const kd_lib::TableField& field : table.Fields) {
+            require(bindValue(database, ++index, field), field.Name);
         }
         // execute() without an argument runs the statement that is prepared.
         require(static_cast<kd_lib::SqlDatabase&>(database).execute(), files.Table);

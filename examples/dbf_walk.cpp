@@ -10,8 +10,8 @@ int main()
 {
     example::writeBolts();
 
-    kd_lib::xBaseTable bolts("bolts");  // the extension is "dbf" from the start
-    if (!bolts.open() || !bolts.getFieldList()) {
+    kd_lib::xBaseTable bolts;
+    if (!bolts.openPath("bolts.dbf") || !bolts.getFieldList()) {
         return 1;
     }
     bolts.showHeader();

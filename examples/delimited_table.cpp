@@ -26,8 +26,8 @@ int main()
                   << kd_lib::removeQuotes(cities.Fields.getData("note")) << "\n";
 
         // A record with fewer values leaves the other columns as they were: empty them after use.
-        for (kd_lib::TableField* field : cities.Fields.List) {
-            field->Value.clear();
+        for (kd_lib::TableField& field : cities.Fields) {
+            field.Value.clear();
         }
     }
     return 0;

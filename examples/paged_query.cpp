@@ -21,8 +21,8 @@ int main()
     }
 
     // The columns of a query have no width of their own. Give them one, and they are padded and ruled.
-    for (kd_lib::TableField* column : numbers.queryColumns.List) {
-        column->Length = 6;
+    for (kd_lib::TableField& column : numbers.queryColumns) {
+        column.Length = 6;
     }
     numbers.queryResults();
     numbers.finalize();  // the result was left in its middle

@@ -3,7 +3,6 @@
 
 #include <fstream>
 #include <iostream>
-#include <string>
 
 int main()
 {
@@ -18,8 +17,7 @@ int main()
 
     // Each number is where a column starts; the column is as wide as the distance from the number
     // before it. So this line gives bytes 6 to 11 and 12 to 17, named field#0 and field#1.
-    std::string positions = "6|12";
-    weather.setFieldOffsets(positions);
+    weather.setFieldOffsets("6|12");
 
     // A column of any other shape is added by hand: name, type, offset, length, decimals, indexed.
     kd_lib::TableField wind("wind", kd_lib::CHAR_TYPE, 18, 4, 0, false);

@@ -13,12 +13,12 @@ namespace kd_fuzz {
 /// std::out_of_range instead, so the first column that does not fit decides.
 inline bool wouldStop(const kd_lib::TableFields& fields, std::size_t recordSize)
 {
-    for (const kd_lib::TableField* field : fields.List) {
-        const auto offset = static_cast<std::size_t>(field->Offset);
+    for (const kd_lib::TableField& field : fields) {
+        const auto offset = static_cast<std::size_t>(field.Offset);
         if (offset > recordSize) {
             return false;
         }
-        if (static_cast<std::size_t>(field->getLength()) > recordSize - offset) {
+        if (static_cast<std::size_t>(field.getLength()) > recordSize - offset) {
             return true;
         }
     }

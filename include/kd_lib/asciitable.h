@@ -16,8 +16,9 @@ public:
     int CommentChar = 0;         ///< its low 8 bits are the comment character; 0: no ordinary line is a comment
     bool HasFieldNames = false;  ///< the first line holds the column names (used by `DelimitedTable`)
 
-    AsciiTable();                            ///< extension "txt", lines of at most 254 characters
-    explicit AsciiTable(std::string& name);  ///< the same, with `BaseName` and `Name` set
+    AsciiTable();                                  ///< extension "txt", lines of at most 254 characters
+    explicit AsciiTable(const std::string& name);  ///< the same, with `BaseName` and `Name` set
+    explicit AsciiTable(std::string& name);        ///< the same
     ~AsciiTable() override;
 
     /// True when the comment character occurs anywhere in `line`.

@@ -39,9 +39,8 @@ public:
 /// its end readable again, so a table can be walked any number of times.
 ///
 ///     kd_lib::FileTable stock("stock");
-///     std::string columns = "8|20";
 ///     if (stock.open()) {
-///         stock.setFieldOffsets(columns);
+///         stock.setFieldOffsets("8|20");
 ///         for (stock.firstRecord(); stock.fetchRecord();) { use(stock.Fields.getData(0)); }
 ///     }
 ///
@@ -71,6 +70,16 @@ public:
     ///   or "No permission to read file", or without one when the stream cannot be opened.
     /// - True: `Name` is `name`; `Path` keeps its value.
     bool open(const std::string& name) override;
+
+    /// Opens the file at `path`, a file name with its directory and extension: sets `Path` and `Extension` to these
+    /// and calls the virtual `open` with the name between them. A name without a dot after its first character has
+    /// no extension.
+    /// - Already open: true at once, nothing changes.
+    /// - False: as `open`; `Path` and `Extension` keep their values.
+    ///
+    ///     kd_lib::xBaseTable stock;
+    ///     if (stock.openPath("data/stock.dbf") && stock.getFieldList()) { ... }
+    bool openPath(const std::string& path);
 
     /// Whether a file is open.
     bool is_open() override;
@@ -103,7 +112,8 @@ public:
     /// one as wide as its own number): "5|12|20" gives (offset 5, length 5), (12, 7), (20, 8).
     /// A piece without digits throws std::invalid_argument; the columns before it stay.
     /// Needs no open file; existing columns stay.
-    void setFieldOffsets(std::string& line);
+    void setFieldOffsets(const std::string& line);
+    void setFieldOffsets(std::string& line);  ///< the same
 
     /// \name Navigation
     /// Each answers false and does nothing when the table is not open, and true otherwise; a position
@@ -124,7 +134,8 @@ private:
     friend class detail::RecordReader;
     friend bool detail::isColumnValue(const FileTable& table, const std::string& record);
 
-    std::string lineBuffer_;                 // a line as it is read
+    std::unique_ptr<char[]> room_;  // for lines, and for long records of fixed length
+    std::uint64_t roomSize_ = 0;
     std::string recordText_;                 // the record; a member so that its memory is reused
     const std::string* readText_ = nullptr;  // the record that is being extracted
 };

@@ -50,9 +50,9 @@ public:
     /// Adds a condition; the conjunction of the first one is ignored.
     void setFilter(std::string condition, std::string conjunction);
 
-    /// Adds a condition in parentheses; the conjunction of the first one is ignored. The arguments are
-    /// not changed.
-    void setSubFilter(std::string& condition, std::string& conjunction);
+    /// Adds a condition in parentheses; the conjunction of the first one is ignored.
+    void setSubFilter(const std::string& condition, const std::string& conjunction);
+    void setSubFilter(std::string& condition, std::string& conjunction);  ///< the same; changes no argument
 
     /// "IN (" and the quoted values, or "IN ()" without values. Deliberate: with a percent sign in any
     /// value, the first such value alone as "IN (LIKE ('value')", one parenthesis short.

@@ -5,13 +5,49 @@
 #include <kd_lib/export.h>
 #include <kd_lib/tablefield.h>
 
+#include <cstddef>
+#include <iterator>
 #include <string>
 #include <vector>
 
 namespace kd_lib {
 
+namespace detail {
+
+/// Walks columns by their pointers; `Field` is `TableField` or `const TableField`. Not for client programs.
+template <class Field>
+class FieldIterator {
+public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = TableField;
+    using difference_type = std::ptrdiff_t;
+    using pointer = Field*;
+    using reference = Field&;
+
+    FieldIterator() = default;
+    explicit FieldIterator(TableField* const* place) : Place(place) {}
+
+    reference operator*() const { return **Place; }
+    pointer operator->() const { return *Place; }
+    FieldIterator& operator++()
+    {
+        ++Place;
+        return *this;
+    }
+    FieldIterator operator++(int) { return FieldIterator(Place++); }
+    bool operator==(const FieldIterator&) const = default;
+
+private:
+    TableField* const* Place = nullptr;
+};
+
+}  // namespace detail
+
 /// Columns in definition order, numbered from 0. The list owns its columns: `add` makes them,
 /// `clearList` and destruction delete them. A copy of a list has columns of its own, values included.
+///
+///     for (const kd_lib::TableField& column : table.Fields) { std::cout << column.Name << '\n'; }
+///
 /// Threads: one thread per object.
 class KD_LIB_EXPORT TableFields {
 public:
@@ -32,6 +68,17 @@ public:
     /// The number of columns.
     std::size_t size() const { return List.size(); }
 
+    /// \name Walking
+    /// The columns in order. What makes a pointer of `List` invalid, or adds a column, ends a walk.
+    /// @{
+    using iterator = detail::FieldIterator<TableField>;
+    using const_iterator = detail::FieldIterator<const TableField>;
+    iterator begin() { return iterator(List.data()); }
+    iterator end() { return iterator(List.data() + List.size()); }
+    const_iterator begin() const { return const_iterator(List.data()); }
+    const_iterator end() const { return const_iterator(List.data() + List.size()); }
+    /// @}
+
     /// Deletes every column.
     void clearList();
 
@@ -43,23 +90,25 @@ public:
 
     /// The first column with this name, folded as in `add`; null when there is none.
     TableField* get(const std::string& name);
+    const TableField* get(const std::string& name) const;  ///< the same
 
     /// The column at `index`; null at or past the end.
     TableField* get(unsigned long index);
+    const TableField* get(unsigned long index) const;  ///< the same
 
     /// The index of the first column with this name; -1 when there is none.
     /// Deliberate: the key is folded only when `CaseSensitive` is true, the opposite of `add` and `get`.
-    int findNumber(const std::string& name);
+    int findNumber(const std::string& name) const;
 
     /// The value of `get(name)`; "no field " followed by `name` as passed when there is none.
-    std::string getData(const std::string& name);
+    std::string getData(const std::string& name) const;
 
     /// The value of the column at `index`; "no field #" followed by the number at or past the end.
-    std::string getData(unsigned long index);
+    std::string getData(unsigned long index) const;
 
     /// Displays "Fields:" and one line per column, tab-separated: number, name, type name, offset,
     /// length, decimals, indexed as 0 or 1.
-    void show();
+    void show() const;
 };
 
 }  // namespace kd_lib

@@ -6,6 +6,8 @@
 #include <kd_lib/detail/bytes.h>
 #include <kd_lib/tokenizer.h>
 
+#include <utility>
+
 namespace kd_lib {
 
 namespace {
@@ -18,11 +20,13 @@ constexpr int doubleQuote = 34;
 
 AsciiTable::AsciiTable() = default;
 
-AsciiTable::AsciiTable(std::string& name)
+AsciiTable::AsciiTable(const std::string& name)
 {
     BaseName = name;
     Name = BaseName;
 }
+
+AsciiTable::AsciiTable(std::string& name) : AsciiTable(std::as_const(name)) {}
 
 AsciiTable::~AsciiTable() = default;
 

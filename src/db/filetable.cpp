@@ -12,6 +12,7 @@
 #include <iostream>
 #include <limits>
 #include <unistd.h>
+#include <utility>
 
 namespace kd_lib {
 
@@ -88,6 +89,27 @@ bool FileTable::open(const std::string& name)
     return true;
 }
 
+bool FileTable::openPath(const std::string& path)
+{
+    if (File.is_open()) {
+        return true;
+    }
+    const std::string oldPath = Path;
+    const std::string oldExtension = Extension;
+    const std::size_t nameAt = path.rfind('/') + 1;
+    // The root keeps its slash, every other directory goes without.
+    Path = path.substr(0, nameAt > 1 ? nameAt - 1 : nameAt);
+    const std::size_t dot = std::min(path.rfind('.'), path.size());
+    const bool hasExtension = dot > nameAt && dot + 1 < path.size();
+    Extension = hasExtension ? path.substr(dot + 1) : "";
+    if (open(path.substr(nameAt, hasExtension ? dot - nameAt : std::string::npos))) {
+        return true;
+    }
+    Path = oldPath;
+    Extension = oldExtension;
+    return false;
+}
+
 bool FileTable::is_open()
 {
     return File.is_open();
@@ -138,6 +160,11 @@ bool FileTable::extractContent(const std::string& record)
 }
 
 void FileTable::setFieldOffsets(std::string& line)
+{
+    setFieldOffsets(std::as_const(line));
+}
+
+void FileTable::setFieldOffsets(const std::string& line)
 {
     Tokenizer positions;
     positions.split(line, columnSeparators);

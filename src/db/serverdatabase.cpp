@@ -240,8 +240,8 @@ bool ServerDatabase::preparedRecord(TableFields fields)
     if (fields.size() == 0) {
         return false;
     }
-    for (const TableField* field : fields.List) {
-        bind(field->Name, field->Value);
+    for (const TableField& field : fields) {
+        bind(field.Name, field.Value);
     }
     if (!execute()) {
         errorMessage(errorText);

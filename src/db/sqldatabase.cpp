@@ -129,8 +129,8 @@ bool SqlDatabase::printHeader()
 {
     appendRow(&TableField::Name);
     int width = 0;
-    for (const TableField* column : queryColumns.List) {
-        width += column->Length > 0 ? column->Length + 1 : 0;
+    for (const TableField& column : queryColumns) {
+        width += column.Length > 0 ? column.Length + 1 : 0;
     }
     if (width != 0) {
         rowText_ += '\n' + replicateChar('-', width);

@@ -181,12 +181,12 @@ bool SQLite3::prepareInsert(const std::string& table)
     std::string names;
     std::string parameters;
     const char* separator = "";
-    for (const TableField* column : queryColumns.List) {
+    for (const TableField& column : queryColumns) {
         names += separator;
-        names += column->Name;
+        names += column.Name;
         parameters += separator;
         parameters += ':';
-        parameters += column->Name;
+        parameters += column.Name;
         separator = ",";
     }
     return prepare("INSERT INTO " + stringToLower(table) + " (\n" + names + ") \n\tVALUES (" + parameters + ");\n");
@@ -199,8 +199,8 @@ bool SQLite3::preparedRecord(TableFields fields)
     }
     // The reason printed below must be one of this call.
     std::string before = std::exchange(errorText, {});
-    for (const TableField* field : fields.List) {
-        bind(field->Name, field->Value);
+    for (const TableField& field : fields) {
+        bind(field.Name, field.Value);
     }
     if (!execute()) {
         if (!errorText.empty()) {

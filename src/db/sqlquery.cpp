@@ -1,6 +1,7 @@
 #include <kd_lib/sqlquery.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace kd_lib {
 
@@ -50,6 +51,11 @@ void SqlQuery::setFilter(std::string condition, std::string conjunction)
 }
 
 void SqlQuery::setSubFilter(std::string& condition, std::string& conjunction)
+{
+    setSubFilter(std::as_const(condition), std::as_const(conjunction));
+}
+
+void SqlQuery::setSubFilter(const std::string& condition, const std::string& conjunction)
 {
     // Deliberate: no blank between the conjunction and the parenthesis.
     const std::string before = subFilter.empty() ? " (" : " " + conjunction + "(";

@@ -36,8 +36,8 @@ TableFields::TableFields(const TableFields& other) : TableFields()
 {
     CaseSensitive = other.CaseSensitive;
     List.reserve(other.List.size());
-    for (const TableField* field : other.List) {
-        append(List, std::make_unique<TableField>(*field));
+    for (const TableField& field : other) {
+        append(List, std::make_unique<TableField>(field));
     }
 }
 
@@ -91,36 +91,47 @@ TableField* TableFields::get(const std::string& name)
     return index < 0 ? nullptr : List[static_cast<std::size_t>(index)];
 }
 
+const TableField* TableFields::get(const std::string& name) const
+{
+    const int index = indexOf(List, foldedIf(!CaseSensitive, name));
+    return index < 0 ? nullptr : List[static_cast<std::size_t>(index)];
+}
+
 TableField* TableFields::get(unsigned long index)
 {
     return index < List.size() ? List[index] : nullptr;
 }
 
-int TableFields::findNumber(const std::string& name)
+const TableField* TableFields::get(unsigned long index) const
+{
+    return index < List.size() ? List[index] : nullptr;
+}
+
+int TableFields::findNumber(const std::string& name) const
 {
     // Deliberate: folded in the opposite sense of add and get.
     return indexOf(List, foldedIf(CaseSensitive, name));
 }
 
-std::string TableFields::getData(const std::string& name)
+std::string TableFields::getData(const std::string& name) const
 {
     const TableField* field = get(name);
     return field != nullptr ? field->Value : "no field " + name;
 }
 
-std::string TableFields::getData(unsigned long index)
+std::string TableFields::getData(unsigned long index) const
 {
     const TableField* field = get(index);
     return field != nullptr ? field->Value : "no field #" + std::to_string(index);
 }
 
-void TableFields::show()
+void TableFields::show() const
 {
     std::ostringstream text;
     text << "Fields:\n";
-    for (std::size_t i = 0; i < List.size(); ++i) {
-        const TableField& field = *List[i];
-        text << i << '\t' << field.Name << '\t' << getFieldTypeName(field.Type) << '\t' << field.Offset << '\t'
+    int number = 0;
+    for (const TableField& field : *this) {
+        text << number++ << '\t' << field.Name << '\t' << getFieldTypeName(field.Type) << '\t' << field.Offset << '\t'
              << field.Length << '\t' << field.Decimals << '\t' << field.Indexed << '\n';
     }
     display(text.str());

@@ -24,10 +24,10 @@ constexpr std::size_t blockSize = 262144;
 void appendNames(std::string& sql, const TableFields& fields, const char* before)
 {
     const char* separator = "";
-    for (const TableField* field : fields.List) {
+    for (const TableField& field : fields) {
         sql += separator;
         sql += before;
-        sql += field->Name;
+        sql += field.Name;
         separator = ",";
     }
 }
@@ -61,8 +61,8 @@ private:
     {
         Table = table;
         Names.clear();
-        for (const TableField* field : fields.List) {
-            Names.push_back(field->Name);
+        for (const TableField& field : fields) {
+            Names.push_back(field.Name);
         }
         Text = "INSERT INTO " + stringToLower(table) + "(";
         appendNames(Text, fields, "");

@@ -8,6 +8,7 @@
 #include "detail/inputfile.h"
 #include "detail/memofile.h"
 #include "detail/recorddecoder.h"
+#include "detail/sourcekind.h"
 #include "detail/tablecodepage.h"
 #include "detail/tablecolumns.h"
 #include "detail/wording.h"
@@ -21,15 +22,6 @@
 namespace kd_lib::exchange {
 
 namespace {
-
-void refuseOptionsOfText(const std::string& file, const SourceOptions& options)
-{
-    const SourceOptions defaults;
-    if (!options.FixedColumns.empty() || !options.Delimiter.empty() || options.Quote != defaults.Quote ||
-        !options.Header || options.Infer || options.Null) {
-        throw OptionError(file, "options of text files do not fit a .dbf file");
-    }
-}
 
 detail::DbfLayout layoutOf(detail::InputFile& file)
 {
@@ -282,7 +274,7 @@ Source::Origin DbfSource::Reader::origin(std::size_t column) const
 
 DbfSource::DbfSource(const std::string& file, const SourceOptions& options) : Source(file)
 {
-    refuseOptionsOfText(file, options);
+    detail::refuseForeignOptions(file, SourceKind::Dbf, options);
     TheReader = std::make_unique<Reader>(*this, options);
 }
 

@@ -1,38 +1,21 @@
 #include <kd_lib/exchange/opensource.h>
 
-#include "detail/lettercase.h"
+#include "detail/sourcekind.h"
 
 #include <kd_lib/exchange/dbfsource.h>
-
-#include <filesystem>
-#include <utility>
+#include <kd_lib/exchange/delimitedsource.h>
 
 namespace kd_lib::exchange {
 
-namespace {
-
-SourceKind kindOfName(const std::string& file)
-{
-    constexpr std::pair<std::string_view, SourceKind> kinds[] = {
-        {".dbf", SourceKind::Dbf}, {".csv", SourceKind::Csv},   {".tsv", SourceKind::Tsv},
-        {".tab", SourceKind::Tsv}, {".txt", SourceKind::Fixed}, {".mem", SourceKind::Mem}};
-    const std::string extension = std::filesystem::path(file).extension().string();
-    for (const auto& [known, kind] : kinds) {
-        if (detail::equalWithoutCase(extension, known)) {
-            return kind;
-        }
-    }
-    return SourceKind::Automatic;
-}
-
-}  // namespace
-
 std::unique_ptr<Source> openSource(const std::string& file, const SourceOptions& options)
 {
-    const SourceKind kind = options.Kind != SourceKind::Automatic ? options.Kind : kindOfName(file);
+    const SourceKind kind = options.Kind != SourceKind::Automatic ? options.Kind : detail::kindOfName(file);
     switch (kind) {
     case SourceKind::Dbf:
         return std::make_unique<DbfSource>(file, options);
+    case SourceKind::Csv:
+    case SourceKind::Tsv:
+        return std::make_unique<DelimitedSource>(file, options);
     default:
         throw OptionError(file, "the kind of the file is not known by its name");
     }

@@ -177,8 +177,7 @@ TEST(AsciiTableExtractDeathTest, ShortLineStopsTheProcessWhileItIsFetched)
 TEST(AsciiTable, SetFieldOffsetsDefinesItsColumnsToo)
 {
     Opened<AsciiTable> file("..r1xyz\n..r2uvw\n");
-    std::string line = "2|4";
-    file.table.setFieldOffsets(line);
+    file.table.setFieldOffsets("2|4");
     EXPECT_EQ((Row{"2+2", "4+2"}), kd_test::placesOf(file.table));
     EXPECT_EQ((Rows{{"r1", "xy"}, {"r2", "uv"}}), rowsOf(file.table));
 }
@@ -287,11 +286,11 @@ TEST(DelimitedHeader, RModeCutsTheNamesAtTabsAndFoldsThem)
     file.table.setRMode();
     EXPECT_TRUE(file.table.getFieldList());
     EXPECT_EQ((Row{"id", "name", "city"}), namesOf(file.table));
-    for (const kd_lib::TableField* field : file.table.Fields.List) {
-        EXPECT_EQ(kd_lib::UNKNOWN_TYPE, field->Type);
-        EXPECT_EQ(0, field->Offset);
-        EXPECT_EQ(0, field->Length);
-        EXPECT_EQ("", field->Value);
+    for (const kd_lib::TableField& field : file.table.Fields) {
+        EXPECT_EQ(kd_lib::UNKNOWN_TYPE, field.Type);
+        EXPECT_EQ(0, field.Offset);
+        EXPECT_EQ(0, field.Length);
+        EXPECT_EQ("", field.Value);
     }
 }
 
@@ -619,4 +618,11 @@ TEST(DelimitedRecord, OpenAppendsTheExtensionCsv)
     const Console console = captured([&] { opened = table.open("people"); });
     EXPECT_TRUE(opened);
     EXPECT_EQ("Table: " + directory.path() + "/people.csv\n", console.out);
+}
+
+TEST(AsciiTable, TakesItsNameAsALiteral)
+{
+    const AsciiTable table("parts");
+    EXPECT_EQ("parts", table.BaseName);
+    EXPECT_EQ("parts", table.Name);
 }

@@ -206,16 +206,14 @@ TYPED_TEST(DamagedPositional, FixedRecordsCutAtAnyByteGiveTheWholeOnes)
 TYPED_TEST(DamagedPositional, ColumnLineOfAnotherFileThrowsOutOfRange)
 {
     Opened<TypeParam> file(twoLines);
-    std::string columns = "100|200";
-    file.table.setFieldOffsets(columns);
+    file.table.setFieldOffsets("100|200");
     EXPECT_THROW(file.table.fetchRecord(), std::out_of_range);
 }
 
 TYPED_TEST(DamagedPositionalDeathTest, DescendingColumnLineStopsTheProcess)
 {
     Opened<TypeParam> file(twoLines);
-    std::string columns = "4|2";
-    file.table.setFieldOffsets(columns);
+    file.table.setFieldOffsets("4|2");
     EXPECT_EQ((Row{"4+4", "2+-2"}), kd_test::placesOf(file.table));
     EXPECT_EXIT(file.table.fetchRecord(), testing::KilledBySignal(SIGABRT), this->assertion());
 }
@@ -223,8 +221,7 @@ TYPED_TEST(DamagedPositionalDeathTest, DescendingColumnLineStopsTheProcess)
 TYPED_TEST(DamagedPositional, RepeatedNumberIsAColumnWithoutWidth)
 {
     Opened<TypeParam> file(twoLines);
-    std::string columns = "4|4";
-    file.table.setFieldOffsets(columns);
+    file.table.setFieldOffsets("4|4");
     EXPECT_EQ((Rows{{"r1c2", ""}, {"r2c2", ""}}), rowsOf(file.table));
 }
 

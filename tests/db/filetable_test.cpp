@@ -1003,11 +1003,11 @@ TEST(FileTableOffsets, ColumnStartsAtItsNumberAndIsAsWideAsTheDistanceBeforeIt)
     EXPECT_EQ("5|12|20", line);
     EXPECT_EQ((Row{"5+5", "12+7", "20+8"}), kd_test::placesOf(table));
     EXPECT_EQ((Row{"field#0", "field#1", "field#2"}), kd_test::namesOf(table));
-    for (const kd_lib::TableField* field : table.Fields.List) {
-        EXPECT_EQ(kd_lib::UNKNOWN_TYPE, field->Type);
-        EXPECT_EQ(0, field->Decimals);
-        EXPECT_FALSE(field->Indexed);
-        EXPECT_EQ("", field->Value);
+    for (const kd_lib::TableField& field : table.Fields) {
+        EXPECT_EQ(kd_lib::UNKNOWN_TYPE, field.Type);
+        EXPECT_EQ(0, field.Decimals);
+        EXPECT_FALSE(field.Indexed);
+        EXPECT_EQ("", field.Value);
     }
 }
 
@@ -1092,4 +1092,13 @@ TEST(FileTableOffsets, DefinedColumnsCutTheLinesOfAFile)
     Opened<FileTable> file(twoLines);
     defineByLine(file.table, "5|12|20");
     EXPECT_EQ((Rows{{"r1c1.", "r1c2...", "1c3....x"}, {"r2c1.", "r2c2...", "2c3....x"}}), rowsOf(file.table));
+}
+
+TEST(FileTableOffsets, ConstantLineGivesTheSameColumns)
+{
+    FileTable table;
+    const std::string line = "5|12";
+    table.setFieldOffsets(line);
+    table.setFieldOffsets("20");
+    EXPECT_EQ((Row{"5+5", "12+7", "20+20"}), kd_test::placesOf(table));
 }

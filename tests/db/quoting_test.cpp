@@ -273,8 +273,8 @@ TEST_F(QuotingDatabase, CheckedNamesAreColumnNames)
     }
     SqlKeyword().checkReserved(fields.List);
     std::string names;
-    for (const TableField* field : fields.List) {
-        names += (names.empty() ? "" : ", ") + field->Name;
+    for (const TableField& field : fields) {
+        names += (names.empty() ? "" : ", ") + field.Name;
     }
     EXPECT_EQ("\"order\", \"select\", price, \"table\"", names);
     ASSERT_TRUE(Db.execute("CREATE TABLE named (" + names + ")"));

@@ -947,8 +947,8 @@ protected:
         EXPECT_TRUE(Database.query(sql));
         EXPECT_TRUE(Database.fetchRow());
         std::string values;
-        for (const kd_lib::TableField* field : Database.queryColumns.List) {
-            values += (values.empty() ? "" : ",") + field->Value;
+        for (const kd_lib::TableField& field : Database.queryColumns) {
+            values += (values.empty() ? "" : ",") + field.Value;
         }
         Database.finalize();
         return values;

@@ -152,8 +152,8 @@ TableFields fieldsNamed(const std::vector<std::string>& names)
 std::vector<std::string> namesOf(const TableFields& fields)
 {
     std::vector<std::string> names;
-    for (const TableField* field : fields.List) {
-        names.push_back(field->Name);
+    for (const TableField& field : fields) {
+        names.push_back(field.Name);
     }
     return names;
 }

@@ -359,3 +359,12 @@ TEST(InClause, LeavesTheQuery)
     query.setInClause({"x", "y%"});
     EXPECT_EQ(before, query.selectQuery());
 }
+
+TEST(SqlQuerySubFilter, TakesConstantTextsAndLiterals)
+{
+    SqlQuery query;
+    const std::string condition = "a = 1";
+    query.setSubFilter(condition, "AND");
+    query.setSubFilter("b = 2", std::string("OR"));
+    EXPECT_EQ(" (a = 1)\n OR(b = 2)\n", query.subFilter);
+}

@@ -50,8 +50,7 @@ struct Positional : FiveRows {
     static void define(Table& table)
     {
         // Each column is as wide as the distance from the number before it.
-        std::string columns = "4|10|18";
-        table.setFieldOffsets(columns);
+        table.setFieldOffsets("4|10|18");
     }
 };
 
@@ -227,8 +226,8 @@ TYPED_TEST(TableContract, RootOfAllTablesLeadsToTheSameOperations)
     Rows rows;
     while (root.fetchRecord()) {
         rows.emplace_back();
-        for (const kd_lib::TableField* field : root.Fields.List) {
-            rows.back().push_back(field->Value);
+        for (const kd_lib::TableField& field : root.Fields) {
+            rows.back().push_back(field.Value);
         }
     }
     EXPECT_EQ(this->Expected, rows);

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
 #include <malloc.h>
 #include <string>
 #include <type_traits>
@@ -451,4 +453,61 @@ TEST(TableFields, AssignmentGivesTheReplacedColumnsBack)
     TableFields target;
     EXPECT_GT(nothingKept, bytesKeptBy([&target, &source] { target = source; }));
     EXPECT_GT(nothingKept, bytesKeptBy([&target] { target = largeFields(); }));
+}
+
+// Walking and constant lists
+
+TEST(TableFieldsWalk, GivesTheColumnsInOrderAndLetsThemBeChanged)
+{
+    TableFields fields;
+    for (const char* name : {"a", "b", "c"}) {
+        fields.add(std::string(name));
+    }
+    for (kd_lib::TableField& field : fields) {
+        field.Value = field.Name + "!";
+    }
+    std::string all;
+    for (const kd_lib::TableField& field : std::as_const(fields)) {
+        all += field.Value;
+    }
+    EXPECT_EQ("a!b!c!", all);
+    EXPECT_EQ(3, std::distance(fields.begin(), fields.end()));
+    static_assert(std::forward_iterator<TableFields::iterator>);
+    static_assert(std::forward_iterator<TableFields::const_iterator>);
+    static_assert(std::is_same_v<const kd_lib::TableField&, decltype(*std::as_const(fields).begin())>);
+}
+
+TEST(TableFieldsWalk, OfAnEmptyListEndsAtOnce)
+{
+    const TableFields fields;
+    EXPECT_TRUE(fields.begin() == fields.end());
+}
+
+TEST(TableFieldsWalk, ServesTheStandardAlgorithms)
+{
+    TableFields fields;
+    fields.add(std::string("a"));
+    fields.add(std::string("b"));
+    auto found = std::find_if(fields.begin(), fields.end(), [](const kd_lib::TableField& f) { return f.Name == "b"; });
+    ASSERT_TRUE(found != fields.end());
+    EXPECT_EQ(fields.get(1UL), &*found);
+    EXPECT_EQ("b", found++->Name);
+    EXPECT_TRUE(found == fields.end());
+}
+
+TEST(TableFieldsConst, ListIsReadLikeAnyOther)
+{
+    TableFields fields;
+    fields.add(std::string("City"));
+    fields.get(0UL)->Value = "Rome";
+    const TableFields& list = fields;
+    EXPECT_EQ(fields.get(0UL), list.get(0UL));
+    EXPECT_EQ(fields.get(0UL), list.get("CITY"));
+    EXPECT_EQ(nullptr, list.get("none"));
+    EXPECT_EQ(nullptr, list.get(1UL));
+    EXPECT_EQ(0, list.findNumber("city"));
+    EXPECT_EQ("Rome", list.getData("city"));
+    EXPECT_EQ("Rome", list.getData(0UL));
+    EXPECT_EQ("Fields:\n0\tcity\tunknown\t0\t0\t0\t0\n", kd_test::captured([&] { list.show(); }).out);
+    static_assert(std::is_same_v<const kd_lib::TableField*, decltype(list.get(0UL))>);
 }

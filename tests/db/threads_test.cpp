@@ -186,8 +186,7 @@ TEST(Threads, PositionalTables)
     EXPECT_EQ(0, quietFailuresInThreads([&directory](int number) {
                   FileTable table;
                   table.Path = directory.path();
-                  std::string columns = "6|12";
-                  table.setFieldOffsets(columns);
+                  table.setFieldOffsets("6|12");
                   return table.open("table" + std::to_string(number)) && table.firstRecord() &&
                          walked(table) == expectedWalk(number) && table.close();
               }));

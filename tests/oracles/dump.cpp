@@ -17,13 +17,13 @@ bool read(const std::string& folder, const std::string& name)
     if (!table.open(name) || !table.getFieldList()) {
         return false;
     }
-    for (const kd_lib::TableField* field : table.Fields.List) {
-        std::cout << "column\t" << field->Name << '\t' << kd_lib::getFieldTypeName(field->Type) << '\n';
+    for (const kd_lib::TableField& field : table.Fields) {
+        std::cout << "column\t" << field.Name << '\t' << kd_lib::getFieldTypeName(field.Type) << '\n';
     }
     for (table.firstRecord(); table.fetchRecord();) {
         std::cout << "record\t" << (table.isDeleted() ? '*' : ' ');
-        for (const kd_lib::TableField* field : table.Fields.List) {
-            std::cout << '\t' << field->Value;
+        for (const kd_lib::TableField& field : table.Fields) {
+            std::cout << '\t' << field.Value;
         }
         std::cout << '\n';
     }

@@ -75,8 +75,8 @@ private:
 inline Row rowOf(const kd_lib::FileTable& table)
 {
     Row row;
-    for (const kd_lib::TableField* field : table.Fields.List) {
-        row.push_back(field->Value);
+    for (const kd_lib::TableField& field : table.Fields) {
+        row.push_back(field.Value);
     }
     return row;
 }
@@ -99,8 +99,8 @@ inline Rows rowsOf(kd_lib::FileTable& table, std::size_t limit = 100000)
 inline Row placesOf(const kd_lib::FileTable& table)
 {
     Row places;
-    for (const kd_lib::TableField* field : table.Fields.List) {
-        places.push_back(std::to_string(field->Offset) + "+" + std::to_string(field->Length));
+    for (const kd_lib::TableField& field : table.Fields) {
+        places.push_back(std::to_string(field.Offset) + "+" + std::to_string(field.Length));
     }
     return places;
 }
@@ -109,8 +109,8 @@ inline Row placesOf(const kd_lib::FileTable& table)
 inline Row namesOf(const kd_lib::FileTable& table)
 {
     Row names;
-    for (const kd_lib::TableField* field : table.Fields.List) {
-        names.push_back(field->Name);
+    for (const kd_lib::TableField& field : table.Fields) {
+        names.push_back(field.Name);
     }
     return names;
 }

@@ -42,13 +42,16 @@ public:
     bool skipLine();
 
     /// Reads exactly `RecordLength` bytes, zero bytes included. False when the stream is then in the fail or bad
-    /// state; `text` is then what there was. Throws std::length_error for a length that no text can have.
+    /// state; `text` is then what there was.
     bool readBytes();
 
     /// The record read last; empty before the first one.
     std::string& text() { return Text; }
 
 private:
+    /// Room for `RecordLength` bytes. Throws std::length_error for a length that no text can have.
+    char* room();
+
     FileTable& Table;
     const std::string* const Outer;     // the text of the reader that an override is called with
     std::optional<std::string> Nested;  // memory of a reader inside that override

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <stdexcept>
 #include <string>
 
 using kd_lib::FileTable;
@@ -41,6 +42,7 @@ struct Expected {
     std::string text;
     std::ios::iostate state = std::ios::goodbit;
     std::streamoff position = 0;
+    std::streamsize count = 0;
 };
 
 Expected readAtOnce(const std::string& path, std::uint64_t limit)
@@ -48,7 +50,7 @@ Expected readAtOnce(const std::string& path, std::uint64_t limit)
     std::ifstream file(path);
     std::string buffer(limit, '\0');
     file.getline(buffer.data(), static_cast<std::streamsize>(limit));
-    Expected expected{buffer.c_str(), file.rdstate(), 0};
+    Expected expected{buffer.c_str(), file.rdstate(), 0, file.gcount()};
     file.clear();
     expected.position = file.tellg();
     return expected;
@@ -103,12 +105,14 @@ TEST(RecordReader, ThousandMillionBytesOfLengthTakeNoMemoryForFixedRecords)
               }));
 }
 
-TEST(RecordReader, LengthMayBeTheLargestNumber)
+TEST(RecordReader, LengthThatNoTextHasThrowsLengthError)
 {
     Opened<FileTable> file("one\ntwo\n");
     file.table.RecordLength = std::numeric_limits<std::uint64_t>::max();
-    kd_test::addColumn(file.table, "word", 0, 3);
-    EXPECT_EQ((Rows{{"one"}, {"two"}}), rowsOf(file.table));
+    for (const int end : {10, 0}) {
+        file.table.RecordEnd = end;
+        EXPECT_THROW(file.table.fetchRecord(), std::length_error);
+    }
 }
 
 TEST(RecordReader, LinesOfAllLengthsAreReadAsByOneReadOfTheStream)
@@ -123,6 +127,7 @@ TEST(RecordReader, LinesOfAllLengthsAreReadAsByOneReadOfTheStream)
                 const bool fetched = file.table.fetchRecord();
                 EXPECT_EQ((expected.state & std::ios::failbit) == 0, fetched) << limit << ' ' << length << end;
                 EXPECT_EQ(expected.state, file.table.File.rdstate()) << limit << ' ' << length << end;
+                EXPECT_EQ(expected.count, file.table.File.gcount()) << limit << ' ' << length << end;
                 file.table.File.clear();
                 EXPECT_EQ(expected.position, file.table.File.tellg()) << limit << ' ' << length << end;
                 EXPECT_TRUE(file.table.Text == (fetched ? expected.text : "")) << limit << ' ' << length << end;

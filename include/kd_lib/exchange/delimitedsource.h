@@ -1,0 +1,51 @@
+/// \file
+/// Delimited text (.csv, .tsv, .tab).
+#pragma once
+
+#include <kd_lib/exchange/opensource.h>
+#include <kd_lib/exchange/source.h>
+#include <kd_lib/export.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kd_lib::exchange {
+
+/// Text with a row a line and a delimiter between cells, as RFC 4180 describes it, in UTF-8 or any other encoding.
+///
+/// Lines end with LF, CR LF or CR. A cell that begins with a quote ends with one; in between, delimiters and line ends
+/// are characters, and two quotes are one. A quote elsewhere is a character. An unquoted empty cell is NULL, a quoted
+/// one the empty text; blanks are kept. Empty lines are skipped, but for a table of one column, where they are NULL. A
+/// row with too few or too many cells has a flaw. All columns are texts, unless types are asked for: by name, or by
+/// `Infer`, which reads the file twice.
+///
+/// The first row names the columns. Without a header they are `column_1`, `column_2`, ...
+///
+/// The text is read in blocks; what is in memory grows with the longest row only.
+class KD_LIB_EXPORT DelimitedSource : public Source {
+public:
+    /// Opens a text; "-" is standard input. The delimiter is the one asked for, else the tab for the kind `Tsv`, else
+    /// the comma. Throws an `Error` where the file cannot be read, has no row, or is UTF-16 and no encoding was named;
+    /// an `OptionError` for options that do not fit.
+    explicit DelimitedSource(const std::string& file, const SourceOptions& options = {});
+    ~DelimitedSource() override;
+
+    Origin origin(std::size_t column) const override;
+    void seek(std::uint64_t number) override;
+    void need(const std::vector<bool>& needed) override;
+    std::vector<Fact> facts() const override;
+    std::uint64_t position() const override;
+    std::optional<std::uint64_t> size() const override;
+
+private:
+    class Reader;
+
+    bool read() override;
+
+    std::unique_ptr<Reader> TheReader;
+};
+
+}  // namespace kd_lib::exchange

@@ -1,0 +1,333 @@
+#include <kd_lib/exchange/delimitedsource.h>
+
+#include "detail/columnchoice.h"
+#include "detail/delimitedoptions.h"
+#include "detail/delimitedrows.h"
+#include "detail/delimiterguess.h"
+#include "detail/sourcekind.h"
+#include "detail/textcells.h"
+#include "detail/typeinference.h"
+#include "detail/wording.h"
+
+#include <kd_lib/exchange/codepage.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace kd_lib::exchange {
+
+namespace {
+
+constexpr const char* defaultPage = "UTF-8";
+
+}  // namespace
+
+/// What an open text consists of.
+class DelimitedSource::Reader {
+public:
+    Reader(DelimitedSource& source, const SourceOptions& options);
+
+    bool read();
+    void seek(std::uint64_t number);
+    void need(const std::vector<bool>& needed);
+    Origin origin(std::size_t column) const;
+    std::vector<Fact> facts() const;
+
+    const detail::InputFile& file() const { return Window.file(); }
+
+private:
+    /// A column of the records that is taken from the row.
+    struct Taken {
+        std::size_t Column;
+        std::size_t Cell;
+    };
+
+    const CodePage* pageToConvert() const;
+    const detail::DelimitedForm& foundForm();
+    std::vector<Column> columnsInFile();
+    void inferTypes(std::vector<Column>& columns);
+    void noteOtherDelimiter(std::string_view header);
+    bool isNull(const detail::DelimitedCell& cell);
+    void giveRecord(Record& record);
+    void giveRowFlaw(Record& record) const;
+    void tellAtEnd();
+    const char* whyPage() const { return Options.Encoding.empty() ? "that of text files" : "as asked"; }
+
+    DelimitedSource& Of;
+    const SourceOptions Options;
+    const CodePage Page;
+    detail::DelimitedForm Form;
+    detail::TextWindow Window;
+    detail::DelimitedRows Rows;
+    detail::TextCells Cells;
+    std::vector<detail::ChosenColumn> Chosen;
+    std::vector<Taken> TakenColumns;
+    std::vector<std::size_t> Marks;     // columns that hold the deletion mark, which no row has
+    std::vector<std::string> Unquoted;  // a scratch for each column
+    mutable std::string OriginBytes;
+    std::uint64_t From = 1;  // number of the first record that comes
+    bool Told = false;
+};
+
+DelimitedSource::Reader::Reader(DelimitedSource& source, const SourceOptions& options)
+    : Of(source), Options(options), Page(options.Encoding.empty() ? defaultPage : options.Encoding),
+      Form(detail::delimitedForm(source.file(), options)), Window(source.file(), pageToConvert()),
+      Rows(Window, foundForm(), options.Header), Cells(Page, Window.converted() != nullptr, options.OnEncodingError),
+      From(options.Records.First)
+{
+    std::vector<Column> inFile = columnsInFile();
+    if (options.Infer) {
+        inferTypes(inFile);
+    }
+    Chosen = detail::chooseColumns(source.file(), inFile, options);
+    source.Columns = detail::columnsOf(inFile, Chosen);
+    source.Current.Cells.resize(source.Columns.size());
+    Cells.setColumns(source.Columns);
+    Unquoted.resize(source.Columns.size());
+    need({});
+}
+
+const CodePage* DelimitedSource::Reader::pageToConvert() const
+{
+    detail::DelimitedForm form = Form;
+    if (detail::findsDelimiter(Options)) {
+        form.Delimiter = '|';  // the highest that may be found
+    }
+    return detail::pageToConvert(Page, form);
+}
+
+/// The form, with the delimiter that the text tells where that is to be found.
+const detail::DelimitedForm& DelimitedSource::Reader::foundForm()
+{
+    detail::refuseWideText(Of.file(), Window, Page);
+    if (detail::findsDelimiter(Options)) {
+        Window.fill(detail::delimiterSampleSize);
+        const auto size = static_cast<std::size_t>(Window.end() - Window.begin());
+        const std::string_view sample(Window.begin(), std::min(size, detail::delimiterSampleSize));
+        const bool whole = Window.atEnd() && sample.size() == size;
+        const detail::DelimiterGuess guess = detail::guessDelimiter(sample, whole, Form);
+        Form.Delimiter = guess.Delimiter;
+        Of.note(guess.Evidence);
+    }
+    return Form;
+}
+
+std::vector<Column> DelimitedSource::Reader::columnsInFile()
+{
+    std::vector<Column> columns(Rows.names().size());
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        columns[i].Name = Options.Header ? Cells.text(Rows.names()[i]) : "column_" + std::to_string(i + 1);
+    }
+    if (columns.size() == 1 && Options.Header && Options.Delimiter.empty()) {
+        noteOtherDelimiter(columns[0].Name);
+    }
+    return columns;
+}
+
+void DelimitedSource::Reader::noteOtherDelimiter(std::string_view header)
+{
+    for (const char delimiter : {';', '\t', '|', ','}) {
+        if (header.find(delimiter) != std::string_view::npos) {
+            Of.note("there is one column, " + std::string(header) + ": the delimiter may be " +
+                    detail::delimiterName(delimiter) + " instead of " + detail::delimiterName(Form.Delimiter));
+            return;
+        }
+    }
+}
+
+bool DelimitedSource::Reader::isNull(const detail::DelimitedCell& cell)
+{
+    if (cell.Quoted) {
+        return false;
+    }
+    const std::string_view text = cell.text();
+    return text.empty() ||
+           (Options.Null && (isAscii(text) ? text == *Options.Null : Cells.text(text) == *Options.Null));
+}
+
+void DelimitedSource::Reader::inferTypes(std::vector<Column>& columns)
+{
+    if (!Window.file().seekable()) {
+        throw OptionError(Of.file(), "the types of columns cannot be found in a text that can be read once only");
+    }
+    detail::TextWindow window(Of.file(), pageToConvert());
+    detail::DelimitedRows rows(window, Form, Options.Header);
+    std::vector<detail::TypeInference> types(columns.size());
+    while (rows.next()) {
+        const std::size_t count = std::min(columns.size(), rows.cells().size());
+        for (std::size_t i = 0; i < count; ++i) {
+            if (!isNull(rows.cells()[i])) {
+                types[i].add(rows.cells()[i].text(), rows.number());
+            }
+        }
+    }
+    Of.note(detail::evidenceOf(columns, types, rows.number()));
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        columns[i] = types[i].applyTo(std::move(columns[i]));
+    }
+}
+
+void DelimitedSource::Reader::need(const std::vector<bool>& needed)
+{
+    TakenColumns.clear();
+    Marks.clear();
+    for (std::size_t i = 0; i < Chosen.size(); ++i) {
+        if (!needed.empty() && !needed[i]) {
+            continue;
+        }
+        if (Chosen[i].isDeletionMark()) {
+            Marks.push_back(i);
+        } else {
+            TakenColumns.push_back({i, Chosen[i].Index});
+        }
+    }
+    std::ranges::fill(Of.Current.Cells, Cell::null());
+}
+
+bool DelimitedSource::Reader::read()
+{
+    while (Rows.number() < Options.Records.Last && Rows.next()) {
+        if (Rows.number() >= From) {
+            ++Of.Read;
+            giveRecord(Of.Current);
+            return true;
+        }
+    }
+    tellAtEnd();
+    return false;
+}
+
+void DelimitedSource::Reader::giveRecord(Record& record)
+{
+    const std::vector<detail::DelimitedCell>& cells = Rows.cells();
+    record.Number = Rows.number();
+    record.Offset = Rows.offsetOf(cells[0].raw().data()).value_or(0);
+    if (cells.size() != Rows.names().size()) {
+        giveRowFlaw(record);
+    }
+    const bool ascii = !Rows.mayHaveHighBytes() && Cells.isAsciiBased();
+    for (const Taken& taken : TakenColumns) {
+        if (taken.Cell >= cells.size() || isNull(cells[taken.Cell])) {
+            record.Cells[taken.Column].Kind = CellKind::Null;
+            continue;
+        }
+        const detail::DelimitedCell& cell = cells[taken.Cell];
+        const std::string_view text = detail::unquoted(cell, Form.Quote, Unquoted[taken.Column]);
+        if (ascii) {
+            Cells.setUtf8(record, taken.Column, text);
+        } else {
+            Cells.set(record, taken.Column, text);
+        }
+    }
+    for (const std::size_t mark : Marks) {
+        record.Cells[mark] = Cell::boolean(false);
+    }
+}
+
+void DelimitedSource::Reader::giveRowFlaw(Record& record) const
+{
+    const std::size_t has = Rows.cells().size();
+    const std::size_t wanted = Rows.names().size();
+    record.Flaws.push_back({0, has < wanted ? FlawKind::RowTooShort : FlawKind::RowTooLong,
+                            "line " + std::to_string(Rows.line()) + ": " + detail::count(has, "cell") + " instead of " +
+                                std::to_string(wanted)});
+}
+
+void DelimitedSource::Reader::tellAtEnd()
+{
+    if (Told) {
+        return;
+    }
+    Told = true;
+    if (Cells.metHighBytes()) {
+        Of.note("code page " + Page.name() + ": " + whyPage());
+    }
+    if (Rows.hasEndMark()) {
+        Of.note("the byte 1A at the end, the end mark of DOS, is left out");
+    }
+}
+
+void DelimitedSource::Reader::seek(std::uint64_t number)
+{
+    From = std::max(number, Options.Records.First);
+    if (From > Rows.number()) {
+        return;
+    }
+    if (!Window.file().seekable()) {
+        throw Error(Of.file(), "it can be read once only");
+    }
+    Rows.restart();
+}
+
+Source::Origin DelimitedSource::Reader::origin(std::size_t column) const
+{
+    if (Chosen[column].isDeletionMark() || Chosen[column].Index >= Rows.cells().size()) {
+        return {};
+    }
+    const std::string_view raw = Rows.cells()[Chosen[column].Index].raw();
+    const std::optional<std::uint64_t> offset = Rows.offsetOf(raw.data());
+    if (Window.converted() == nullptr) {
+        return {offset, raw};
+    }
+    if (!offset || !Window.file().seekable()) {
+        return {offset, {}};
+    }
+    OriginBytes.resize(static_cast<std::size_t>(Rows.sizeInFile(raw).value_or(0)));
+    OriginBytes.resize(Window.file().readAt(*offset, OriginBytes.data(), OriginBytes.size()));
+    return {offset, OriginBytes};
+}
+
+std::vector<Fact> DelimitedSource::Reader::facts() const
+{
+    return {{"kind", "delimited text"},
+            {"code page", Page.name() + " (" + whyPage() + ')'},
+            {"delimiter", detail::delimiterName(Form.Delimiter)},
+            {"quote", Form.HasQuotes ? detail::delimiterName(Form.Quote) : "none"},
+            {"header", Options.Header ? "the first row" : "none"}};
+}
+
+DelimitedSource::DelimitedSource(const std::string& file, const SourceOptions& options) : Source(file)
+{
+    const SourceKind kind = options.Kind == SourceKind::Tsv ? SourceKind::Tsv : SourceKind::Csv;
+    detail::refuseForeignOptions(file, kind, options);
+    TheReader = std::make_unique<Reader>(*this, options);
+}
+
+DelimitedSource::~DelimitedSource() = default;
+
+bool DelimitedSource::read()
+{
+    return TheReader->read();
+}
+
+Source::Origin DelimitedSource::origin(std::size_t column) const
+{
+    return TheReader->origin(column);
+}
+
+void DelimitedSource::seek(std::uint64_t number)
+{
+    TheReader->seek(number);
+}
+
+void DelimitedSource::need(const std::vector<bool>& needed)
+{
+    TheReader->need(needed);
+}
+
+std::vector<Fact> DelimitedSource::facts() const
+{
+    return TheReader->facts();
+}
+
+std::uint64_t DelimitedSource::position() const
+{
+    return TheReader->file().position();
+}
+
+std::optional<std::uint64_t> DelimitedSource::size() const
+{
+    return TheReader->file().size();
+}
+
+}  // namespace kd_lib::exchange

@@ -1,0 +1,30 @@
+/// \file
+/// The options of delimited text.
+#pragma once
+
+#include "delimitedreader.h"
+#include "textwindow.h"
+
+#include <kd_lib/exchange/codepage.h>
+#include <kd_lib/exchange/opensource.h>
+
+#include <string>
+#include <string_view>
+
+namespace kd_lib::exchange::detail {
+
+/// Whether the delimiter is to be found by the text itself.
+bool findsDelimiter(const SourceOptions& options);
+
+/// How the text is written: the delimiter asked for, else the usual one of the kind. Throws an `OptionError` for a
+/// delimiter or a quote that cannot be one.
+DelimitedForm delimitedForm(const std::string& file, const SourceOptions& options);
+
+/// The page that a text is converted from before it is cut, because its bytes cannot be searched for the marks of
+/// `form`; null where they can.
+const CodePage* pageToConvert(const CodePage& page, const DelimitedForm& form);
+
+/// Throws an `Error` for a text that begins as UTF-16 or UTF-32 does, though it is to be read as UTF-8.
+void refuseWideText(const std::string& file, const TextWindow& window, const CodePage& page);
+
+}  // namespace kd_lib::exchange::detail

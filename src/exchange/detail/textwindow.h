@@ -1,0 +1,67 @@
+/// \file
+/// The part of a text file that is in memory.
+#pragma once
+
+#include "bytemarks.h"
+#include "convertedinput.h"
+#include "inputfile.h"
+
+#include <kd_lib/exchange/codepage.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kd_lib::exchange::detail {
+
+/// A file, or standard input, as one piece of memory that moves along it. The mark of UTF-8 at its beginning is left
+/// out.
+class TextWindow {
+public:
+    /// Opens the file. `encoding`: the file is converted from this page; null: its bytes come as they are. Throws an
+    /// `Error` where it cannot be read.
+    TextWindow(const std::string& path, const CodePage* encoding);
+
+    /// The bytes that are in memory. At least `blockSize` bytes after the end may be read, and mean nothing.
+    const char* begin() const { return Begin; }
+    const char* end() const { return End; }
+
+    /// All of the file is before `end`.
+    bool atEnd() const { return AtEnd; }
+
+    /// Reads on, keeping the bytes from `from` on, which become those from `begin` on. At least as many new ones come as
+    /// are kept, unless the file ends; so a long record is not looked through again and again.
+    void more(const char* from);
+
+    /// Reads until `size` bytes, at most 128 KiB, are in memory, or the file ends. For the beginning of a file.
+    void fill(std::size_t size);
+
+    /// Goes back to the beginning. Needs a file that is `seekable`.
+    void restart();
+
+    /// The place of a byte of the window in the file, from 0; in the converted text where the file is converted.
+    std::uint64_t offsetOf(const char* at) const { return Offset + static_cast<std::uint64_t>(at - Buffer.get()); }
+
+    const InputFile& file() const { return File; }
+    const ConvertedInput* converted() const { return Converted.get(); }
+
+private:
+    void open();
+    void reserve(std::size_t size, const char* from);
+    std::size_t readSome();
+
+    InputFile File;
+    const CodePage* Encoding;
+    std::unique_ptr<ConvertedInput> Converted;
+    std::unique_ptr<char[]> Buffer;
+    std::size_t Capacity = 0;
+    const char* Begin = nullptr;
+    const char* End = nullptr;
+    std::uint64_t Offset = 0;  // of the buffer's first byte
+    bool AtEnd = false;
+};
+
+}  // namespace kd_lib::exchange::detail
