@@ -23,7 +23,7 @@ class DbfTypes : public testing::Test {
 protected:
     Reading read(const XbaseFile& file, const SourceOptions& options = {})
     {
-        return kd_test::readFileAs(Folder.write("t.dbf", file.bytes()), options);
+        return kd_test::readFileAs(kd_test::rewrite(Folder, "t.dbf", file.bytes()), options);
     }
 
     Reading readOne(int version, XbaseFile::Field field, const std::string& bytes, const SourceOptions& options = {})
@@ -49,13 +49,13 @@ TEST_F(DbfTypes, TextLosesPaddingAtItsEndOnly)
 {
     const std::string zero(1, '\0');
     for (const auto& [bytes, expected] : std::vector<Pair>{{"a  ", "'a'"},
-                                                          {"  a", "'  a'"},
-                                                          {"   ", "''"},
-                                                          {zero + zero, "''"},
-                                                          {"a " + zero + " " + zero, "'a'"},
-                                                          {"a" + zero + "b ", "'a" + zero + "b'"},
-                                                          {"x", "'x'"},
-                                                          {"a\x1A", "'a\x1A'"}}) {
+                                                           {"  a", "'  a'"},
+                                                           {"   ", "''"},
+                                                           {zero + zero, "''"},
+                                                           {"a " + zero + " " + zero, "'a'"},
+                                                           {"a" + zero + "b ", "'a" + zero + "b'"},
+                                                           {"x", "'x'"},
+                                                           {"a\x1A", "'a\x1A'"}}) {
         EXPECT_EQ(cell(3, 'C', bytes), expected);
     }
 }
@@ -76,7 +76,7 @@ TEST_F(DbfTypes, TextOfEveryLengthIsTrimmedAtEveryPlace)
 TEST_F(DbfTypes, NumbersInNormalFormStayAsTheyAre)
 {
     for (const std::string text : {"0", "7", "12", "-1", "0.5", "-0.5", "0.00", "10", "100.10", "-999999999999999999",
-                                  "99999999999999999999", "0.00000000000000000001"}) {
+                                   "99999999999999999999", "0.00000000000000000001"}) {
         for (std::size_t width = text.size(); width < text.size() + 5; ++width) {
             const std::string left = std::string(width - text.size(), ' ') + text;
             EXPECT_EQ(cell(3, 'N', left), text);
@@ -88,17 +88,17 @@ TEST_F(DbfTypes, NumbersInNormalFormStayAsTheyAre)
 TEST_F(DbfTypes, NumbersAreBroughtToNormalForm)
 {
     for (const auto& [bytes, expected] : std::vector<Pair>{{"+5.25", "5.25"},
-                                                          {"0007", "7"},
-                                                          {"000", "0"},
-                                                          {"-0", "0"},
-                                                          {"-0.00", "0.00"},
-                                                          {".5", "0.5"},
-                                                          {"-.5", "-0.5"},
-                                                          {"5.", "5"},
-                                                          {"00.10", "0.10"},
-                                                          {"1.5E+03", "1500"},
-                                                          {"1.5e-01", "0.15"},
-                                                          {"-007.50", "-7.50"}}) {
+                                                           {"0007", "7"},
+                                                           {"000", "0"},
+                                                           {"-0", "0"},
+                                                           {"-0.00", "0.00"},
+                                                           {".5", "0.5"},
+                                                           {"-.5", "-0.5"},
+                                                           {"5.", "5"},
+                                                           {"00.10", "0.10"},
+                                                           {"1.5E+03", "1500"},
+                                                           {"1.5e-01", "0.15"},
+                                                           {"-007.50", "-7.50"}}) {
         EXPECT_EQ(cell(3, 'N', bytes), expected) << bytes;
     }
 }
@@ -119,7 +119,11 @@ TEST_F(DbfTypes, WhatIsNoNumberIsUnreadable)
         EXPECT_EQ(reading.only(), "unreadable") << bytes;
         EXPECT_EQ(reading.Flaws.size(), 1U) << bytes;
     }
-    EXPECT_EQ(cell(3, 'N', std::string("1\0" "2", 3)), "unreadable");
+    EXPECT_EQ(cell(3, 'N',
+                   std::string("1\0"
+                               "2",
+                               3)),
+              "unreadable");
 }
 
 TEST_F(DbfTypes, WideNumbersAreDigits)
@@ -146,24 +150,26 @@ TEST_F(DbfTypes, LogicalLetters)
 TEST_F(DbfTypes, Dates)
 {
     for (const auto& [bytes, expected] : std::vector<Pair>{{"20240229", "2024-02-29"},
-                                                          {"00010101", "0001-01-01"},
-                                                          {"99991231", "9999-12-31"},
-                                                          {"20000229", "2000-02-29"},
-                                                          {"        ", "null"},
-                                                          {"00000000", "null"},
-                                                          {std::string(8, '\0'), "null"},
-                                                          {"20230229", "unreadable"},
-                                                          {"19000229", "unreadable"},
-                                                          {"20241399", "unreadable"},
-                                                          {"20240015", "unreadable"},
-                                                          {"20240500", "unreadable"},
-                                                          {"20240431", "unreadable"},
-                                                          {"00000101", "unreadable"},
-                                                          {"2024-1-1", "unreadable"},
-                                                          {"202402  ", "unreadable"},
-                                                          {"2024022/", "unreadable"},
-                                                          {"2024022:", "unreadable"},
-                                                          {"\xB2" "0240229", "unreadable"}}) {
+                                                           {"00010101", "0001-01-01"},
+                                                           {"99991231", "9999-12-31"},
+                                                           {"20000229", "2000-02-29"},
+                                                           {"        ", "null"},
+                                                           {"00000000", "null"},
+                                                           {std::string(8, '\0'), "null"},
+                                                           {"20230229", "unreadable"},
+                                                           {"19000229", "unreadable"},
+                                                           {"20241399", "unreadable"},
+                                                           {"20240015", "unreadable"},
+                                                           {"20240500", "unreadable"},
+                                                           {"20240431", "unreadable"},
+                                                           {"00000101", "unreadable"},
+                                                           {"2024-1-1", "unreadable"},
+                                                           {"202402  ", "unreadable"},
+                                                           {"2024022/", "unreadable"},
+                                                           {"2024022:", "unreadable"},
+                                                           {"\xB2"
+                                                            "0240229",
+                                                            "unreadable"}}) {
         EXPECT_EQ(cell(3, 'D', bytes), expected) << bytes;
     }
 }
@@ -323,7 +329,8 @@ TEST_F(DbfTypes, FieldsWithoutLength)
 
 TEST_F(DbfTypes, VaryingFieldsAndNullFlags)
 {
-    XbaseFile file(0x32, {{"V", 'V', 10, 0, 2}, {"I", 'I', 4, 0, 2}, {"Q", 'Q', 10, 0, 2}, {"_NullFlags", '0', 1, 0, 5}});
+    XbaseFile file(0x32,
+                   {{"V", 'V', 10, 0, 2}, {"I", 'I', 4, 0, 2}, {"Q", 'Q', 10, 0, 2}, {"_NullFlags", '0', 1, 0, 5}});
     file.record({"qwe" + std::string(6, '\0') + "\x03", little(1, 4), "\x01\x02       \x02", "\x09"});
     file.record({"", little(2, 4), "", "\x1B"});
     file.record({"0123456 89", little(3, 4), "0123456789", "\x04"});
@@ -371,9 +378,8 @@ TEST_F(DbfTypes, NullFlagsTooShort)
     values.push_back("\x81");
     const Reading reading = read(XbaseFile(0x30, fields).record(values));
     EXPECT_EQ(reading.Rows, (Rows{{"null", "1", "2", "3", "4", "5", "6", "null", "8"}}));
-    EXPECT_EQ(reading.Notes,
-              (std::vector<std::string>{
-                  "loss: the null flags have 1 byte, too few for 9 bits; some NULLs are not known"}));
+    EXPECT_EQ(reading.Notes, (std::vector<std::string>{
+                                 "loss: the null flags have 1 byte, too few for 9 bits; some NULLs are not known"}));
 }
 
 TEST_F(DbfTypes, VaryingWithoutNullFlagsFillsItsField)
@@ -404,7 +410,7 @@ TEST_F(DbfTypes, DecimalsOfTextAreLeftOversWhereTheRecordSaysSo)
 TEST_F(DbfTypes, ColumnsTellWhatTheyAre)
 {
     XbaseFile file(0x30, {{"NAME", 'C', 20}, {"QTY", 'N', 8, 2}, {"SEEN", 'T', 8}, {"NOTE", 'M', 4}});
-    const auto source = openSource(Folder.write("t.dbf", file.bytes()));
+    const auto source = openSource(kd_test::rewrite(Folder, "t.dbf", file.bytes()));
     const std::vector<Column>& columns = source->columns();
     ASSERT_EQ(columns.size(), 4U);
     EXPECT_EQ(columns[0].Name, "NAME");

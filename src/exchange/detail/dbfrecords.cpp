@@ -51,10 +51,14 @@ bool DbfRecords::isRecord(char mark)
     return true;
 }
 
-/// The end mark may also be the damaged mark of a record: then other records come after it, or the end in its place.
+/// The end mark may also be the damaged mark of a record: then there is a record to lose, and other records come after
+/// it, or the end in its place.
 bool DbfRecords::recordFollows()
 {
     const std::string_view bytes = Blocks.ahead(std::size_t{Length} + 1);
+    if (bytes.substr(0, Length).find_first_not_of(std::string_view("\x1A \0", 3)) == std::string_view::npos) {
+        return false;
+    }
     if (Number + 1 == Count) {
         return bytes.size() == Length || bytes[Length] == fileEnd;
     }
@@ -109,7 +113,7 @@ void DbfRecords::noteEnd(std::string_view rest, bool cut)
     // What is as long as a record and is not empty may be one, with a damaged mark.
     const bool mayBeRecord =
         !marked && rest.size() >= Length && rest.substr(0, Length).find_first_not_of('\0') != std::string_view::npos;
-    Notes.push_back({(File.seekable() ? count(bytes, "byte") : "bytes") + what + " are not read", mayBeRecord});
+    Notes.push_back({"not read: " + (File.seekable() ? count(bytes, "byte") : "bytes") + what, mayBeRecord});
 }
 
 /// Whether the records end where the header's count lets them.

@@ -6,6 +6,7 @@
 #include <kd_lib/exchange/transfer.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -107,6 +108,13 @@ inline Reading readAll(kd_lib::exchange::Source& source)
     reading.Read = source.recordsRead();
     reading.LeftOut = source.recordsLeftOut();
     return reading;
+}
+
+/// Writes a file that may be there. The old one goes first: to cut it to no bytes would wait for the disk.
+inline std::string rewrite(const ScopedDirectory& folder, const std::string& name, const std::string& bytes)
+{
+    std::filesystem::remove(folder.file(name));
+    return folder.write(name, bytes);
 }
 
 /// The whole of a file.

@@ -63,10 +63,7 @@ public:
         return *this;
     }
 
-    std::string header() const
-    {
-        return isDBase2() ? header2() : isDBase7() ? header7() : header3();
-    }
+    std::string header() const { return isDBase2() ? header2() : isDBase7() ? header7() : header3(); }
 
     std::string bytes() const { return header() + Records + End; }
 
@@ -77,9 +74,9 @@ public:
     std::uint64_t RecordLength = 0;
     unsigned TableFlags = 0;
     unsigned Language = 0;
-    std::string Driver;           ///< dBase 7
+    std::string Driver;                 ///< dBase 7
     std::string Date = "\x7C\x02\x1D";  ///< 2024-02-29
-    std::string Mark = "\x0D";    ///< after the descriptors
+    std::string Mark = "\x0D";          ///< after the descriptors
     std::string BackLink;
     std::string Records;
     std::string End = "\x1A";
