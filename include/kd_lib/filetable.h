@@ -68,7 +68,7 @@ public:
     /// - Empty name: error line "No file name provided for table file", false.
     /// - Otherwise prints "Table: " and the path; then false with the error line "File does not exist"
     ///   or "No permission to read file", or without one when the stream cannot be opened.
-    /// - True: `Name` is `name`; `Path` keeps its value.
+    /// - True: `Name` is `name`; `Path` keeps its value. A directory of that name opens too; reading it fails.
     bool open(const std::string& name) override;
 
     /// Opens the file at `path`, a file name with its directory and extension: sets `Path` and `Extension` to these
@@ -127,6 +127,9 @@ public:
 
     /// Record `n`, counted from 1; 0 counts as 1. Fixed-length records are reached by one seek, lines by
     /// reading n - 1 of them. There is no upper bound: behind the last record `fetchRecord` answers false.
+    /// - With `Binary` set, lines are taken for records of `RecordLength` bytes: leave it false for tables of lines.
+    /// - A line longer than `RecordLength` - 1 on the way ends the reading: the stream has failed, and the next
+    ///   `fetchRecord` returns false.
     bool goRecord(unsigned long n);
     /// @}
 

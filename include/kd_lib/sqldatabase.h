@@ -91,7 +91,8 @@ public:
     /// Prepares a statement and makes its columns the current result.
     virtual bool query(const std::string& sql) = 0;
 
-    /// The number of records of a table; 0 where no count could be fetched.
+    /// The number of records of a table, whose name goes into the statement as it is; 0 where no count could be
+    /// fetched. A count that is no number, or too large, throws std::invalid_argument or std::out_of_range.
     virtual std::int64_t getRecords(const std::string& table);
 
     /// Takes the next row of the current result into `queryColumns`; false at its end.

@@ -52,6 +52,8 @@ public:
     /// Closes the connection; true when there is none any more. `database`, `errorText` and the current
     /// result become empty; the statements and the replaced connections are closed too. False, with the
     /// error reported and the connection kept, when SQLite does not close it.
+    /// An open transaction is lost, but `inTransaction` keeps its value: call `rollback` or `endTransaction` before,
+    /// or `beginTransaction` does nothing on the next connection.
     bool disconnect() override;
 
     /// Opens an existing database file: `openDatabase(name, false, "")`.
@@ -63,7 +65,8 @@ public:
     /// Opens the file `databasePath(name)`, or an in-memory database for ":memory:", and makes its path
     /// the `database`. A connection that was open before is replaced, not closed.
     /// - Empty name: false, nothing changes.
-    /// - No file and `create` false: the message "Cannot find database", false.
+    /// - No file and `create` false: the message "Cannot find database", false. A connection that was open stays
+    ///   the current one, although `database` is empty.
     /// - SQLite fails: reported, false; `handle` is what SQLite returned.
     /// Deliberate: an `encoding` is set by a PRAGMA on the connection that was open before.
     bool openDatabase(const std::string& name, bool create, const std::string& encoding);
@@ -92,7 +95,8 @@ public:
     /// @}
 
     /// \name Lists
-    /// Each runs a query and finalises it.
+    /// Each runs a query and finalises it. The end of the query's rows commits an open transaction, `getRecords`
+    /// excepted. Names go into the statement as they are, unquoted.
     /// @{
 
     /// Fills `databaseList` with the schema names.
@@ -105,7 +109,9 @@ public:
     /// holds the last one, and the linked tables are dropped.
     bool getColumnList(std::string table) override;
 
-    /// The number of records of a table; 0 where no count could be fetched.
+    /// The number of records of a table; 0 where no count could be fetched. A `table` that is more than a name can
+    /// give another first value: one that is no number throws std::invalid_argument, too large a one
+    /// std::out_of_range.
     std::int64_t getRecords(const std::string& table) override;
 
     /// SQLite's type codes: 1 integer, 2 float, 3 text, 4 blob, 5 the value 15, any other 0.
@@ -119,7 +125,8 @@ public:
     /// current result and `errorText` are emptied first. False without a message when disconnected.
     bool prepare(std::string sql) override;
 
-    /// Steps the statement once. Finished: `resultRows` is the number of changed rows, true. Every other
+    /// Steps the statement once. Finished: `resultRows` is the number of changed rows, true; after a statement that
+    /// changes none, such as CREATE TABLE, it is that of the last INSERT, UPDATE or DELETE before. Every other
     /// answer, a row included, is a failure: reported, an open transaction rolled back, the statement
     /// finalised, false; `errorText` keeps the reason.
     bool execute() override;
@@ -135,7 +142,8 @@ public:
     bool query(const std::string& sql) override;
 
     /// Fetches the next row; NULL becomes the empty text. A busy database is tried six times in all.
-    /// At the end of the rows: `resultRows` is their number, an open transaction is ended, false. An
+    /// At the end of the rows: `resultRows` is their number, an open transaction is ended, false. The statement
+    /// that ends a transaction also empties `queryColumns`; `resultRows` is then its own. An
     /// error of code 1 is reported; every other failure answers false without a message.
     bool fetchRow() override;
 
@@ -150,7 +158,7 @@ public:
     bool finalize();
 
     /// Prepares "INSERT INTO table (columns) VALUES (:columns)" for the columns of the current result,
-    /// which is then emptied. False without columns.
+    /// which is then emptied. False without columns. Names go into the statement as they are, unquoted.
     bool prepareInsert(const std::string& table) override;
 
     /// Binds each value of `fields` as text to the parameter with the field's name, ":" included, and

@@ -17,7 +17,8 @@ KD_LIB_EXPORT std::string convertField2Sql(TableField field);
 /// The current value as an SQL literal:
 /// - boolean: 1 or 0, as `stringToBool` reads the value;
 /// - decimal, float, smallint, integer, bigint: the trimmed text, unquoted and unchecked;
-/// - date: quoted; a trimmed text of at most 8 characters is cut into YYYY-MM-DD;
+/// - date: quoted; a trimmed text of at most 8 characters is cut into YYYY-MM-DD. A single quote inside a date, a time
+///   or a timestamp stays and ends the literal early: check values of files that you did not write;
 /// - time: a trimmed text of at most 6 characters is cut into HH:MM:SS. Deliberate: the quote at its
 ///   end has none in front;
 /// - timestamp: the trimmed text, quoted;

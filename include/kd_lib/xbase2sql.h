@@ -33,6 +33,8 @@ public:
 
     /// An INSERT with placeholders: "$0", "$1", ... for the dialect "postgresql", "?" for every other.
     /// Deliberate: "sqlite" puts ":" before the names in the column list, not before the placeholders.
+    /// Names are not quoted: a reserved word or a blank in one makes a statement that no database takes; see
+    /// `SqlKeyword`.
     std::string prepareInsert(const std::string& dialect);
 
     /// An INSERT with the current values of the columns as literals.
@@ -42,6 +44,11 @@ public:
     /// `InsertRecords` is set. Closes the table and returns the script's path.
     /// Empty: the table could not be opened (error line "Table is not open"), or the script could not
     /// be created (no message; the table stays open).
+    /// - A failed write is not reported: on a full disk the path of a cut script is returned. Where that matters, call
+    ///   `writeScript` with a stream of your own and look at its state after `close`.
+    /// - The header is read only while `Fields` is empty. Before an object converts a second table, call
+    ///   `defineFields`, or the second script has the columns of the first table.
+    ///
     /// With `ReadDeleted` false a deleted record writes the INSERT of the record before it once more.
     std::string convert();
 

@@ -799,6 +799,15 @@ TEST_F(SqliteConnection, RecordsOfAMissingTableAreZeroAndReportedOnce)
     EXPECT_EQ("no such table: none [#1]", Database.errorText);
 }
 
+TEST_F(SqliteConnection, FirstValueThatIsNoCountThrowsTheStandardException)
+{
+    ASSERT_TRUE(Database.createDatabase(":memory:"));
+    Database.execute("CREATE TABLE t (a)");
+    EXPECT_THROW(Database.getRecords("t UNION SELECT 'many' ORDER BY 1 DESC"), std::invalid_argument);
+    EXPECT_THROW(Database.getRecords("t UNION SELECT '99999999999999999999' ORDER BY 1 DESC"), std::out_of_range);
+    EXPECT_EQ(0, Database.getRecords("t"));
+}
+
 TEST_F(SqliteConnection, RecordsCountedInATransactionLeaveItOpen)
 {
     ASSERT_TRUE(Database.createDatabase(":memory:"));

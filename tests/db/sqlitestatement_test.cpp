@@ -1099,6 +1099,17 @@ TEST_F(SqliteTransaction, DeliberatelyTheEndOfTheRowsEndsAnOpenTransaction)
     EXPECT_EQ("1,2\n3,4\n", rows());
 }
 
+TEST_F(SqliteTransaction, DeliberatelyTheEndOfTheRowsInATransactionEmptiesTheColumns)
+{
+    bare("INSERT INTO t VALUES (1, 2)");
+    Database.beginTransaction();
+    ASSERT_TRUE(Database.query("SELECT a FROM t"));
+    EXPECT_TRUE(Database.fetchRow());
+    EXPECT_EQ(1U, Database.queryColumns.size());
+    EXPECT_FALSE(Database.fetchRow());
+    EXPECT_EQ(0U, Database.queryColumns.size());
+}
+
 TEST_F(SqliteTransaction, FailureOfFetchRowDoesNotEndTheTransaction)
 {
     Database.beginTransaction();

@@ -360,3 +360,10 @@ TEST(ValueLiteral, LengthAndDecimalsDoNotMatter)
     field.Value = "Oslo";
     EXPECT_EQ("'Oslo'", convertValue2Sql(field));
 }
+
+TEST(SqlLiteral, DeliberatelyAQuoteInALongDateStays)
+{
+    EXPECT_EQ("'2024'03'05'", literal(DATE_TYPE, "2024'03'05"));
+    EXPECT_EQ("11'12'13'", literal(kd_lib::TIME_TYPE, "11'12'13"));
+    EXPECT_EQ("'2024'03'05'", literal(kd_lib::TIMESTAMP_TYPE, "2024'03'05"));
+}

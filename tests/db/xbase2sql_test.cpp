@@ -681,6 +681,22 @@ TEST(xBase2SqlConvert, ManyRecordsAreWrittenWholeInBlocks)
               conversion.script());
 }
 
+TEST(xBase2SqlConvert, DeliberatelyASecondTableHasTheColumnsOfTheFirstUntilTheFieldsAreEmptied)
+{
+    Conversion conversion("t", DbfBuilder({{"A", 'C', 3}}).record({"abc"}).bytes());
+    conversion.Directory.write("other.dbf", DbfBuilder({{"B", 'C', 2}, {"C", 'C', 1}}).record({"xy", "z"}).bytes());
+    conversion.script();
+    conversion.Table.Name = "other";
+    captured([&] { conversion.Table.convert(); });
+    EXPECT_EQ("DROP TABLE IF EXISTS other;\nCREATE TABLE IF NOT EXISTS other (\na char(3)\n);\n",
+              readFile(conversion.Directory.file("other.sql")).substr(0, 76));
+    conversion.Table.defineFields();
+    captured([&] { conversion.Table.convert(); });
+    EXPECT_EQ("DROP TABLE IF EXISTS other;\nCREATE TABLE IF NOT EXISTS other (\nb char(2),\nc char(1)\n);\n"
+              "INSERT INTO other(b,c) \n VALUES ('xy','z');\n",
+              readFile(conversion.Directory.file("other.sql")));
+}
+
 TEST(xBase2SqlWriteScript, WritesTheSameTextToAnyStreamAndLeavesTheTableOpen)
 {
     Conversion conversion("stock", twoRecords());
