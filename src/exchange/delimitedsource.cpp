@@ -36,12 +36,6 @@ public:
     const detail::InputFile& file() const { return Window.file(); }
 
 private:
-    /// A column of the records that is taken from the row.
-    struct Taken {
-        std::size_t Column;
-        std::size_t Cell;
-    };
-
     const CodePage* pageToConvert() const;
     const detail::DelimitedForm& foundForm();
     std::vector<Column> columnsInFile();
@@ -61,8 +55,7 @@ private:
     detail::DelimitedRows Rows;
     detail::TextCells Cells;
     std::vector<detail::ChosenColumn> Chosen;
-    std::vector<Taken> TakenColumns;
-    std::vector<std::size_t> Marks;     // columns that hold the deletion mark, which no row has
+    detail::NeededColumns Needed;
     std::vector<std::string> Unquoted;  // a scratch for each column
     mutable std::string OriginBytes;
     std::uint64_t From = 1;  // number of the first record that comes
@@ -99,7 +92,9 @@ const CodePage* DelimitedSource::Reader::pageToConvert() const
 /// The form, with the delimiter that the text tells where that is to be found.
 const detail::DelimitedForm& DelimitedSource::Reader::foundForm()
 {
-    detail::refuseWideText(Of.file(), Window, Page);
+    if (const char* wide = Page.isUtf8() ? detail::wideEncoding(Window) : nullptr) {
+        throw Error(Of.file(), std::string("the text is ") + wide + ": name it as the encoding");
+    }
     if (detail::findsDelimiter(Options)) {
         Window.fill(detail::delimiterSampleSize);
         const auto size = static_cast<std::size_t>(Window.end() - Window.begin());
@@ -169,18 +164,7 @@ void DelimitedSource::Reader::inferTypes(std::vector<Column>& columns)
 
 void DelimitedSource::Reader::need(const std::vector<bool>& needed)
 {
-    TakenColumns.clear();
-    Marks.clear();
-    for (std::size_t i = 0; i < Chosen.size(); ++i) {
-        if (!needed.empty() && !needed[i]) {
-            continue;
-        }
-        if (Chosen[i].isDeletionMark()) {
-            Marks.push_back(i);
-        } else {
-            TakenColumns.push_back({i, Chosen[i].Index});
-        }
-    }
+    Needed = detail::neededColumns(Chosen, needed);
     std::ranges::fill(Of.Current.Cells, Cell::null());
 }
 
@@ -206,12 +190,12 @@ void DelimitedSource::Reader::giveRecord(Record& record)
         giveRowFlaw(record);
     }
     const bool ascii = !Rows.mayHaveHighBytes() && Cells.isAsciiBased();
-    for (const Taken& taken : TakenColumns) {
-        if (taken.Cell >= cells.size() || isNull(cells[taken.Cell])) {
+    for (const detail::TakenColumn& taken : Needed.Taken) {
+        if (taken.Index >= cells.size() || isNull(cells[taken.Index])) {
             record.Cells[taken.Column].Kind = CellKind::Null;
             continue;
         }
-        const detail::DelimitedCell& cell = cells[taken.Cell];
+        const detail::DelimitedCell& cell = cells[taken.Index];
         const std::string_view text = detail::unquoted(cell, Form.Quote, Unquoted[taken.Column]);
         if (ascii) {
             Cells.setUtf8(record, taken.Column, text);
@@ -219,7 +203,7 @@ void DelimitedSource::Reader::giveRecord(Record& record)
             Cells.set(record, taken.Column, text);
         }
     }
-    for (const std::size_t mark : Marks) {
+    for (const std::size_t mark : Needed.Marks) {
         record.Cells[mark] = Cell::boolean(false);
     }
 }

@@ -4,6 +4,7 @@
 
 #include <kd_lib/exchange/dbfsource.h>
 #include <kd_lib/exchange/delimitedsource.h>
+#include <kd_lib/exchange/fixedsource.h>
 
 namespace kd_lib::exchange {
 
@@ -16,6 +17,8 @@ std::unique_ptr<Source> openSource(const std::string& file, const SourceOptions&
     case SourceKind::Csv:
     case SourceKind::Tsv:
         return std::make_unique<DelimitedSource>(file, options);
+    case SourceKind::Fixed:
+        return std::make_unique<FixedSource>(file, options);
     default:
         throw OptionError(file, "the kind of the file is not known by its name");
     }

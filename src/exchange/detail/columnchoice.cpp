@@ -116,4 +116,20 @@ std::vector<Column> columnsOf(const std::vector<Column>& inFile, const std::vect
     return columns;
 }
 
+NeededColumns neededColumns(const std::vector<ChosenColumn>& chosen, const std::vector<bool>& needed)
+{
+    NeededColumns all;
+    for (std::size_t i = 0; i < chosen.size(); ++i) {
+        if (!needed.empty() && !needed[i]) {
+            continue;
+        }
+        if (chosen[i].isDeletionMark()) {
+            all.Marks.push_back(i);
+        } else {
+            all.Taken.push_back({i, chosen[i].Index});
+        }
+    }
+    return all;
+}
+
 }  // namespace kd_lib::exchange::detail

@@ -38,6 +38,21 @@ Column columnOf(const std::vector<Column>& inFile, const ChosenColumn& chosen);
 /// All of them.
 std::vector<Column> columnsOf(const std::vector<Column>& inFile, const std::vector<ChosenColumn>& chosen);
 
+/// A column of the records that comes from the file.
+struct TakenColumn {
+    std::size_t Column;  ///< index into the source's columns
+    std::size_t Index;   ///< of the file's columns
+};
+
+/// The columns that are needed, apart from each other by where they come from.
+struct NeededColumns {
+    std::vector<TakenColumn> Taken;
+    std::vector<std::size_t> Marks;  ///< columns that hold the deletion mark
+};
+
+/// `needed`: as `Source::need` takes it; empty: all.
+NeededColumns neededColumns(const std::vector<ChosenColumn>& chosen, const std::vector<bool>& needed);
+
 /// The type of a name as `--type` takes it; nothing for any other name.
 std::optional<ColumnType> typeOfName(std::string_view name);
 

@@ -28,19 +28,6 @@ char characterOf(const std::string& file, const std::string& text, const char* w
     return text[0];
 }
 
-/// Every other byte of the beginning is zero, as in UTF-16 of Latin letters.
-bool alternatesWithZeros(std::string_view text, std::size_t first)
-{
-    constexpr std::size_t looked = 16;
-    text = text.substr(0, std::min(looked, text.size() / 2 * 2));
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if ((text[i] == '\0') != (i % 2 == first)) {
-            return false;
-        }
-    }
-    return text.size() >= 4;
-}
-
 }  // namespace
 
 bool findsDelimiter(const SourceOptions& options)
@@ -73,22 +60,6 @@ const CodePage* pageToConvert(const CodePage& page, const DelimitedForm& form)
     const bool marksAreMarks = form.Delimiter < firstSecondByte && (!form.HasQuotes || form.Quote < firstSecondByte);
     const bool direct = page.isUtf8() || (page.isAsciiBased() && (page.isSingleByte() || marksAreMarks));
     return direct ? nullptr : &page;
-}
-
-void refuseWideText(const std::string& file, const TextWindow& window, const CodePage& page)
-{
-    const std::string_view text(window.begin(), static_cast<std::size_t>(window.end() - window.begin()));
-    if (!page.isUtf8()) {
-        return;
-    }
-    if (text.starts_with(std::string_view("\xFF\xFE\0\0", 4)) ||
-        text.starts_with(std::string_view("\0\0\xFE\xFF", 4))) {
-        throw Error(file, "the text is UTF-32: name it as the encoding");
-    }
-    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") || alternatesWithZeros(text, 1) ||
-        alternatesWithZeros(text, 0)) {
-        throw Error(file, "the text is UTF-16: name it as the encoding");
-    }
 }
 
 }  // namespace kd_lib::exchange::detail

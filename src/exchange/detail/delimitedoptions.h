@@ -24,7 +24,4 @@ DelimitedForm delimitedForm(const std::string& file, const SourceOptions& option
 /// `form`; null where they can.
 const CodePage* pageToConvert(const CodePage& page, const DelimitedForm& form);
 
-/// Throws an `Error` for a text that begins as UTF-16 or UTF-32 does, though it is to be read as UTF-8.
-void refuseWideText(const std::string& file, const TextWindow& window, const CodePage& page);
-
 }  // namespace kd_lib::exchange::detail

@@ -10,13 +10,32 @@ namespace {
 constexpr std::size_t usualCapacity = 262144;
 constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 
+/// Every other byte of the beginning is zero, as in UTF-16 of Latin letters.
+bool alternatesWithZeros(std::string_view text, std::size_t first)
+{
+    constexpr std::size_t looked = 16;
+    text = text.substr(0, std::min(looked, text.size() / 2 * 2));
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if ((text[i] == '\0') != (i % 2 == first)) {
+            return false;
+        }
+    }
+    return text.size() >= 4;
+}
+
 }  // namespace
 
 TextWindow::TextWindow(const std::string& path, const CodePage* encoding) : File(path), Encoding(encoding)
 {
-    Capacity = usualCapacity;
-    Buffer = std::make_unique_for_overwrite<char[]>(Capacity + blockSize);
+    allocate(usualCapacity);
     open();
+}
+
+void TextWindow::allocate(std::size_t size)
+{
+    Buffer = std::make_unique_for_overwrite<char[]>(size + 2 * blockSize);
+    std::memset(Buffer.get(), 0, blockSize);
+    Capacity = size;
 }
 
 void TextWindow::open()
@@ -24,10 +43,10 @@ void TextWindow::open()
     if (Encoding != nullptr) {
         Converted = std::make_unique<ConvertedInput>(File, *Encoding);
     }
-    Begin = End = Buffer.get();
+    Begin = End = first();
     Offset = 0;
     AtEnd = false;
-    fill(utf8Mark.size());
+    fill(blockSize);  // what the encoding is told by
     if (std::string_view(Begin, static_cast<std::size_t>(End - Begin)).starts_with(utf8Mark)) {
         Begin += utf8Mark.size();
     }
@@ -45,21 +64,21 @@ void TextWindow::reserve(std::size_t size, const char* from)
     const auto kept = static_cast<std::size_t>(End - from);
     Offset = offsetOf(from);
     if (size > Capacity) {
-        auto larger = std::make_unique_for_overwrite<char[]>(size + blockSize);
-        std::memcpy(larger.get(), from, kept);
-        Buffer = std::move(larger);
-        Capacity = size;
+        const std::unique_ptr<char[]> smaller = std::move(Buffer);
+        allocate(size);
+        std::memcpy(first(), from, kept);
     } else {
-        std::memmove(Buffer.get(), from, kept);
+        std::memmove(first(), from, kept);
     }
-    Begin = Buffer.get();
+    Begin = first();
     End = Begin + kept;
 }
 
 std::size_t TextWindow::readSome()
 {
-    char* const to = Buffer.get() + (End - Buffer.get());
-    const std::size_t room = Capacity - static_cast<std::size_t>(End - Buffer.get());
+    const auto used = static_cast<std::size_t>(End - first());
+    char* const to = first() + used;
+    const std::size_t room = Capacity - used;
     const std::size_t got = Converted ? Converted->readSome(to, room) : File.readSome(to, room);
     End += got;
     AtEnd = got == 0;
@@ -82,6 +101,18 @@ void TextWindow::fill(std::size_t size)
     while (static_cast<std::size_t>(End - Begin) < size && !AtEnd) {
         readSome();
     }
+}
+
+const char* wideEncoding(const TextWindow& window)
+{
+    const std::string_view text(window.begin(), static_cast<std::size_t>(window.end() - window.begin()));
+    if (text.starts_with(std::string_view("\xFF\xFE\0\0", 4)) ||
+        text.starts_with(std::string_view("\0\0\xFE\xFF", 4))) {
+        return "UTF-32";
+    }
+    const bool sixteen = text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") || alternatesWithZeros(text, 1) ||
+                         alternatesWithZeros(text, 0);
+    return sixteen ? "UTF-16" : nullptr;
 }
 
 }  // namespace kd_lib::exchange::detail

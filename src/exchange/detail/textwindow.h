@@ -25,7 +25,8 @@ public:
     /// `Error` where it cannot be read.
     TextWindow(const std::string& path, const CodePage* encoding);
 
-    /// The bytes that are in memory. At least `blockSize` bytes after the end may be read, and mean nothing.
+    /// The bytes that are in memory. `blockSize` bytes before the beginning and after the end may be read; they mean
+    /// nothing.
     const char* begin() const { return Begin; }
     const char* end() const { return End; }
 
@@ -43,12 +44,14 @@ public:
     void restart();
 
     /// The place of a byte of the window in the file, from 0; in the converted text where the file is converted.
-    std::uint64_t offsetOf(const char* at) const { return Offset + static_cast<std::uint64_t>(at - Buffer.get()); }
+    std::uint64_t offsetOf(const char* at) const { return Offset + static_cast<std::uint64_t>(at - first()); }
 
     const InputFile& file() const { return File; }
     const ConvertedInput* converted() const { return Converted.get(); }
 
 private:
+    char* first() const { return Buffer.get() + blockSize; }
+    void allocate(std::size_t size);
     void open();
     void reserve(std::size_t size, const char* from);
     std::size_t readSome();
@@ -63,5 +66,9 @@ private:
     std::uint64_t Offset = 0;  // of the buffer's first byte
     bool AtEnd = false;
 };
+
+/// "UTF-16" or "UTF-32" where a text begins as one in that encoding does; null for any other text. The window is at its
+/// beginning.
+const char* wideEncoding(const TextWindow& window);
 
 }  // namespace kd_lib::exchange::detail

@@ -1,0 +1,49 @@
+/// \file
+/// Text in fixed columns (.txt).
+#pragma once
+
+#include <kd_lib/exchange/opensource.h>
+#include <kd_lib/exchange/source.h>
+#include <kd_lib/export.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kd_lib::exchange {
+
+/// Text with a record a line, in which a column is a range of bytes. `FixedColumns` lists them:
+///
+///     name:1-8,town:9-24    bytes from 1, both inclusive; "flag:9" is one byte. Columns may leave bytes out, and overlap
+///     5|12|20               the classic list: a column begins at each of these bytes, counted from 0, and is as wide
+///                           as the distance from the one before; they are `field#0`, `field#1`, ...
+///
+/// Lines end with LF or CR LF; with CR where the first one does. Blanks and zero bytes at the end of a cell are left
+/// out, those at its beginning stay; a cell of blanks is the empty text. A line that ends within a column gives a
+/// shorter cell, and one that ends before it NULL. Empty lines are skipped, but for a table of one column, where they
+/// are NULL. All columns are texts, unless types are asked for.
+class KD_LIB_EXPORT FixedSource : public Source {
+public:
+    /// Opens a text; "-" is standard input. Throws an `Error` where the file cannot be read or is UTF-16; an
+    /// `OptionError` for options that do not fit, such as an encoding that is not based on ASCII.
+    explicit FixedSource(const std::string& file, const SourceOptions& options);
+    ~FixedSource() override;
+
+    Origin origin(std::size_t column) const override;
+    void seek(std::uint64_t number) override;
+    void need(const std::vector<bool>& needed) override;
+    std::vector<Fact> facts() const override;
+    std::uint64_t position() const override;
+    std::optional<std::uint64_t> size() const override;
+
+private:
+    class Reader;
+
+    bool read() override;
+
+    std::unique_ptr<Reader> TheReader;
+};
+
+}  // namespace kd_lib::exchange
