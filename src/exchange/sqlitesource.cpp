@@ -1,5 +1,6 @@
 #include <kd_lib/exchange/sqlitesource.h>
 
+#include "detail/lettercase.h"
 #include "detail/sqliteaffinity.h"
 #include "detail/sqlitedatabase.h"
 
@@ -21,9 +22,7 @@ using detail::StatementHandle;
 /// The type of values that are to be expected of a declared type.
 ColumnType typeOf(std::string_view declared)
 {
-    std::string word(declared);
-    std::ranges::transform(word, word.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    const std::string word = detail::lowered(declared);
     if (word.find("int") != std::string::npos) {
         return ColumnType::BigInteger;
     }

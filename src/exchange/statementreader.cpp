@@ -1,5 +1,7 @@
 #include <kd_lib/exchange/statementreader.h>
 
+#include "detail/lettercase.h"
+
 #include <kd_lib/exchange/error.h>
 
 #include <algorithm>
@@ -20,11 +22,6 @@ bool isWordCharacter(char c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '$' ||
            static_cast<unsigned char>(c) >= 0x80;
-}
-
-char capital(char c)
-{
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
 /// The character that ends the quotes which `c` opens; 0: it opens none.
@@ -178,7 +175,7 @@ bool StatementReader::takeCharacter(char c)
     }
     if (isWordCharacter(c)) {
         if (WordSize < Word.size()) {
-            Word[WordSize] = capital(c);
+            Word[WordSize] = detail::upperLetter(c);
         }
         WordSize += WordSize <= Word.size() ? 1 : 0;
         append({&c, 1});

@@ -1,7 +1,7 @@
 #include "comparablevalue.h"
 
 #include "digits.h"
-#include "sqlitebinder.h"
+#include "sqlitevalue.h"
 
 #include <algorithm>
 #include <array>

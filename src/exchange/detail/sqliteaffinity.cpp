@@ -1,6 +1,7 @@
 #include "sqliteaffinity.h"
 
 #include "digits.h"
+#include "lettercase.h"
 
 #include <algorithm>
 #include <cmath>
@@ -88,9 +89,7 @@ bool isKeptAsText(Affinity affinity, std::string_view text)
 
 Affinity affinityOf(std::string_view declaredType)
 {
-    std::string type(declaredType);
-    std::ranges::transform(type, type.begin(),
-                           [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+    const std::string type = uppered(declaredType);
     const auto holds = [&type](const char* word) { return type.find(word) != std::string::npos; };
     if (holds("INT")) {
         return Affinity::Numeric;

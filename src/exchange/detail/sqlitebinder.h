@@ -2,7 +2,6 @@
 /// The cells of a record as parameters of a prepared statement.
 #pragma once
 
-#include "moments.h"
 #include "sqliteaffinity.h"
 
 #include <kd_lib/exchange/record.h>
@@ -15,14 +14,6 @@
 #include <vector>
 
 namespace kd_lib::exchange::detail {
-
-/// Writes a date, time or timestamp as SQLite's functions read it: YYYY-MM-DD, HH:MM:SS.mmm, both with a blank.
-/// Returns the characters written: at most `momentSize`.
-constexpr std::size_t momentSize = timestampSize;
-std::size_t writeMoment(CellKind kind, const Timestamp& moment, char* to);
-
-/// The value of an exact number that is `SqliteForm::Real`.
-double realOf(std::string_view digits);
 
 /// Binds records to the parameters 1, 2, ... of a statement. What is bound views the record and this object: the
 /// statement must have run before the next record is bound. Nothing is allocated per record.
