@@ -16,6 +16,10 @@ struct sqlite3;
 
 namespace kd_lib::exchange {
 
+namespace detail {
+class SqliteDatabase;
+}
+
 /// Who is told what happens while statements read files. The callbacks must not throw, and must not use the
 /// connection.
 struct VirtualTableEvents {
@@ -51,6 +55,7 @@ struct FileTableOptions {
     std::string File;
     std::string Table;  ///< empty: the file's name without folder and extension, in lower case
     SourceOptions Options = {};
+    bool MayFail = false;  ///< a file that cannot be opened is left out, with a note that tells of a loss
 };
 
 /// A SQLite connection in memory whose tables are files: for queries over files where they lie.
@@ -60,27 +65,28 @@ struct FileTableOptions {
 class KD_LIB_EXPORT TableConnection {
 public:
     /// Makes a table for each file. Files whose tables would have the same name get `_2`, `_3`, ..., with a note.
-    /// Throws an `Error` where a file cannot be opened.
+    /// Throws an `Error` where a file cannot be opened that must not fail.
     explicit TableConnection(const std::vector<FileTableOptions>& files, VirtualTableEvents events = {},
                              std::stop_token stop = {});
     ~TableConnection();
     TableConnection(const TableConnection&) = delete;
     TableConnection& operator=(const TableConnection&) = delete;
 
-    /// Owned by this object.
-    sqlite3* handle() const { return Connection; }
+    /// Owned by this object. Names in double quotes are names on this connection, never texts.
+    sqlite3* handle() const;
 
     /// The tables' names, in the order of the files.
     const std::vector<std::string>& tables() const { return Tables; }
 
 private:
-    sqlite3* Connection = nullptr;
     std::stop_token Stop;
+    std::unique_ptr<detail::SqliteDatabase> Database;
     std::vector<std::string> Tables;
 };
 
 /// The files of a folder (not of those inside it) that can be tables: those whose extension names a kind of file, sorted
-/// by name; each is read with `options`. Throws an `Error` where the folder cannot be read or holds none.
+/// by name; each is read with `options`, and may fail. Text with fixed columns belongs to them if `options` names the
+/// columns. Throws an `Error` where the folder cannot be read or holds none.
 KD_LIB_EXPORT std::vector<FileTableOptions> tableFilesIn(const std::string& folder, const SourceOptions& options = {});
 
 }  // namespace kd_lib::exchange

@@ -1,0 +1,177 @@
+#include "filetable.h"
+
+#include <kd_lib/exchange/transfer.h>
+
+#include <algorithm>
+#include <functional>
+#include <numeric>
+#include <sys/stat.h>
+
+namespace kd_lib::exchange::detail {
+
+namespace {
+
+/// More rejects than that may be told twice; fewer never are.
+constexpr std::size_t mostToldRejects = 65536;
+
+constexpr std::uint64_t likelyRecordLength = 50;
+constexpr std::uint64_t unknownSize = 50'000'000;
+constexpr std::size_t highestBit = 63;
+
+FileState stateOf(const std::string& file)
+{
+    struct stat status = {};
+    if (::stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return {};
+    }
+    return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size), status.st_mtim.tv_sec,
+            status.st_mtim.tv_nsec};
+}
+
+bool sameColumns(const std::vector<Column>& a, const std::vector<Column>& b)
+{
+    return std::ranges::equal(a, b, [](const Column& x, const Column& y) {
+        return x.Name == y.Name && x.Type == y.Type && x.Width == y.Width && x.Decimals == y.Decimals;
+    });
+}
+
+TableOptions tableOptions(NameCase names)
+{
+    TableOptions options;
+    options.Table = "t";
+    options.Names = names;
+    return options;
+}
+
+}  // namespace
+
+FileTable::FileTable(TableArguments arguments, const VirtualTableEvents& events)
+    : Arguments(std::move(arguments)), Events(events), Spare(open()), Columns(Spare.From->columns()),
+      Layout(dialectOf(Engine::Sqlite), Arguments.File, Columns, tableOptions(Arguments.Names))
+{
+    estimate(*Spare.From);
+    if (Events.OnReject) {
+        TellReject = [this](const Reject& reject) { tellOnce(reject); };
+    }
+    tell(Spare);
+    if (Events.OnNote) {
+        for (const Note& note : Layout.notes()) {
+            Events.OnNote(Arguments.File, note);
+        }
+    }
+}
+
+OpenTable FileTable::open() const
+{
+    if (Arguments.File == "-") {
+        throw Error("-", "standard input can be read only once; a table must be a file");
+    }
+    const FileState state = stateOf(Arguments.File);
+    return {openSource(Arguments.File, Arguments.Options), state};
+}
+
+void FileTable::estimate(const Source& source)
+{
+    Fixed = std::ranges::all_of(Columns, [](const Column& c) { return c.SourceLength != 0; });
+    const std::uint64_t length =
+        std::accumulate(Columns.begin(), Columns.end(), std::uint64_t{1},
+                        [](std::uint64_t sum, const Column& c) { return sum + c.SourceLength; });
+    Estimate = source.size().value_or(unknownSize) / (Fixed ? length : likelyRecordLength) + 1;
+}
+
+OpenTable FileTable::take()
+{
+    if (Spare.From != nullptr && (Spare.Fresh || Spare.State != FileState()) &&
+        Spare.State == stateOf(Arguments.File)) {
+        return std::exchange(Spare, OpenTable());
+    }
+    OpenTable table = open();
+    if (!sameColumns(table.From->columns(), Columns)) {
+        throw Error(Arguments.File, "the columns of the file have changed; make the table anew");
+    }
+    return table;
+}
+
+void FileTable::giveBack(OpenTable table)
+{
+    tell(table);
+    Spare = std::move(table);
+}
+
+void FileTable::tell(OpenTable& table)
+{
+    const std::vector<Note>& notes = table.From->notes();
+    for (; table.NotesTold < notes.size(); ++table.NotesTold) {
+        const Note& note = notes[table.NotesTold];
+        if (ToldNotes.insert(note.Text).second && Events.OnNote) {
+            Events.OnNote(Arguments.File, note);
+        }
+    }
+}
+
+void FileTable::tellOnce(const Reject& reject)
+{
+    const std::pair key(reject.Where.Record, std::hash<std::string>()(reject.Where.Column));
+    if (ToldRejects.contains(key)) {
+        return;
+    }
+    if (ToldRejects.size() < mostToldRejects) {
+        ToldRejects.insert(key);
+    }
+    Events.OnReject(reject);
+}
+
+FileScan::~FileScan()
+{
+    if (Open.From != nullptr) {
+        Table.giveBack(std::move(Open));
+    }
+}
+
+void FileScan::start(const RecordRange& range, std::uint64_t used)
+{
+    if (Open.From == nullptr) {
+        Open = Table.take();
+        need(used);
+    } else if (used != Used) {
+        need(used);
+    }
+    if (!Open.Fresh || range.First > 1) {
+        Open.From->seek(range.First);
+    }
+    Open.Fresh = false;
+    Last = range.Last;
+    End = range.First > range.Last;
+    if (!End) {
+        next();
+    }
+}
+
+void FileScan::need(std::uint64_t used)
+{
+    std::vector<bool> needed(Open.From->columns().size());
+    for (std::size_t i = 0; i < needed.size(); ++i) {
+        needed[i] = (used >> std::min(i, highestBit) & 1U) != 0;
+    }
+    Open.From->need(needed);
+    Used = used;
+}
+
+void FileScan::next()
+{
+    Source& source = *Open.From;
+    while (source.next()) {
+        Record& record = source.record();
+        if (record.Number > Last) {
+            break;
+        }
+        Table.layout().fit(record);
+        if (record.Flaws.empty() || applyPolicy(source, OnError::Null, Table.onReject(), Rejects)) {
+            return;
+        }
+    }
+    End = true;
+    Table.tell(Open);
+}
+
+}  // namespace kd_lib::exchange::detail

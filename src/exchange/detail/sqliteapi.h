@@ -1,0 +1,10 @@
+/// \file
+/// SQLite's functions: those of the library, or, in a loadable extension, those of the program that loads it.
+#pragma once
+
+#ifdef KD_LOADABLE_EXTENSION
+#include <sqlite3ext.h>
+extern "C" const sqlite3_api_routines* sqlite3_api;
+#else
+#include <sqlite3.h>
+#endif
