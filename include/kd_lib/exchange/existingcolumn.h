@@ -1,0 +1,57 @@
+/// \file
+/// Columns of a table that exists on a server.
+#pragma once
+
+#include <kd_lib/exchange/cell.h>
+#include <kd_lib/exchange/dialect.h>
+#include <kd_lib/exchange/error.h>
+#include <kd_lib/exchange/record.h>
+#include <kd_lib/exchange/tablelayout.h>
+#include <kd_lib/export.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kd_lib::exchange {
+
+/// What a column keeps of a value, as far as the server would change the value without a word. What it refuses by itself
+/// is not described.
+struct ExistingColumn {
+    enum class Kind : std::uint8_t {
+        Other,    ///< takes the value, or refuses it
+        Text,     ///< at most `Limit` characters, blanks at the end beyond that are cut; 0: of any length
+        Whole,    ///< whole numbers
+        Decimal,  ///< `Limit` decimals, others are rounded
+        Float,    ///< about `Limit` significant digits
+        Date,     ///< no time of the day
+        Moment    ///< a time with `Limit` digits of a second's fraction
+    };
+
+    std::string Name;
+    Kind Keeps = Kind::Other;
+    std::uint32_t Limit = 0;
+};
+
+/// The column of this name: the same, else without regard to the case of ASCII letters. Throws an `Error` with `database`
+/// as its place where the table, or the column, is missing.
+KD_LIB_EXPORT const ExistingColumn& findColumn(const std::vector<ExistingColumn>& columns, const std::string& name,
+                                               const std::string& table, const std::string& database);
+
+/// The columns of a table that records are appended to, in the order of the source's columns.
+class KD_LIB_EXPORT ExistingColumns {
+public:
+    /// Finds the columns of `layout` among those of the table, as `findColumn` does.
+    ExistingColumns(const TableLayout& layout, const std::vector<ExistingColumn>& table, const std::string& database);
+
+    const std::vector<ExistingColumn>& all() const { return Columns; }
+
+    /// Marks the cells that the columns would keep only a part of, by `Record::reject`. Decimals that are all zeros are
+    /// taken off whole numbers.
+    void fit(Record& record, Engine engine) const;
+
+private:
+    std::vector<ExistingColumn> Columns;
+};
+
+}  // namespace kd_lib::exchange

@@ -1,0 +1,20 @@
+/// \file
+/// The columns of a table that exists.
+#pragma once
+
+#include "mariadbsession.h"
+
+#include <kd_lib/exchange/existingcolumn.h>
+
+#include <string>
+#include <vector>
+
+namespace kd_lib::exchange::detail {
+
+/// In the table's order; none where the database has no such table.
+std::vector<ExistingColumn> columnsOfTable(MariadbSession& session, const std::string& table);
+
+/// The names of the columns whose texts are in another character set than UTF-8.
+std::vector<std::string> foreignColumns(MariadbSession& session, const std::string& table);
+
+}  // namespace kd_lib::exchange::detail

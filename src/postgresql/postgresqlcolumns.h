@@ -1,0 +1,17 @@
+/// \file
+/// The columns of a table that exists.
+#pragma once
+
+#include "postgresqlsession.h"
+
+#include <kd_lib/exchange/existingcolumn.h>
+
+#include <string>
+#include <vector>
+
+namespace kd_lib::exchange::detail {
+
+/// In the table's order; none where the search path has no such table.
+std::vector<ExistingColumn> columnsOfTable(PostgresqlSession& session, const std::string& table);
+
+}  // namespace kd_lib::exchange::detail

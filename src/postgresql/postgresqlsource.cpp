@@ -1,0 +1,216 @@
+#include "postgresqlsource.h"
+
+#include "postgresqlcolumns.h"
+
+#include <kd_lib/exchange/servervalue.h>
+#include <kd_lib/exchange/sqlitesource.h>
+
+#include <charconv>
+#include <cstring>
+#include <utility>
+
+namespace kd_lib::exchange::detail {
+
+namespace {
+
+/// Values are printed so that they can be read back; rows come as they are stored.
+constexpr const char* settings = "SET datestyle = 'ISO, YMD'; SET bytea_output = 'hex'; SET extra_float_digits = 1; "
+                                 "SET synchronize_seqscans = off; SET max_parallel_workers_per_gather = 0";
+
+// The server's numbers of its types, which never change.
+enum TypeNumber : Oid {
+    boolType = 16,
+    byteaType = 17,
+    int8Type = 20,
+    int2Type = 21,
+    int4Type = 23,
+    oidType = 26,
+    float4Type = 700,
+    float8Type = 701,
+    dateType = 1082,
+    timeType = 1083,
+    timestampType = 1114,
+    numericType = 1700
+};
+
+ColumnType typeOf(Oid type)
+{
+    switch (type) {
+    case boolType:
+        return ColumnType::Boolean;
+    case byteaType:
+        return ColumnType::Bytes;
+    case int2Type:
+    case int4Type:
+        return ColumnType::Integer;
+    case int8Type:
+    case oidType:
+        return ColumnType::BigInteger;
+    case float4Type:
+    case float8Type:
+        return ColumnType::Float;
+    case numericType:
+        return ColumnType::Number;
+    case dateType:
+        return ColumnType::Date;
+    case timeType:
+        return ColumnType::Time;
+    case timestampType:
+        return ColumnType::Timestamp;
+    default:
+        return ColumnType::Text;
+    }
+}
+
+/// The byte at which the server sees the fault; it counts characters, from 1.
+std::optional<std::size_t> placeOf(const PGresult* result, std::string_view sql)
+{
+    const char* const position = PQresultErrorField(result, PG_DIAG_STATEMENT_POSITION);
+    std::size_t characters = 0;
+    if (position == nullptr) {
+        return std::nullopt;
+    }
+    std::from_chars(position, position + std::strlen(position), characters);
+    for (std::size_t i = 0; i < sql.size(); ++i) {
+        const bool begins = (static_cast<unsigned char>(sql[i]) & 0xC0U) != 0x80U;
+        if (begins && --characters == 0) {
+            return i;
+        }
+    }
+    return sql.size();
+}
+
+}  // namespace
+
+PostgresqlSource::PostgresqlSource(const std::string& uri, const ServerOptions& options)
+    : ResultSource(uri), Session(uri, options)
+{
+    File = Session.name();
+    Session.run(settings);
+}
+
+PostgresqlSource::PostgresqlSource(const std::string& uri, const ServerOptions& options, std::string sql)
+    : PostgresqlSource(uri, options)
+{
+    Sql = std::move(sql);
+    start();
+}
+
+std::unique_ptr<PostgresqlSource> PostgresqlSource::ofTable(const std::string& uri, const ServerOptions& options,
+                                                            const std::string& table,
+                                                            const std::vector<std::string>& columns)
+{
+    std::unique_ptr<PostgresqlSource> source(new PostgresqlSource(uri, options));
+    const std::vector<ExistingColumn> found = columnsOfTable(source->Session, table);
+    const Dialect& dialect = dialectOf(Engine::PostgreSql);
+    std::string list;
+    for (const std::string& column : columns) {
+        list.append(list.empty() ? "" : ",");
+        list.append(dialect.quoteName(findColumn(found, column, table, source->Session.name()).Name));
+    }
+    source->Sql = "SELECT " + list + " FROM " + dialect.quoteName(table);
+    source->start();
+    return source;
+}
+
+/// Runs the statement up to its first row.
+void PostgresqlSource::start()
+{
+    // Not as text alone: that could be several statements.
+    if (PQsendQueryParams(Session.handle(), Sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, 0) == 0) {
+        Session.fail(nullptr);
+    }
+    PQsetSingleRowMode(Session.handle());
+    Running = true;
+    Number = 0;
+    First = take();
+    if (Columns.empty()) {
+        takeColumns();
+    }
+}
+
+void PostgresqlSource::takeColumns()
+{
+    for (int i = 0; i < PQnfields(Rows.get()); ++i) {
+        Column column;
+        column.Name = PQfname(Rows.get(), i);
+        column.Type = typeOf(PQftype(Rows.get(), i));
+        Columns.push_back(std::move(column));
+    }
+    Buffers.resize(Columns.size());
+}
+
+/// Takes the next result; false where it is the last.
+bool PostgresqlSource::take()
+{
+    Rows.reset(PQgetResult(Session.handle()));
+    const ExecStatusType status = PQresultStatus(Rows.get());
+    if (status == PGRES_SINGLE_TUPLE) {
+        return true;
+    }
+    if (status == PGRES_EMPTY_QUERY) {
+        throw SqlError(Session.name(), "there is no statement", std::nullopt);
+    }
+    if (status == PGRES_COPY_IN || status == PGRES_COPY_OUT || status == PGRES_COPY_BOTH) {
+        throw SqlError(Session.name(), "COPY has neither a reader nor a writer of its rows here", std::nullopt);
+    }
+    if (status != PGRES_TUPLES_OK && status != PGRES_COMMAND_OK) {
+        Session.checkStop();
+        throw SqlError(Session.name(), kd_lib::detail::postgresqlReason(Rows.get(), Session.handle()),
+                       placeOf(Rows.get(), Sql));
+    }
+    // A SELECT counts its rows too; what else has rows changes them.
+    Changing = std::strncmp(PQcmdStatus(Rows.get()), "SELECT", 6) != 0;
+    const char* const count = PQcmdTuples(Rows.get());
+    if (Changing) {
+        std::from_chars(count, count + std::strlen(count), Changes);
+    }
+    while (const Result more{PQgetResult(Session.handle())}) {
+        if (PQresultStatus(more.get()) == PGRES_FATAL_ERROR) {
+            Session.fail(more.get());
+        }
+    }
+    Running = false;
+    return false;
+}
+
+bool PostgresqlSource::read()
+{
+    if (!std::exchange(First, false) && (!Running || !take())) {
+        return false;
+    }
+    Current.Number = ++Number;
+    Current.Cells.resize(Columns.size());
+    for (std::size_t i = 0; i < Columns.size(); ++i) {
+        const int column = static_cast<int>(i);
+        Cell& cell = Current.Cells[i];
+        if (PQgetisnull(Rows.get(), 0, column) != 0) {
+            cell = Cell::null();
+            continue;
+        }
+        const std::string_view text(PQgetvalue(Rows.get(), 0, column),
+                                    static_cast<std::size_t>(PQgetlength(Rows.get(), 0, column)));
+        cell = Columns[i].Type == ColumnType::Bytes ? hexadecimalBytes(text, Buffers[i])
+                                                    : serverValue(Columns[i].Type, text);
+    }
+    ++Read;
+    return true;
+}
+
+void PostgresqlSource::seek(std::uint64_t number)
+{
+    if (number <= Number) {
+        while (Running) {
+            take();
+        }
+        if (Changing) {
+            throw Error(Session.name(), "the statement cannot be run again");
+        }
+        start();
+    }
+    while (Number + 1 < number && (std::exchange(First, false) || (Running && take()))) {
+        ++Number;
+    }
+}
+
+}  // namespace kd_lib::exchange::detail

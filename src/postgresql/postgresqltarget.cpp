@@ -1,0 +1,312 @@
+#include "postgresqltarget.h"
+
+#include "postgresqlcolumns.h"
+#include "postgresqlsession.h"
+
+#include <kd_lib/exchange/outputblock.h>
+#include <kd_lib/exchange/rowchunks.h>
+#include <kd_lib/exchange/rowtext.h>
+#include <kd_lib/exchange/tablelayout.h>
+
+#include <charconv>
+#include <cstring>
+#include <optional>
+#include <utility>
+
+namespace kd_lib::exchange::detail {
+
+namespace {
+
+/// Sent in pieces, so that libpq's own buffer stays small.
+constexpr std::size_t pieceSize = 65536;
+
+constexpr const char* partsOfTable =
+    "SELECT c.relname, 'INDEX' FROM pg_index i JOIN pg_class c ON c.oid = i.indexrelid "
+    "WHERE i.indrelid = to_regclass(quote_ident($1)) "
+    "UNION ALL SELECT c.relname, 'SEQUENCE' FROM pg_depend d JOIN pg_class c ON c.oid = d.objid "
+    "WHERE d.refobjid = to_regclass(quote_ident($1)) AND c.relkind = 'S'";
+
+constexpr const char* duplicateTable = "42P07";
+
+/// Why a server refuses rows, and as far as it says so which row and column.
+struct Refusal {
+    std::string Reason;
+    std::optional<std::size_t> Row;  // index in the chunk
+    std::string Column;
+};
+
+/// The line that the server names, in the form "COPY people, line 3, column name".
+std::optional<std::size_t> lineOf(const PGresult* result, const std::string& table)
+{
+    const char* const context = PQresultErrorField(result, PG_DIAG_CONTEXT);
+    const std::string_view text = context != nullptr ? context : "";
+    const std::string lead = "COPY " + table + ", line ";
+    const std::size_t at = text.find(lead);
+    std::size_t line = 0;
+    if (at == std::string_view::npos) {
+        return std::nullopt;
+    }
+    std::from_chars(text.data() + at + lead.size(), text.data() + text.size(), line);
+    return line == 0 ? std::nullopt : std::optional(line - 1);
+}
+
+/// The column that follows the line.
+std::string columnOf(const PGresult* result)
+{
+    if (const char* const name = PQresultErrorField(result, PG_DIAG_COLUMN_NAME); name != nullptr) {
+        return name;
+    }
+    const char* const context = PQresultErrorField(result, PG_DIAG_CONTEXT);
+    const std::string_view text = context != nullptr ? context : "";
+    constexpr std::string_view lead = ", column ";
+    const std::size_t at = text.find(lead, std::min(text.find(", line "), text.size()));
+    return at == std::string_view::npos
+               ? ""
+               : std::string(text.substr(at + lead.size(), text.find_first_of(":\n", at) - at - lead.size()));
+}
+
+}  // namespace
+
+/// A load under way.
+class PostgresqlTarget::Load {
+public:
+    Load(const std::string& uri, const TableOptions& table, const ServerOptions& options, const std::string& file,
+         const std::vector<Column>& columns)
+        : SourceFile(file), Source(columns), Layout(dialectOf(Engine::PostgreSql), file, columns, table),
+          Session(uri, options), Loaded(Layout.table()), Chunks([this](const RowChunks::Chunk& chunk) { send(chunk); }),
+          Rows(Chunks)
+    {
+        for (const std::string& statement : Layout.session()) {
+            Session.run(statement);
+        }
+        Session.run("BEGIN");
+        switch (Layout.mode()) {
+        case TableMode::Append:
+            joinTable();
+            break;
+        case TableMode::Replace:
+            Loaded =
+                Layout.dialect().nameWithSuffix(Layout.table(), "_kd_db_" + std::to_string(PQbackendPID(handle())));
+            [[fallthrough]];
+        case TableMode::Create:
+            makeTable();
+            break;
+        }
+        Copy = "COPY " + quoted(Loaded) + " (" + columnList() + ") FROM STDIN";
+    }
+
+    ~Load() { Chunks.discard(); }
+
+    const TableLayout& layout() const { return Layout; }
+
+    void fit(Record& record)
+    {
+        if (Existing) {
+            Existing->fit(record, Engine::PostgreSql);
+        } else {
+            Layout.fit(record);
+        }
+    }
+
+    void write(const Record& record)
+    {
+        writeCopyRow(record, Rows);
+        Rows.flush();
+        Chunks.endRow(record.Number);
+    }
+
+    void finish()
+    {
+        Chunks.finish();
+        if (Layout.mode() == TableMode::Replace) {
+            exchangeTables();
+        }
+        const Result result = Session.run("COMMIT");
+        if (std::strcmp(PQcmdStatus(result.get()), "COMMIT") != 0) {
+            throw Error(Session.name(), "the server has rolled the load back");
+        }
+    }
+
+    /// Returns once the server has taken everything back, unless the connection is gone.
+    void abandon() noexcept
+    {
+        Chunks.discard();
+        Result(PQexec(handle(), "ROLLBACK"));
+    }
+
+private:
+    /// Takes the text of rows into the chunk under way.
+    class RowBlock final : public OutputBlock {
+    public:
+        explicit RowBlock(RowChunks& chunks) : To(chunks) {}
+
+    private:
+        void take(std::string_view piece) override { To.text().append(piece); }
+
+        RowChunks& To;
+    };
+
+    PGconn* handle() const { return Session.handle(); }
+    std::string quoted(const std::string& name) const { return Layout.dialect().quoteName(name); }
+
+    std::string columnList() const
+    {
+        if (!Existing) {
+            return Layout.columnList();
+        }
+        std::string list;
+        for (const ExistingColumn& column : Existing->all()) {
+            list.append(list.empty() ? "" : ",").append(quoted(column.Name));
+        }
+        return list;
+    }
+
+    void joinTable() { Existing.emplace(Layout, columnsOfTable(Session, Layout.table()), Session.name()); }
+
+    void makeTable()
+    {
+        const Result result(PQexec(handle(), Layout.createTable(Loaded).c_str()));
+        const char* const state = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
+        if (state != nullptr && std::strcmp(state, duplicateTable) == 0) {
+            throw Error(Session.name(), "table " + Loaded + " exists already");
+        }
+        if (PQresultStatus(result.get()) != PGRES_COMMAND_OK) {
+            Session.fail(result.get());
+        }
+    }
+
+    /// The new table takes the old one's name, and the names of what belongs to it follow.
+    void exchangeTables()
+    {
+        Session.run("DROP TABLE IF EXISTS " + quoted(Layout.table()));
+        const Result parts = Session.rows(partsOfTable, Loaded);
+        Session.run("ALTER TABLE " + quoted(Loaded) + " RENAME TO " + quoted(Layout.table()));
+        for (int i = 0; i < PQntuples(parts.get()); ++i) {
+            const std::string part = valueOf(parts, i, 0);
+            if (part.starts_with(Loaded)) {
+                Session.run("ALTER " + valueOf(parts, i, 1) + " " + quoted(part) + " RENAME TO " +
+                            quoted(Layout.dialect().nameWithSuffix(Layout.table(), part.substr(Loaded.size()))));
+            }
+        }
+    }
+
+    /// Copies rows; nothing where the server takes them.
+    std::optional<Refusal> copy(std::string_view rows)
+    {
+        Session.run(Copy, true);
+        while (!rows.empty()) {
+            const std::string_view piece = rows.substr(0, pieceSize);
+            if (PQputCopyData(handle(), piece.data(), static_cast<int>(piece.size())) != 1) {
+                Session.fail(nullptr);
+            }
+            rows.remove_prefix(piece.size());
+        }
+        if (PQputCopyEnd(handle(), nullptr) != 1) {
+            Session.fail(nullptr);
+        }
+        std::optional<Refusal> refusal;
+        while (const Result result{PQgetResult(handle())}) {
+            if (PQresultStatus(result.get()) == PGRES_COMMAND_OK || refusal) {
+                continue;
+            }
+            if (PQstatus(handle()) != CONNECTION_OK) {
+                Session.fail(result.get());
+            }
+            refusal = Refusal{kd_lib::detail::postgresqlReason(result.get(), handle()), lineOf(result.get(), Loaded),
+                              columnOf(result.get())};
+        }
+        return refusal;
+    }
+
+    /// On the thread of the chunks: until it returns, nobody else uses the connection.
+    void send(const RowChunks::Chunk& chunk)
+    {
+        Session.checkStop();
+        // Only a table that exists can refuse a row for a reason of its own, and without naming it.
+        if (Existing) {
+            Session.run("SAVEPOINT chunk");
+        }
+        std::optional<Refusal> refusal = copy(chunk.Text);
+        if (!refusal) {
+            return;
+        }
+        if (!refusal->Row && Existing) {
+            Session.run("ROLLBACK TO chunk");
+            refusal->Row = RowChunks::rowsTaken(chunk, [&](std::size_t rows) {
+                const bool taken = !copy(chunk.first(rows));
+                Session.run("ROLLBACK TO chunk");
+                return taken;
+            });
+        }
+        refuse(chunk, *refusal);
+    }
+
+    [[noreturn]] void refuse(const RowChunks::Chunk& chunk, const Refusal& refusal) const
+    {
+        Place place{SourceFile, 0, {}, {}};
+        if (refusal.Row && *refusal.Row < chunk.Records.size()) {
+            place.Record = chunk.Records[*refusal.Row];
+        }
+        for (std::size_t i = 0; i < Source.size(); ++i) {
+            const std::string& name = Existing ? Existing->all()[i].Name : Layout.columns()[i].Name;
+            if (name == refusal.Column) {
+                place.Column = Source[i].Name;
+            }
+        }
+        throw Error(place, Session.name() + ": " + refusal.Reason);
+    }
+
+    std::string SourceFile;
+    const std::vector<Column>& Source;
+    TableLayout Layout;
+    PostgresqlSession Session;
+    std::string Loaded;  // the table that is copied into, which is renamed at the end where it replaces another
+    std::optional<ExistingColumns> Existing;
+    std::string Copy;
+    RowChunks Chunks;
+    RowBlock Rows;
+};
+
+PostgresqlTarget::PostgresqlTarget(std::string uri, TableOptions table, ServerOptions options)
+    : Uri(std::move(uri)), Table(std::move(table)), Options(std::move(options))
+{
+}
+
+PostgresqlTarget::~PostgresqlTarget()
+{
+    PostgresqlTarget::abandon();
+}
+
+void PostgresqlTarget::begin(const std::string& file, const std::vector<Column>& columns)
+{
+    Work = std::make_unique<Load>(Uri, Table, Options, file, columns);
+    Destination = "table " + Work->layout().table();
+    Notes = Work->layout().notes();
+}
+
+void PostgresqlTarget::fit(Record& record)
+{
+    Work->fit(record);
+}
+
+void PostgresqlTarget::write(const Record& record)
+{
+    Work->write(record);
+}
+
+void PostgresqlTarget::finish()
+{
+    Work->finish();
+    Notes = Work->layout().notes();
+    Work.reset();
+}
+
+void PostgresqlTarget::abandon() noexcept
+{
+    if (Work) {
+        Work->abandon();
+        Work.reset();
+    }
+}
+
+}  // namespace kd_lib::exchange::detail

@@ -1,0 +1,35 @@
+/// \file
+/// Loads a table of PostgreSQL.
+#pragma once
+
+#include <kd_lib/exchange/databaseserver.h>
+
+#include <memory>
+#include <string>
+
+namespace kd_lib::exchange::detail {
+
+/// Copies records into a table in one transaction.
+class PostgresqlTarget final : public Target {
+public:
+    PostgresqlTarget(std::string uri, TableOptions table, ServerOptions options);
+    ~PostgresqlTarget() override;
+
+    void begin(const std::string& file, const std::vector<Column>& columns) override;
+    void fit(Record& record) override;
+    void write(const Record& record) override;
+    void finish() override;
+    void abandon() noexcept override;
+    std::string destination() const override { return Destination; }
+
+private:
+    class Load;
+
+    std::string Uri;
+    TableOptions Table;
+    ServerOptions Options;
+    std::string Destination;
+    std::unique_ptr<Load> Work;
+};
+
+}  // namespace kd_lib::exchange::detail
