@@ -22,6 +22,8 @@ endfunction()
 foreach(library IN ITEMS kd_udf kd_db kd_exchange)
     kd_install_library(${library} kd_libTargets development)
 endforeach()
+# Where the loader of shared libraries finds it: `.load kd_tables` needs no folder.
+install(TARGETS kd_tables LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT kd_exchange)
 # Each in files of its own: who uses the others needs neither them nor their client libraries.
 foreach(library IN LISTS kd_server_libraries)
     kd_install_library(${library} ${library}Targets ${library}_development)

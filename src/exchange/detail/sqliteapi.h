@@ -4,7 +4,7 @@
 
 #ifdef KD_LOADABLE_EXTENSION
 #include <sqlite3ext.h>
-extern "C" const sqlite3_api_routines* sqlite3_api;
+SQLITE_EXTENSION_INIT3
 #else
 #include <sqlite3.h>
 #endif
