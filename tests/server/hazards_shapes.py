@@ -32,7 +32,7 @@ SHAPES = [
     shape('bytes after the end mark', table(PAIR, THREE, end=b'\x1a' + b'junk' * 9), WHOLE, says='after'),
     shape('a record count too high', table(PAIR, THREE, count=9), WHOLE, status=3, says='9'),
     shape('a record count too low', table(PAIR, THREE, count=2), WHOLE, status=3, says='2'),
-    shape('a last record cut short', table(PAIR, THREE, end=b'')[:-3], WHOLE[:2], status=3, says='3'),
+    shape('a last record cut short', table(PAIR, THREE, end=b'')[:-3], WHOLE[:2], rejects=1, says='record 3'),
     shape('an unknown version byte', table(PAIR, THREE, version=0x77), WHOLE),
     shape('no mark at the end of the descriptors', table(PAIR, THREE)[:96] + b' ' + table(PAIR, THREE)[97:], WHOLE),
     shape('a record longer than its fields', table(PAIR, THREE)[:10] + b'\x0e\0' + table(PAIR, THREE)[12:97]
