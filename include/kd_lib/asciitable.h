@@ -9,7 +9,7 @@
 
 namespace kd_lib {
 
-/// A positional text table that can tell comment lines. Its records are read as those of `FileTable`.
+/// A positional text table that recognises comment lines. Its records are read as those of `FileTable`.
 /// Threads: one thread per object.
 class KD_LIB_EXPORT AsciiTable : public FileTable {
 public:
@@ -30,10 +30,10 @@ public:
 
 /// A text table of one record per line with a separator between the values.
 ///
-/// | member          | start | effect                                                                  |
-/// |-----------------|-------|-------------------------------------------------------------------------|
+/// | member          | default | effect                                                                  |
+/// |-----------------|---------|-------------------------------------------------------------------------|
 /// | `Separator`     | 124   | separates values ("\|"); its low 8 bits count; set before `getFieldList`  |
-/// | `Quote`         | 0     | recorded by the modes, used by no operation: quotes protect nothing      |
+/// | `Quote`         | 0     | set by the modes, used by no operation: quotes protect nothing      |
 /// | `HasFieldNames` | true  | `getFieldList` takes the column names from the first line                |
 /// | `CommentChar`   | 0     | a first line that holds it is not taken as names                         |
 /// | `RecordLength`  | 255   | one more than the longest line                                           |
@@ -58,21 +58,21 @@ public:
     void setExcelMode();  ///< the same as `setCsvMode`
 
     /// Deliberate: goes to byte `RecordLength` of the file, not to its second line, when the table is
-    /// open and `HasFieldNames` is true. Answers true; a failed seek leaves the stream failed.
-    /// `getFieldList` and `goRecord(2)` lead to the second line.
+    /// open and `HasFieldNames` is true. Returns true even if the seek fails.
+    /// `getFieldList` and `goRecord(2)` go to the second line.
     bool skipHeader() override;
 
     /// Takes the line at the current position as column names. False when `HasFieldNames` is false
-    /// (nothing is read), when the line holds the comment character (it stays consumed), or when the
+    /// (nothing is read), when the line contains the comment character (the line is then consumed), or when the
     /// stream fails.
     bool readHeader() override;
 
-    /// Stores piece i of `record` as the value of column i, verbatim whatever `Trim` says. With fewer
+    /// Stores piece i of `record` as the value of column i, verbatim even if `Trim` is set. With fewer
     /// pieces the other columns keep their values; pieces without a column are ignored.
     bool extractContent(const std::string& record) override;
 
-    /// Appends one column per piece of `line`, named by the piece as it stands, quotes included; the
-    /// list folds the name to lower case. Existing columns stay.
+    /// Appends one column per piece of `line`, named by the piece with its quotes; the
+    /// list changes the name to lower case. Existing columns stay.
     virtual bool extractFieldNames(const std::string& line);
 };
 

@@ -12,10 +12,10 @@
 
 namespace kd_lib {
 
-/// How it is done; not for client programs.
+/// Implementation; not for client programs.
 namespace detail {
 
-// Fixed-width values hold long runs of spaces: these go a word at a time.
+// Fixed-width values hold long runs of spaces: these are skipped a word at a time.
 constexpr Word allSpaces = 0x2020202020202020U;
 
 /// The spaces before the first other byte in memory; `wordSize` when there is none.
@@ -25,7 +25,7 @@ inline std::size_t spacesAtStart(Word word)
     return static_cast<std::size_t>((littleEndian ? std::countr_zero(others) : std::countl_zero(others)) / 8);
 }
 
-/// The same behind the last other byte.
+/// The spaces after the last other byte in memory; `wordSize` when there is none.
 inline std::size_t spacesAtEnd(Word word)
 {
     const Word others = word ^ allSpaces;

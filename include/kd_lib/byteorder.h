@@ -1,5 +1,5 @@
 /// \file
-/// Little-endian file values brought to host order. The host's order is a property of the build.
+/// Conversion of little-endian file values to host order. The host order is fixed at build time.
 /// Threads: free of shared state.
 #pragma once
 

@@ -1,7 +1,7 @@
 /// \file
-/// Console output of the whole library. Every line that the library prints passes through these
-/// functions, apart from the few direct notes listed in docs/console-output.md.
-/// Threads: the functions write to the standard streams and take no lock of their own; the verbosity
+/// Console output. Every line that the library prints passes through these functions, apart from a few
+/// direct notes, which docs/console-output.md lists.
+/// Threads: the functions write to the standard streams and take no lock; the verbosity
 /// switch may be read and set from any thread.
 #pragma once
 
@@ -28,11 +28,11 @@ KD_LIB_EXPORT bool isVerbose();
 /// Turns optional notes on or off for the whole process.
 KD_LIB_EXPORT void setVerbose(bool on);
 
-/// Asks whether a paged listing goes on: true for yes, false to stop.
-/// - Standard input and output are terminals: prompts and reads one key; Enter or blank goes on, q stops.
+/// Asks whether to continue a paged listing; false: stop.
+/// - Standard input and output are terminals: prompts and reads one key; Enter or blank continues, q stops.
 /// - Only standard input is a terminal: true at once, without a prompt.
-/// - Standard input is no terminal: reads one line from it without a prompt; an answer that begins
-///   with q or n stops, any other answer and the end of input go on.
+/// - Standard input is not a terminal: reads one line from it without a prompt; a line that begins
+///   with q or n stops, any other line and the end of input continue.
 KD_LIB_EXPORT bool more();
 
 /// Writes the characters of `text` to `out` and returns `out`, as the standard operator does.

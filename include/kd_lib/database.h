@@ -1,5 +1,5 @@
 /// \file
-/// The frame of database connections: settings and linked tables.
+/// The base of database connections: settings and linked tables.
 #pragma once
 
 #include <kd_lib/databasetable.h>
@@ -11,24 +11,24 @@
 
 namespace kd_lib {
 
-/// Connection settings and the tables that a back end reports. It knows nothing of SQL; its operations
-/// succeed without doing anything, so that a back end overrides only what it needs. The library
+/// Connection settings and the tables that a back end reports. It knows nothing of SQL. Its operations
+/// succeed without doing anything, so a back end overrides only those that it needs. The library
 /// instantiates it once, over `DatabaseTable`. The order of the virtual operations is part of the
 /// binary interface.
 /// Threads: one thread per object.
 template <class Table>
 class Database {
 public:
-    /// The linked tables in the order of linking; the frame owns them.
+    /// The linked tables in the order of linking; this object owns them.
     std::vector<Table*> tableList;
 
     std::string engine;    ///< name of the engine; a back end sets it
-    std::string host;      ///< host, "localhost" from the start; for SQLite the directory of database files
-    std::string user;      ///< user, "anonymous" from the start
+    std::string host;      ///< host, by default "localhost"; for SQLite the directory of database files
+    std::string user;      ///< user, by default "anonymous"
     std::string password;  ///< password
     std::string database;  ///< current database; for SQLite the path of its file
 
-    /// A frame with the default settings.
+    /// An object with the default settings.
     Database() { defaultSet(); }
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
@@ -40,10 +40,10 @@ public:
         clearTableList();
     }
 
-    /// Connects with the current settings; the frame only answers true.
+    /// Connects with the current settings; the base class only returns true.
     virtual bool connect() { return true; }
 
-    /// Assigns the settings and calls `connect()`; true whatever that answers.
+    /// Assigns the settings, calls `connect()`, and returns true even if that fails.
     virtual bool connect(const std::string& hostName, const std::string& userName, const std::string& userPassword,
                          const std::string& databaseName)
     {
@@ -55,13 +55,13 @@ public:
         return true;
     }
 
-    /// Deliberate: the frame answers true to this and to `isDisconnected`; back ends override both.
+    /// Deliberate: the base class returns true here and in `isDisconnected`; back ends override both.
     virtual bool isConnected() const { return true; }
 
     /// See `isConnected`.
     virtual bool isDisconnected() const { return true; }
 
-    /// Returns to the default settings, the engine's name included, and deletes the linked tables; true.
+    /// Restores the default settings, the engine's name included, deletes the linked tables, and returns true.
     virtual bool disconnect()
     {
         defaultSet();
@@ -69,7 +69,7 @@ public:
         return true;
     }
 
-    /// Makes `name` the current database; true.
+    /// Makes `name` the current database and returns true.
     virtual bool useDatabase(const std::string& name) { return setDatabase(name); }
 
     /// As `useDatabase`.
@@ -85,7 +85,7 @@ public:
         database = "";
     }
 
-    /// Makes a table of this name, with the current database as its `Path`, and returns it. The frame
+    /// Makes a table of this name, with the current database as its `Path`, and returns it. This object
     /// owns it until the next `clearTableList`. A name may be linked more than once.
     Table* linkTable(const std::string& tableName)
     {
@@ -95,7 +95,7 @@ public:
         return table.release();
     }
 
-    /// Closes the linked tables that are open, deletes all of them, and answers true.
+    /// Closes the linked tables that are open, deletes all of them, and returns true.
     bool clearTableList()
     {
         for (Table* table : tableList) {

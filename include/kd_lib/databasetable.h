@@ -10,8 +10,8 @@
 
 namespace kd_lib {
 
-/// A table of typed fields that is read one record at a time. This base opens and reads nothing; its
-/// children override the operations for their kind of source. The order of the virtual operations is
+/// A table of typed fields that is read one record at a time. This base class opens and reads nothing;
+/// derived classes override the operations for their kind of source. The order of the virtual operations is
 /// part of the binary interface.
 /// Threads: one thread per object.
 class KD_LIB_EXPORT DatabaseTable {
@@ -19,7 +19,7 @@ public:
     TableFields Fields;             ///< the columns with their current values
     std::string Name;               ///< table name; for a file, without directory and extension
     std::string Path;               ///< directory of the file; for a linked table, the database name
-    std::uint64_t RecordCount = 0;  ///< number of records, where the source tells it
+    std::uint64_t RecordCount = 0;  ///< number of records, if the source states it
     bool Trim = true;               ///< values lose their trailing blanks when they are extracted
 
     DatabaseTable() = default;                        ///< a table without a name
@@ -30,19 +30,19 @@ public:
     /// `open(Name)`.
     virtual bool open();
 
-    /// Opens the table `name`; every concrete table overrides it. The base answers false.
+    /// Opens the table `name`; every concrete table overrides it. The base class returns false.
     virtual bool open(const std::string& name);
 
-    /// Whether the table is open; the base answers true.
+    /// Whether the table is open; the base class returns true.
     virtual bool is_open();
 
-    /// Closes the table. The base empties `Fields` and answers true.
+    /// Closes the table. The base class empties `Fields` and returns true.
     virtual bool close();
 
-    /// Defines the columns from the source; the base only answers true.
+    /// Defines the columns from the source; the base class only returns true.
     virtual bool getFieldList();
 
-    /// Positions behind the header; the base only answers true.
+    /// Goes to the first byte after the header; the base class only returns true.
     virtual bool skipHeader();
 
     /// Empties `Fields`.
@@ -53,7 +53,7 @@ public:
     /// Deliberate: the count is one character, the one whose code is its low 8 bits.
     virtual void showHeader();
 
-    /// Reads the next record into the values of `Fields`; the base only answers true.
+    /// Reads the next record into the values of `Fields`; the base class only returns true.
     virtual bool fetchRecord();
 };
 

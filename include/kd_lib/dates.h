@@ -6,7 +6,7 @@
 
 namespace kd_lib {
 
-/// The text of a date that is not known: empty.
+/// The text of an unknown date: empty.
 const std::string BLANK_DATE_STR = "";
 
 }  // namespace kd_lib

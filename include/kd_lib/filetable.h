@@ -19,13 +19,13 @@ class RecordReader;
 bool isColumnValue(const FileTable& table, const std::string& record);
 }  // namespace detail
 
-/// The parts of a file's name and how it is opened.
+/// The parts of a file name, and the mode in which the file is opened.
 /// Threads: one thread per object.
 class KD_LIB_EXPORT FileName {
 public:
-    std::string FullName;   ///< for client programs; the library does not use it
+    std::string FullName;   ///< for client programs; not used by the library
     std::string BaseName;   ///< set by the name constructor of `AsciiTable`
-    std::string Extension;  ///< without the dot; empty: none is appended
+    std::string Extension;  ///< without the dot; empty: no extension is appended
     bool Binary = false;    ///< open in binary mode
 
     virtual ~FileName();
@@ -35,8 +35,8 @@ public:
 /// range of bytes. Records are numbered from 1, file positions are bytes from 0.
 ///
 /// Life: `open`; define the columns (`getFieldList` or `setFieldOffsets`); position; `fetchRecord` until
-/// it answers false; `close`. Every navigation operation first makes a stream that failed or reached
-/// its end readable again, so a table can be walked any number of times.
+/// it returns false; `close`. Every navigation operation first clears the state of a stream that failed
+/// or reached its end, so a table can be read any number of times.
 ///
 ///     kd_lib::FileTable stock("stock");
 ///     if (stock.open()) {
@@ -63,8 +63,8 @@ public:
 
     using DatabaseTable::open;
 
-    /// Opens the file `Path`/`name`.`Extension`, where "~" stands for the home directory.
-    /// - Already open: true at once, the open file stays, whatever `name` is.
+    /// Opens the file `Path`/`name`.`Extension`, where "~" means the home directory.
+    /// - Already open: returns true at once and keeps the open file, even if `name` is another one.
     /// - Empty name: error line "No file name provided for table file", false.
     /// - Otherwise prints "Table: " and the path; then false with the error line "File does not exist"
     ///   or "No permission to read file", or without one when the stream cannot be opened.
@@ -84,27 +84,27 @@ public:
     /// Whether a file is open.
     bool is_open() override;
 
-    /// Closes the file and answers true; the columns are kept, unlike in the base class.
+    /// Closes the file and returns true; unlike in the base class, the columns are kept.
     bool close() override;
 
-    /// False when not open; otherwise goes to byte 0 and answers `readHeader`.
+    /// False when not open; otherwise goes to byte 0 and returns the result of `readHeader`.
     bool getFieldList() override;
 
-    /// Goes to byte 0, answers true.
+    /// Goes to byte 0 and returns true.
     bool skipHeader() override;
 
     /// Reads the record at the current position and extracts it; true when the stream is then in
-    /// neither the fail nor the bad state. A line longer than `RecordLength` - 1, a cut fixed-length
-    /// record, the end of the file and a `RecordLength` of 0 with fixed-length records answer false;
-    /// the values of the last record stay.
+    /// neither the fail nor the bad state. Returns false, and keeps the values of the last record, for a
+    /// line longer than `RecordLength` - 1, a truncated fixed-length record, the end of the file, and
+    /// fixed-length records with a `RecordLength` of 0.
     bool fetchRecord() override;
 
-    /// Defines the columns from the file; positional files hold none, so this only answers true.
+    /// Defines the columns from the file; positional files hold no definitions, so this only returns true.
     virtual bool readHeader();
 
     /// Stores each column's slice of `record` as its value, without trailing blanks while `Trim` is set.
-    /// A record too short for a column stops the process by an assertion; a column that starts behind
-    /// the record's end throws std::out_of_range.
+    /// A record that fills a column only in part stops the process with an assertion; a column that starts
+    /// after the end of the record throws std::out_of_range.
     virtual bool extractContent(const std::string& record);
 
     /// Appends one column per number in `line`; "|", ":" and ";" separate. Column i is named field#i,
@@ -116,18 +116,18 @@ public:
     void setFieldOffsets(std::string& line);  ///< the same
 
     /// \name Navigation
-    /// Each answers false and does nothing when the table is not open, and true otherwise; a position
-    /// that cannot be reached leaves the stream failed.
+    /// Each returns false and does nothing when the table is not open, and returns true otherwise. If the
+    /// position cannot be reached, the stream is left in the fail state.
     /// @{
     bool beginFile();    ///< byte 0
     bool endFile();      ///< deliberate: byte 2, not the end of the file
     bool firstRecord();  ///< byte `HeaderLength`
-    bool nextRecord();   ///< `RecordLength` bytes on from the current position
+    bool nextRecord();   ///< `RecordLength` bytes after the current position
     bool lastRecord();   ///< `RecordLength` + 1 bytes before the end of the file
 
     /// Record `n`, counted from 1; 0 counts as 1. Fixed-length records are reached by one seek, lines by
-    /// reading n - 1 of them. There is no upper bound: behind the last record `fetchRecord` answers false.
-    /// - With `Binary` set, lines are taken for records of `RecordLength` bytes: leave it false for tables of lines.
+    /// reading n - 1 of them. There is no upper bound: after the last record `fetchRecord` returns false.
+    /// - If `Binary` is set, lines are treated as records of `RecordLength` bytes: leave it false for tables of lines.
     /// - A line longer than `RecordLength` - 1 on the way ends the reading: the stream has failed, and the next
     ///   `fetchRecord` returns false.
     bool goRecord(unsigned long n);

@@ -22,12 +22,12 @@ namespace kd_lib {
 ///
 /// What libmariadb finds by itself stays in force: the groups [client] and [kd_db] of ~/.my.cnf and of the machine's
 /// option files.
-/// - The code behind an error is the server's number, such as "[#1146]".
-/// - Parameters are ? or :name; each ? is one of its own.
+/// - The code after an error is the server's number, such as "[#1146]".
+/// - Parameters are ? or :name; each ? is a separate parameter.
 /// - A statement without parameters is checked when it is executed, not when it is prepared.
-/// - An INSERT or UPDATE counts the rows that it meets, as SQLite does, also where it changes nothing in them.
+/// - An INSERT or UPDATE counts the rows that it matches, as SQLite does, even if it changes nothing in them.
 /// - CREATE, ALTER, DROP and their like end a transaction, and cannot be rolled back.
-/// - The server never gets a file of this machine, whatever it asks for.
+/// - The server never gets a file of this machine, even if it asks for one.
 class KD_LIB_EXPORT MariaDB : public ServerDatabase {
 public:
     MariaDB();            ///< engine "MARIADB", disconnected; settings empty: libmariadb's defaults

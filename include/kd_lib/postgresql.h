@@ -21,7 +21,7 @@ namespace kd_lib {
 ///     }
 ///
 /// What libpq finds by itself stays in force: PGHOST and its like, the password file, service files, TLS.
-/// - The code behind an error is the SQLSTATE, such as "[#42P01]".
+/// - The code after an error is the SQLSTATE, such as "[#42P01]".
 /// - Parameters are $1, $2 and so on, or :name. "?" is an operator here.
 /// - Backquotes outside of texts and comments become double quotes.
 /// - The lists show the tables of the search path.

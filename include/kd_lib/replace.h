@@ -12,10 +12,10 @@
 
 namespace kd_lib {
 
-/// How it is done; not for client programs.
+/// Implementation; not for client programs.
 namespace detail {
 
-/// A character and the one that takes its place.
+/// A character and its replacement.
 struct Replacement {
     unsigned char From;
     unsigned char Into;
@@ -27,7 +27,7 @@ struct Replacement {
     }
 };
 
-/// Copies 16 bytes or more. The last ones may go twice: the second copy is the same.
+/// Copies 16 bytes or more. The last ones may be copied twice, with the same result.
 inline void copyVectorsReplacing(char* to, const char* from, std::size_t size, Replacement replacement)
 {
     const std::size_t last = size - vectorSize;
@@ -39,8 +39,8 @@ inline void copyVectorsReplacing(char* to, const char* from, std::size_t size, R
     }
 }
 
-/// Copies 4 to 16 bytes as four words that overlap. One way for all these sizes is faster than the shortest for
-/// each: they mix in most columns.
+/// Copies 4 to 16 bytes as four words that overlap. One method for all these sizes is faster than the shortest
+/// method for each size, because most columns mix them.
 inline void copyHalfWordsReplacing(char* to, const char* from, std::size_t size, Replacement replacement)
 {
     const std::size_t second = size / 8 * halfWordSize;

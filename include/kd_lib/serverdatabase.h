@@ -19,8 +19,8 @@ struct StatementText;
 }  // namespace detail
 
 /// One connection to a server with one current statement, used as `SQLite3` is. `PostgreSQL` and `MariaDB` derive from
-/// it, in libraries of their own. A failure of the server or its client library puts its message, " [#", its code
-/// where it has one, and "]" into `errorText`, reports that through `message` once, and returns false. No message
+/// it, in separate libraries. A failure of the server or its client library puts its message, " [#", its code
+/// if it has one, and "]" into `errorText`, reports that through `message` once, and returns false. No message
 /// holds a password.
 ///
 /// Where servers differ from `SQLite3`:
@@ -78,7 +78,7 @@ public:
     /// query are those of SQLite: cid, name, type (upper case), notnull, dflt_value, pk; `queryColumns` holds the last.
     bool getColumnList(std::string table) override;
 
-    /// The number of records of a table; 0 where no count could be fetched.
+    /// The number of records of a table; 0 if no count could be fetched.
     std::int64_t getRecords(const std::string& table) override;
 
     /// The type of the servers' words in upper case, such as "BIGINT", "VARCHAR(20)" or "TIMESTAMP(3) WITHOUT TIME
@@ -113,7 +113,7 @@ public:
     bool finalize();
 
     /// Prepares an INSERT into `table` from the columns of the current result, which is then emptied; each parameter
-    /// has the name of its column behind a ":". False without columns.
+    /// has the name of its column after a ":". False without columns.
     bool prepareInsert(const std::string& table) override;
 
     /// Binds each value of `fields` as text to the parameter with the field's name, ":" included, and executes the

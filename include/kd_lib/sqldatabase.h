@@ -1,6 +1,6 @@
 /// \file
-/// What every SQL back end shares: the current result and its printing, counting, transactions, and
-/// the import of script files.
+/// The base of SQL back ends: the current result and its printing, counting, transactions, and the
+/// import of script files.
 #pragma once
 
 #include <kd_lib/database.h>
@@ -13,8 +13,9 @@
 
 namespace kd_lib {
 
-/// An abstract SQL database. A back end implements the pure operations on its connection; examples/
-/// holds one. There is one current result at a time: `query` gives it its columns, `fetchRow` its rows.
+/// An abstract SQL database. A back end implements the pure operations on its connection; see
+/// examples/own_database.cpp. There is one current result at a time: `query` sets its columns, `fetchRow`
+/// reads its rows.
 /// The order of the virtual operations is part of the binary interface.
 /// Threads: one thread per object; `processRow` counts for all objects of the process together.
 class KD_LIB_EXPORT SqlDatabase : public Database<DatabaseTable> {
@@ -26,8 +27,8 @@ public:
     TableFields queryColumns;               ///< one column per result column, with the current row's values
     std::string errorText;                  ///< the last error message
     std::int32_t columnCount = 0;           ///< number of columns of the current result
-    std::uint64_t pageRows = 25;            ///< `processRow` asks `more` after so many values
-    bool inTransaction = false;             ///< a transaction has been begun and neither ended nor rolled back
+    std::uint64_t pageRows = 25;            ///< `processRow` calls `more` after this many values
+    bool inTransaction = false;             ///< a transaction has begun and has neither been ended nor rolled back
 
     SqlDatabase();  ///< default settings, no result, no transaction
     ~SqlDatabase() override;
@@ -43,15 +44,15 @@ public:
     /// Takes the connection's last error into `errorText` and reports it through `message`.
     virtual void setError() = 0;
 
-    /// Executes "BEGIN TRANSACTION" and sets `inTransaction`, whatever the statement answers; does
-    /// nothing inside a transaction.
+    /// Executes "BEGIN TRANSACTION" and sets `inTransaction`, even if the statement fails. Does nothing
+    /// inside a transaction.
     virtual void beginTransaction();
 
-    /// Executes "END TRANSACTION" and clears `inTransaction`, whatever the statement answers; does
-    /// nothing outside a transaction.
+    /// Executes "END TRANSACTION" and clears `inTransaction`, even if the statement fails. Does nothing
+    /// outside a transaction.
     virtual void endTransaction();
 
-    /// Executes "ROLLBACK TRANSACTION" and clears `inTransaction`, whatever the statement answers; does
+    /// Executes "ROLLBACK TRANSACTION" and clears `inTransaction`, even if the statement fails. Does
     /// nothing outside a transaction.
     virtual void rollback();
 
@@ -61,7 +62,7 @@ public:
     /// Links the tables of the database.
     virtual bool getTableList() = 0;
 
-    /// The type of an SQL type text, case-sensitive; the first rule that holds decides: equals SMALLINT;
+    /// The type of an SQL type text, case-sensitive; the first rule that applies decides: equals SMALLINT;
     /// equals INT or INTEGER; contains DEC or NUM (decimal); contains FLOAT; contains CHARACTER(
     /// (char); equals CHARACTER VARYING (varchar); equals BLOB, DATE, TIME, TIMESTAMP, BOOLEAN.
     /// Every other text is unknown.
@@ -91,41 +92,41 @@ public:
     /// Prepares a statement and makes its columns the current result.
     virtual bool query(const std::string& sql) = 0;
 
-    /// The number of records of a table, whose name goes into the statement as it is; 0 where no count could be
-    /// fetched. A count that is no number, or too large, throws std::invalid_argument or std::out_of_range.
+    /// The number of records of a table, whose name goes into the statement unchanged; 0 if no count could be
+    /// fetched. A count that is not a number throws std::invalid_argument, a too large one std::out_of_range.
     virtual std::int64_t getRecords(const std::string& table);
 
-    /// Takes the next row of the current result into `queryColumns`; false at its end.
+    /// Reads the next row of the current result into `queryColumns`; false at the end.
     virtual bool fetchRow() = 0;
 
-    /// Displays the names of the columns, padded on the left to their lengths, and under an empty line a
-    /// rule as wide as the padded columns with a blank behind each. Columns of length 0 are neither
-    /// padded nor counted; without padded columns there is no rule. Answers true.
+    /// Displays the names of the columns, padded on the left to their lengths, then an empty line and a
+    /// rule as wide as the padded columns with a blank after each. Columns of length 0 are neither padded
+    /// nor counted; without padded columns there is no rule. Returns true.
     virtual bool printHeader();
 
-    /// Displays the values of the current row, padded as the names. Once more than `pageRows` values
-    /// have been printed since the last answer, asks `more` and returns its answer; true otherwise.
+    /// Displays the values of the current row, padded like the names. If more than `pageRows` values have
+    /// been printed since the last call of `more`, calls it and returns its result; otherwise true.
     /// Deliberate: values are counted, not rows, and for all objects together.
     virtual bool processRow();
 
-    /// Empties the current result; answers whether `queryColumns` is empty.
+    /// Empties the current result; true if `queryColumns` is then empty.
     virtual bool clearResults();
 
-    /// Whether `name` is among the schema names, which it lists anew; false when that fails.
+    /// Lists the schema names again, and returns whether `name` is one of them; false if the list fails.
     bool isAttached(const std::string& name);
 
     /// Runs the statements of a script file one by one through `execute`, starting with the message
     /// "Executing SQL file " and the path. A ";" outside single quotes ends a statement, a "#" outside
-    /// them starts a comment up to the line's end; text behind the last ";" is not run.
-    /// A missing file: "SQL file ", the path as passed and " does not exist" on standard error, false.
-    /// A failing statement: "Error executing statement" on standard error, `rollback()`, and the import
-    /// stops; what ran before stays.
-    /// Deliberate: the answer is inverted. A script that ran to its end answers false, one that stopped
-    /// at a failing statement true. A file that cannot be read answers false.
+    /// them starts a comment up to the line's end; text after the last ";" is not run.
+    /// - A missing file: "SQL file ", the path as passed and " does not exist" on standard error, false.
+    /// - A failing statement: "Error executing statement" on standard error, `rollback()`, and the import
+    ///   stops; the effects of the statements before it stay.
+    /// - Deliberate: the result is inverted. It is false for a script that ran to its end, true for one that
+    ///   stopped at a failing statement, and false for a file that cannot be read.
     bool importSqlFile(const std::string& path);
 
     /// Prints the current result: `printHeader`, then `processRow` for every row, until the rows end or
-    /// the answer to `more` is to stop. False when `resultRows` is 0.
+    /// `more` returns false. False when `resultRows` is 0.
     bool queryResults();
 
     /// Shows `queryColumns` with their definitions.
@@ -138,7 +139,7 @@ private:
     KD_LIB_LOCAL bool runScriptStatement(const std::string& statement);
     KD_LIB_LOCAL void appendRow(std::string TableField::*text);
 
-    std::string rowText_;  // the text of one printed row; kept so that no row needs memory of its own
+    std::string rowText_;  // the text of one printed row; a member so that its memory is reused
 };
 
 }  // namespace kd_lib

@@ -16,7 +16,7 @@ namespace kd_lib {
 
 /// One SQLite connection with one current statement. `host` is the directory of database files and
 /// `database` the path of the open one. A failure of SQLite puts its message, " [#", its code and "]"
-/// into `errorText`, reports that through `message` once, and answers false.
+/// into `errorText`, reports that once through `message`, and returns false.
 ///
 ///     kd_lib::SQLite3 shop;
 ///     shop.host = "";
@@ -25,13 +25,13 @@ namespace kd_lib {
 ///         shop.finalize();
 ///     }
 ///
-/// A statement or a connection that a new one replaces is kept open as long as that can be observed,
-/// and closed at the latest by `disconnect` or destruction. A half-read statement may therefore be taken from
-/// `statement` and put back later, to be read on or ended with `finalize`.
+/// A statement or connection that a new one replaces stays open while that can be observed; `disconnect` and
+/// destruction close it. So a half-read statement may be taken from `statement` and put back later, to be read
+/// further or ended with `finalize`.
 /// Threads: one thread per object.
 class KD_LIB_EXPORT SQLite3 : public SqlDatabase {
 public:
-    bool loadEnabled = false;           ///< extension loading is enabled; never set by the library
+    bool loadEnabled = false;           ///< whether extension loading is enabled; never set by the library
     sqlite3* handle = nullptr;          ///< the open connection; null: disconnected
     sqlite3_stmt* statement = nullptr;  ///< the current statement
 
@@ -49,7 +49,7 @@ public:
     /// Whether there is none.
     bool isDisconnected() const override;
 
-    /// Closes the connection; true when there is none any more. `database`, `errorText` and the current
+    /// Closes the connection; true when no connection is left. `database`, `errorText` and the current
     /// result become empty; the statements and the replaced connections are closed too. False, with the
     /// error reported and the connection kept, when SQLite does not close it.
     /// An open transaction is lost, but `inTransaction` keeps its value: call `rollback` or `endTransaction` before,
@@ -59,58 +59,58 @@ public:
     /// Opens an existing database file: `openDatabase(name, false, "")`.
     bool useDatabase(const std::string& name) override;
 
-    /// Opens a database file and makes it where it is missing: `openDatabase(name, true, "")`.
+    /// Opens a database file, or creates it if it is missing: `openDatabase(name, true, "")`.
     bool createDatabase(const std::string& name) override;
 
-    /// Opens the file `databasePath(name)`, or an in-memory database for ":memory:", and makes its path
-    /// the `database`. A connection that was open before is replaced, not closed.
+    /// Opens the file `databasePath(name)`, or an in-memory database for ":memory:", and sets `database` to its
+    /// path. A connection that was open before is replaced, not closed.
     /// - Empty name: false, nothing changes.
     /// - No file and `create` false: the message "Cannot find database", false. A connection that was open stays
     ///   the current one, although `database` is empty.
     /// - SQLite fails: reported, false; `handle` is what SQLite returned.
-    /// Deliberate: an `encoding` is set by a PRAGMA on the connection that was open before.
+    /// Deliberate: an `encoding` is set by a PRAGMA on the connection that was open before this call.
     bool openDatabase(const std::string& name, bool create, const std::string& encoding);
 
-    /// `name` in the directory `host`, where "~" stands for the home directory; `name` alone when
+    /// `name` in the directory `host`, where "~" means the home directory; `name` alone when
     /// `host` is empty.
     std::string databasePath(const std::string& name);
 
     /// Attaches the database file at `path` ("~" allowed, `host` not applied) under the schema name
-    /// `alias`, which stands in the statement as it is. Without a connection: the message "No main
+    /// `alias`, which goes into the statement unchanged. Without a connection: the message "No main
     /// database has been opened", false.
     bool attach(const std::string& path, const std::string& alias);
 
-    /// Detaches the schema `alias`, which stands in the statement as it is.
+    /// Detaches the schema `alias`, which goes into the statement unchanged.
     bool detach(const std::string& alias);
 
-    /// Extensions are never loaded: answers false.
+    /// Extensions are never loaded: returns false.
     bool enableLoad();
 
-    /// Extensions are never loaded: the message "Enable SQLite3 to load extensions", or "Enabling
-    /// extension failed" when `loadEnabled` is true, and false.
+    /// Extensions are never loaded: reports "Enable SQLite3 to load extensions", or "Enabling extension
+    /// failed" when `loadEnabled` is true, and returns false.
     bool loadExtension(const std::string& path);
 
-    /// Takes the connection's error into `errorText` and reports it; nothing when there is none.
+    /// Copies the connection's error into `errorText` and reports it; does nothing when there is none.
     void setError() override;
     /// @}
 
     /// \name Lists
-    /// Each runs a query and finalises it. The end of the query's rows commits an open transaction, `getRecords`
-    /// excepted. Names go into the statement as they are, unquoted.
+    /// Each runs a query and finalises it. Except in `getRecords`, the end of its rows commits an open transaction.
+    /// Names go into the statement unchanged and unquoted.
     /// @{
 
     /// Fills `databaseList` with the schema names.
     bool getDatabaseList() override;
 
-    /// Links the tables of the main schema in place of those linked before.
+    /// Replaces the linked tables by the tables of the main schema.
     bool getTableList() override;
 
-    /// Queries the columns of a table and fetches all rows. Deliberate: none is kept; `queryColumns`
-    /// holds the last one, and the linked tables are dropped.
+    /// Queries the columns of a table and fetches all rows. Deliberate: no row is kept; `queryColumns`
+    /// holds the last one, and the linked tables are deleted.
     bool getColumnList(std::string table) override;
 
-    /// The number of records of a table; 0 where no count could be fetched. A `table` that is more than a name can
-    /// give another first value: one that is no number throws std::invalid_argument, too large a one
+    /// The number of records of a table; 0 if no count could be fetched. If `table` is more than a name, the first
+    /// value may be no count: one that is not a number throws std::invalid_argument, a too large one
     /// std::out_of_range.
     std::int64_t getRecords(const std::string& table) override;
 
@@ -126,12 +126,12 @@ public:
     bool prepare(std::string sql) override;
 
     /// Steps the statement once. Finished: `resultRows` is the number of changed rows, true; after a statement that
-    /// changes none, such as CREATE TABLE, it is that of the last INSERT, UPDATE or DELETE before. Every other
-    /// answer, a row included, is a failure: reported, an open transaction rolled back, the statement
-    /// finalised, false; `errorText` keeps the reason.
+    /// changes none, such as CREATE TABLE, it is the count of the last INSERT, UPDATE or DELETE before. Every
+    /// other result, a row included, is a failure: it is reported, an open transaction is rolled back, the
+    /// statement is finalised, and `errorText` keeps the reason; false.
     bool execute() override;
 
-    /// Prepares, executes, and resets the statement so that it could run again.
+    /// Prepares, executes and resets the statement, so that it can run again.
     bool execute(const std::string& sql) override;
 
     /// Makes the statement's columns the current result, names in lower case; `resultRows` becomes 1,
@@ -141,10 +141,10 @@ public:
     /// Prepares `sql` and makes its columns the current result.
     bool query(const std::string& sql) override;
 
-    /// Fetches the next row; NULL becomes the empty text. A busy database is tried six times in all.
-    /// At the end of the rows: `resultRows` is their number, an open transaction is ended, false. The statement
-    /// that ends a transaction also empties `queryColumns`; `resultRows` is then its own. An
-    /// error of code 1 is reported; every other failure answers false without a message.
+    /// Fetches the next row; NULL becomes the empty text. On a busy database it tries six times in all.
+    /// At the end of the rows, `resultRows` becomes their number, an open transaction is ended, and the result is
+    /// false. Ending a transaction also empties `queryColumns` and sets `resultRows`. An error of code 1 is
+    /// reported; every other failure returns false without a message.
     bool fetchRow() override;
 
     /// Empties the current result; true.
@@ -154,36 +154,36 @@ public:
     bool resetResults();
 
     /// Destroys the statement. False, with the error reported unless it was before, when the statement's
-    /// last step had failed, be it a step of the caller's own through `sqlite3_step(statement)`.
+    /// last step had failed, even a step by the caller, through `sqlite3_step(statement)`.
     bool finalize();
 
     /// Prepares "INSERT INTO table (columns) VALUES (:columns)" for the columns of the current result,
-    /// which is then emptied. False without columns. Names go into the statement as they are, unquoted.
+    /// which is then emptied. False without columns. Names go into the statement unchanged and unquoted.
     bool prepareInsert(const std::string& table) override;
 
     /// Binds each value of `fields` as text to the parameter with the field's name, ":" included, and
-    /// executes the statement. A name without a parameter is reported and passed over; its parameter
-    /// keeps its value. A failing execution is reported on standard error too. False for an empty list; false
-    /// without a message when there is no connection or no statement.
+    /// executes the statement. A name without a parameter is reported and skipped. A parameter without a
+    /// name in `fields` keeps its value. A failing execution is also reported on standard error. False for
+    /// an empty list; false without a message when there is no connection or no statement.
     bool preparedRecord(TableFields fields) override;
     /// @}
 
     /// \name Binding
-    /// Parameters are counted from 1. A failure is reported and answers false.
+    /// Parameters are counted from 1. A failure is reported and returns false.
     /// @{
     bool bind(int index, std::string value);                ///< text up to its first zero byte
     bool bind(int index, int value);                        ///< whole number
-    bool bind(int index, double value);                     ///< number; NaN binds NULL and answers true
+    bool bind(int index, double value);                     ///< number; NaN binds NULL and returns true
     bool bind(const std::string& name, std::string value);  ///< text, for the parameter `name`
     bool bindNULL(int index);                               ///< NULL; a failure is not reported
 
-    /// Text, zero bytes included, that SQLite does not copy: it must stay as it is until the statement has
+    /// Text, zero bytes included, that SQLite does not copy: it must not change until the statement has
     /// been executed and another value is bound or the statement is finalised.
     bool bindKept(int index, std::string_view value);
     /// @}
 
     /// \name Transactions
-    /// As in `SqlDatabase`; a statement that is sent is finalised too. `rollback` keeps `errorText`.
+    /// As in `SqlDatabase`; the statement that is executed is finalised. `rollback` keeps `errorText`.
     /// @{
     void beginTransaction() override;
     void endTransaction() override;

@@ -1,5 +1,5 @@
 /// \file
-/// The words that SQL dialects reserve, and column names made safe against them.
+/// The reserved words of SQL, and column names that avoid them.
 #pragma once
 
 #include <kd_lib/export.h>
@@ -29,14 +29,14 @@ public:
     /// Builds the list.
     SqlKeyword();
 
-    /// Builds the list anew, whatever `keywords` held.
+    /// Replaces `keywords` by the list.
     void createList();
 
-    /// True when `word` is in the list, byte for byte: words are asked for in upper case.
+    /// True when `word` is in the list, byte for byte; pass it in upper case.
     bool isReserved(const std::string& word) const;
 
-    /// Makes every name lower case and puts the reserved ones between two `quoteChar`. With verbosity
-    /// on, each of these is noted on standard output: "\t Field name ", the name in upper case,
+    /// Changes every name to lower case and quotes the reserved ones with `quoteChar`. If verbosity is on,
+    /// each of these is noted on standard output: "\t Field name ", the name in upper case,
     /// " is a reserved SQL keyword".
     void checkReserved(std::vector<TableField*>& fields) const;
 };

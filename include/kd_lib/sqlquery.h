@@ -10,9 +10,9 @@
 
 namespace kd_lib {
 
-/// Composes the text of a SELECT statement, or of the matching row count, from pieces. It examines and
-/// escapes nothing but the values of `setInClause`: quoting is the caller's business. Each clause
-/// stands on a line of its own; the blanks and line ends are part of the result.
+/// Composes the text of a SELECT statement, or of the matching row count, from pieces. It checks and
+/// escapes only the values of `setInClause`; all other quoting is up to the caller. Each clause is on its
+/// own line; the blanks and line ends are part of the result.
 ///
 ///     kd_lib::SqlQuery query;
 ///     query.setFields("name");
@@ -25,7 +25,7 @@ class KD_LIB_EXPORT SqlQuery {
 public:
     std::string fields;     ///< select list
     std::string tables;     ///< FROM list
-    std::string join;       ///< clause on a line of its own behind the FROM line
+    std::string join;       ///< clause on its own line after the FROM line
     std::string filter;     ///< conditions of the WHERE clause, joined
     std::string subFilter;  ///< parenthesised conditions, joined
     std::string order;      ///< ORDER BY list
@@ -38,13 +38,13 @@ public:
     /// Empties every piece.
     void resetQuery();
 
-    /// Adds `f` to the select list, behind ",\n\t" when it is not the first.
+    /// Adds `f` to the select list, after ",\n\t" if it is not the first.
     void setFields(const std::string& f);
 
-    /// Adds `t` to the FROM list, behind ",\n\t" when it is not the first.
+    /// Adds `t` to the FROM list, after ",\n\t" if it is not the first.
     void setTables(const std::string& t);
 
-    /// Adds `o` to the ORDER BY list, behind "," when it is not the first.
+    /// Adds `o` to the ORDER BY list, after "," if it is not the first.
     void setOrder(const std::string& o);
 
     /// Adds a condition; the conjunction of the first one is ignored.

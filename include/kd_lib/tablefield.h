@@ -10,9 +10,9 @@
 
 namespace kd_lib {
 
-/// Column types. The values are stored, compared and mapped from foreign codes: they never change.
+/// Column types. Their values never change, because they are stored, compared and mapped from other codes.
 enum FIELD_TYPE : int {
-    UNKNOWN_TYPE = 0,    ///< not known; the type of columns of text files
+    UNKNOWN_TYPE = 0,    ///< unknown; the type of columns of text files
     BOOLEAN_TYPE = 1,    ///< true or false
     DECIMAL_TYPE = 2,    ///< number with a fixed count of decimals
     FLOAT_TYPE = 3,      ///< floating-point number
@@ -34,19 +34,19 @@ enum FIELD_TYPE : int {
 /// every value outside 1 to 14.
 KD_LIB_EXPORT std::string getFieldTypeName(FIELD_TYPE type);
 
-/// One column. A plain value: copies take `Value` with them.
+/// One column: a plain value, whose copies include `Value`.
 /// Threads: one thread per object.
 class KD_LIB_EXPORT TableField {
 public:
-    /// A column known by name alone: type unknown, all numbers 0, not indexed, value empty.
+    /// A column with a name only: type unknown, all numbers 0, not indexed, value empty.
     explicit TableField(const std::string& name);
 
-    /// A full definition, position before width before decimals; the value starts empty.
+    /// A full definition. The value is empty.
     TableField(const std::string& name, FIELD_TYPE type, int offset, int length, int decimals, bool indexed);
 
-    std::string Name;                ///< exactly as passed; folding is done by `TableFields`
+    std::string Name;                ///< exactly as passed; `TableFields` changes it to lower case
     FIELD_TYPE Type = UNKNOWN_TYPE;  ///< column type
-    int Offset = 0;                  ///< first byte in the record, from 0; 0 where there are no positions
+    int Offset = 0;                  ///< first byte in the record, from 0; 0 if there are no positions
     int Length = 0;                  ///< width in bytes, or the declared size
     int Decimals = 0;                ///< decimals of a number
     bool Indexed = false;            ///< the source marks the column as indexed

@@ -14,7 +14,8 @@ namespace kd_lib {
 
 namespace detail {
 
-/// Walks columns by their pointers; `Field` is `TableField` or `const TableField`. Not for client programs.
+/// An iterator over columns through their pointers; `Field` is `TableField` or `const TableField`. Not for client
+/// programs.
 template <class Field>
 class FieldIterator {
 public:
@@ -43,8 +44,8 @@ private:
 
 }  // namespace detail
 
-/// Columns in definition order, numbered from 0. The list owns its columns: `add` makes them,
-/// `clearList` and destruction delete them. A copy of a list has columns of its own, values included.
+/// Columns in definition order, numbered from 0. The list owns its columns: `add` creates them,
+/// `clearList` and destruction delete them. Copying a list copies its columns and their values.
 ///
 ///     for (const kd_lib::TableField& column : table.Fields) { std::cout << column.Name << '\n'; }
 ///
@@ -54,8 +55,8 @@ public:
     /// The columns. Pointers stay valid until `clearList`, assignment or destruction.
     std::vector<TableField*> List;
 
-    /// False (the start): names are folded to lower case when stored and when `get` looks them up.
-    /// True: they are stored and matched as passed. A change leaves stored names as they are.
+    /// False (the default): names are changed to lower case when they are stored and when `get` looks them
+    /// up. True: they are stored and compared as passed. Changing this leaves stored names unchanged.
     bool CaseSensitive = false;
 
     TableFields() = default;                               ///< an empty list
@@ -68,8 +69,9 @@ public:
     /// The number of columns.
     std::size_t size() const { return List.size(); }
 
-    /// \name Walking
-    /// The columns in order. What makes a pointer of `List` invalid, or adds a column, ends a walk.
+    /// \name Iteration
+    /// The columns in order. Adding a column, and whatever makes the pointers of `List` invalid, invalidates the
+    /// iterators.
     /// @{
     using iterator = detail::FieldIterator<TableField>;
     using const_iterator = detail::FieldIterator<const TableField>;
@@ -82,10 +84,10 @@ public:
     /// Deletes every column.
     void clearList();
 
-    /// Appends a column of this name, of type unknown. Names may repeat.
+    /// Appends a column with this name and of type unknown. Names may be repeated.
     void add(const std::string& name);
 
-    /// Appends a column with the definition of `field`. Its value is not copied: it starts empty.
+    /// Appends a column with the definition of `field`. Its value is not copied; the new one is empty.
     void add(TableField& field);
 
     /// The first column with this name, folded as in `add`; null when there is none.

@@ -21,10 +21,10 @@ const std::string CURLY_BRACKET = "{}";   ///< curly brackets
 const std::string SQUARE_BRACKET = "[]";  ///< square brackets
 /// @}
 
-/// `s` with the ASCII letters A-Z turned to a-z; other bytes stay.
+/// `s` with the ASCII letters A-Z changed to a-z; other bytes stay.
 KD_LIB_EXPORT std::string stringToLower(const std::string& s);
 
-/// `s` with the ASCII letters a-z turned to A-Z; other bytes stay.
+/// `s` with the ASCII letters a-z changed to A-Z; other bytes stay.
 KD_LIB_EXPORT std::string stringToUpper(const std::string& s);
 
 /// `s` without blanks at both ends.
@@ -33,7 +33,7 @@ KD_LIB_EXPORT std::string allTrim(const std::string& s);
 /// `s` without blanks at its end; those at its beginning stay.
 KD_LIB_EXPORT std::string rightTrim(const std::string& s);
 
-/// `s` brought to `width` characters by putting `pad` in front; a longer text is kept whole.
+/// `s` padded to `width` characters with `pad` on the left; a longer text is returned whole.
 KD_LIB_EXPORT std::string leftPad(const std::string& s, int width, char pad);
 
 /// `count` copies of the character `ch`; empty for a count of 0 or less.
@@ -45,7 +45,7 @@ KD_LIB_EXPORT std::string replaceChar(const std::string& s, int from, int to);
 /// `s` between two `q`; every `q` inside is doubled, so that the text cannot end its quotes.
 KD_LIB_EXPORT std::string inQuotes(const std::string& s, char q);
 
-/// `s` without one pair of double or single quotes that encloses it; any other text comes back as it is.
+/// `s` without one pair of double or single quotes that encloses it; any other text is returned unchanged.
 KD_LIB_EXPORT std::string removeQuotes(const std::string& s);
 
 /// True when the trimmed text is t, y, true, yes or 1, in any case; false for every other text.

@@ -11,8 +11,8 @@
 
 namespace kd_lib {
 
-/// Walks the pieces of a text without copying them. Every empty piece counts, at both ends too, and
-/// an empty text is one empty piece: a text with n delimiters has n + 1 pieces.
+/// Reads the pieces of a text without copying them. Empty pieces count, also at both ends, and an empty
+/// text is one empty piece: a text with n delimiters has n + 1 pieces.
 /// The text and the delimiters must outlive the reader and the pieces.
 /// Threads: one thread per object.
 class PieceReader {
@@ -20,7 +20,7 @@ public:
     /// Cuts at every character of `text` that occurs in `delimiters`.
     PieceReader(std::string_view text, std::string_view delimiters) : Rest(text), Delimiters(delimiters) {}
 
-    /// Sets `piece` to the next piece and answers true; answers false after the last one.
+    /// Sets `piece` to the next piece and returns true; returns false after the last one.
     bool next(std::string_view& piece)
     {
         if (Done) {

@@ -10,8 +10,8 @@
 
 namespace kd_lib {
 
-/// Writes the statements that make and fill an SQL table from an xBase table. Table names are lowered,
-/// column names stand as `Fields` holds them, and nothing is quoted but values.
+/// Writes the statements that make and fill an SQL table from an xBase table. The table name
+/// is changed to lower case, column names are written as `Fields` holds them, and only values are quoted.
 ///
 ///     kd_lib::xBase2Sql stock("stock");
 ///     std::string script = stock.convert();   // writes stock.sql
@@ -19,21 +19,21 @@ namespace kd_lib {
 /// Threads: one thread per object.
 class KD_LIB_EXPORT xBase2Sql : public xBaseTable {
 public:
-    std::string KeyColumn;      ///< not empty: `createTable` begins with an auto-increment key of this name
-    bool InsertRecords = true;  ///< `convert` writes an INSERT per record behind the table's definition
+    std::string KeyColumn;      ///< if not empty, the table begins with an auto-increment key of this name
+    bool InsertRecords = true;  ///< `convert` writes the table's definition, then an INSERT per record
 
     xBase2Sql();                                  ///< as `xBaseTable`
     explicit xBase2Sql(const std::string& name);  ///< the same, with `Name` set
     ~xBase2Sql() override;
 
-    /// The table's definition, one column per line; `dropFirst` puts DROP TABLE IF EXISTS in front.
-    /// Opens the table and reads its header where that has not been done. A table that cannot be
-    /// opened: error line "Table is not open", and the result is "Error: table is not open".
+    /// The table's definition, one column per line; `dropFirst` puts DROP TABLE IF EXISTS before it.
+    /// Opens the table and reads its header if that has not been done. If the table cannot be opened,
+    /// prints the error line "Table is not open" and returns "Error: table is not open".
     std::string createTable(bool dropFirst);
 
     /// An INSERT with placeholders: "$0", "$1", ... for the dialect "postgresql", "?" for every other.
     /// Deliberate: "sqlite" puts ":" before the names in the column list, not before the placeholders.
-    /// Names are not quoted: a reserved word or a blank in one makes a statement that no database takes; see
+    /// Names are not quoted: with a reserved word or a blank in a name, no database accepts the statement; see
     /// `SqlKeyword`.
     std::string prepareInsert(const std::string& dialect);
 
@@ -42,20 +42,20 @@ public:
 
     /// Writes the script `Path`/`Name`.sql: the definition with DROP TABLE, then the records while
     /// `InsertRecords` is set. Closes the table and returns the script's path.
-    /// Empty: the table could not be opened (error line "Table is not open"), or the script could not
-    /// be created (no message; the table stays open).
-    /// - A failed write is not reported: on a full disk the path of a cut script is returned. Where that matters, call
-    ///   `writeScript` with a stream of your own and look at its state after `close`.
+    /// Returns an empty text if the table could not be opened (error line "Table is not open") or the
+    /// script could not be created (no message; the table stays open).
+    /// - A failed write is not reported: on a full disk the path of a truncated script is returned. If that matters,
+    ///   call `writeScript` with your own stream and check its state after `close`.
     /// - The header is read only while `Fields` is empty. Before an object converts a second table, call
     ///   `defineFields`, or the second script has the columns of the first table.
     ///
-    /// With `ReadDeleted` false a deleted record writes the INSERT of the record before it once more.
+    /// If `ReadDeleted` is false, a deleted record writes the INSERT of the record before it once more.
     std::string convert();
 
     /// Writes the script of `convert` to `out` and leaves the table open. The caller sees a failed write
-    /// in the state of `out`, or as the exception that `out` throws for it; writing stops there. A table
-    /// that cannot be opened: what is written is the result of `createTable`, its error text; open the
-    /// table before to be sure.
+    /// in the state of `out`, or as the exception that `out` throws for it; writing stops there. If
+    /// the table cannot be opened, the error text that `createTable` returns is written; to avoid that,
+    /// open the table first.
     void writeScript(std::ostream& out);
 
 private:

@@ -19,12 +19,12 @@ public:
 
     /// Writes one line per entry to standard output: name, type letter, length "." decimals, value, "|".
     /// False, without output, when the file is not open; true otherwise.
-    /// Deliberate: digits of a number are written as their character codes, a value that holds no zero
-    /// byte is followed by what a longer one before it left, and the attempt that meets the end of the
-    /// file still writes a line from the entry before.
+    /// Deliberate: digits of a number are written as their character codes; a value without a zero byte is
+    /// followed by the rest of a longer value before it; and at the end of the file a line is written once
+    /// more from the last entry.
     bool read();
 
-    /// Does nothing and answers true.
+    /// Does nothing and returns true.
     bool write();
 };
 

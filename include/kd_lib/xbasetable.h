@@ -9,7 +9,7 @@
 
 namespace kd_lib {
 
-/// An xBase table: a binary file of fixed-length records behind a header that defines the columns.
+/// An xBase table: a binary file with a header that defines the columns, then fixed-length records.
 ///
 ///     kd_lib::xBaseTable stock("stock");
 ///     if (stock.open() && stock.getFieldList()) {
@@ -36,25 +36,25 @@ public:
     void showHeader() override;
 
     /// Reads the record at the current position; bytes that the C locale's `isprint` rejects become
-    /// blanks. True when the stream is then in none of the fail, bad and end-of-file states.
+    /// blanks. True when the stream is then in none of the states fail, bad and end-of-file.
     /// - Not open: error line "Table is not open", false.
-    /// - A deleted record while `ReadDeleted` is false: true, and the values of the record before stay;
-    ///   `isDeleted` tells.
-    /// - A record cut by the end of the file, or a `RecordLength` of 0: false, the values stay.
+    /// - A deleted record while `ReadDeleted` is false: true; the values of the record before stay, and
+    ///   `isDeleted` returns true.
+    /// - A record truncated by the end of the file, or a `RecordLength` of 0: false, the values stay.
     bool fetchRecord() override;
 
     /// Reads the header and the field descriptors into `Version`, `LastUpdate`, `RecordCount`,
     /// `HeaderLength`, `RecordLength` and `Fields`, which it clears first; then one byte, the
     /// terminator, so that the position is the first record's in an ordinary file.
-    /// False when not open or when the file is empty. What a cut file lacks counts as zero bytes.
-    /// A header length below 32, as a signed number, lets std::length_error pass.
+    /// False when not open or when the file is empty. The missing bytes of a truncated file count as
+    /// zero bytes. A header length below 32, as a signed number, throws std::length_error.
     bool readHeader() override;
 
-    /// True when the record read last carried the deletion mark.
+    /// True when the record read last has the deletion mark.
     bool isDeleted() const { return deleted_; }
 
-    /// C char, D date, F float, L boolean, M memo, N integer, P blob; every other byte unknown.
-    /// Deliberate: N is integer whatever its decimals.
+    /// C char, D date, F float, L boolean, M memo, N integer, P blob; every other byte is unknown.
+    /// Deliberate: N is integer, even with decimals.
     FIELD_TYPE convertXbaseFieldType(unsigned char letter);
 
     /// False when the first character of `value` is f, F, n or N; true otherwise, also when it is empty.

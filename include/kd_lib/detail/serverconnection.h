@@ -46,7 +46,7 @@ public:
     /// Takes the next row into the values of `row`, NULL as the empty text; false at the end of the rows too.
     virtual bool next(TableFields& row) = 0;
 
-    /// Reads the rest of all results; true where none of them is a failure.
+    /// Reads the rest of all results; true if none of them is a failure.
     virtual bool readRest() = 0;
 
     /// The number of rows that the last statement has changed.

@@ -16,17 +16,17 @@ enum class SqlForm {
 };
 
 /// A statement with its parameters. They are numbered from 1 by first appearance; ":name" twice is one parameter,
-/// each "?" of MariaDB one of its own.
+/// each "?" of MariaDB is a separate one.
 struct StatementText {
     std::string Sql;                       ///< what the server takes
     std::vector<std::string> Names;        ///< one for each parameter, ":" included; empty: it has a number only
     std::vector<std::size_t> Occurrences;  ///< MariaDB: for each "?" of `Sql`, the index of its parameter
 
-    /// The number of the parameter of this name; 0 where there is none.
+    /// The number of the parameter of this name; 0 if there is none.
     int number(std::string_view name) const;
 };
 
-/// Finds the parameters. Nothing inside quotes and comments is one, nor is what follows "::" or stands in square
+/// Finds the parameters. Nothing inside quotes and comments is one, nor is what follows "::" or is in square
 /// brackets. `backslashes`: inside plain single quotes (MariaDB: both kinds) a backslash takes the next byte with it.
 StatementText readStatement(std::string_view sql, SqlForm form, bool backslashes);
 
