@@ -50,8 +50,10 @@ class ProgramTest(unittest.TestCase):
         self.addCleanup(os.chdir, before)
 
     def run_program(self, *arguments, stdin=b'', **settings):
+        """`stdin` is what the program may read: bytes, or an open file."""
         settings.setdefault('stdout', subprocess.PIPE)
-        done = subprocess.run([PROGRAM, *arguments], input=stdin, stderr=subprocess.PIPE, timeout=120, **settings)
+        source = {'input': stdin} if isinstance(stdin, bytes) else {'stdin': stdin}
+        done = subprocess.run([PROGRAM, *arguments], stderr=subprocess.PIPE, timeout=120, **source, **settings)
         return Result(done.returncode, decoded(done.stdout), decoded(done.stderr))
 
     def check(self, arguments, out='', err='', code=0, **settings):

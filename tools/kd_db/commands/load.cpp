@@ -96,9 +96,9 @@ private:
 
     void summarize()
     {
-        To.note(Asked.Into + ": " + counted(Files.size(), "file") + ", " + std::to_string(Files.size() - Failed) +
-                " loaded, " + std::to_string(WithLosses) + " of them with losses, " + std::to_string(Failed) +
-                " failed");
+        To.note(Asked.Into + ": " + std::to_string(Files.size() - Failed) + " of " + counted(Files.size(), "table") +
+                " loaded" + (WithLosses > 0 ? ", " + std::to_string(WithLosses) + " not whole" : "") +
+                (Failed > 0 ? ", " + std::to_string(Failed) + " failed" : ""));
     }
 
     const Options& Asked;
