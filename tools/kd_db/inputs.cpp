@@ -20,6 +20,39 @@ bool isFolder(const std::string& path)
     return std::filesystem::is_directory(path, error);
 }
 
+namespace {
+
+std::string extensionOf(const std::string& path)
+{
+    const std::string extension = std::filesystem::path(path).extension().string();
+    return extension.empty() ? extension : kd_lib::stringToLower(extension.substr(1));
+}
+
+/// Whether a file of a folder is one of its tables, by its extension: with --from those of that kind, else all but
+/// memory files, and fixed columns where these are known.
+bool belongsToFolder(const std::string& path, const exchange::SourceOptions& options)
+{
+    using Kind = exchange::SourceKind;
+    const std::string extension = extensionOf(path);
+    switch (options.Kind) {
+    case Kind::Dbf:
+        return extension == "dbf";
+    case Kind::Csv:
+        return extension == "csv";
+    case Kind::Tsv:
+        return extension == "tsv" || extension == "tab";
+    case Kind::Fixed:
+        return extension == "txt";
+    case Kind::Mem:
+        return extension == "mem";
+    case Kind::Automatic:
+        break;
+    }
+    return extension != "mem" && (extension != "txt" || !options.FixedColumns.empty());
+}
+
+}  // namespace
+
 std::vector<std::string> filesOf(const std::vector<std::string>& arguments, const exchange::SourceOptions& options)
 {
     std::vector<std::string> files;
@@ -29,7 +62,9 @@ std::vector<std::string> filesOf(const std::vector<std::string>& arguments, cons
             continue;
         }
         for (const exchange::FileTableOptions& table : exchange::tableFilesIn(argument, options)) {
-            files.push_back(table.File);
+            if (belongsToFolder(table.File, options)) {
+                files.push_back(table.File);
+            }
         }
     }
     return files;
@@ -41,8 +76,7 @@ bool isTableFile(const std::string& path, const exchange::SourceOptions& options
     if (options.Kind != exchange::SourceKind::Automatic || path == "-") {
         return true;
     }
-    const std::string extension = kd_lib::stringToLower(std::filesystem::path(path).extension().string());
-    return !extension.empty() && std::ranges::find(extensions, extension.substr(1)) != extensions.end();
+    return std::ranges::find(extensions, extensionOf(path)) != extensions.end();
 }
 
 void requireKind(const std::string& file, const exchange::SourceOptions& options)

@@ -11,6 +11,7 @@
 #include <kd_lib/exchange/sqlitesource.h>
 #include <kd_lib/exchange/virtualtables.h>
 
+#include <algorithm>
 #include <map>
 
 namespace kd_tool {
@@ -69,14 +70,23 @@ private:
     bool Loss = false;
 };
 
-std::vector<exchange::FileTableOptions> tablesOf(const std::vector<std::string>& files, const Options& options)
+/// The tables of the arguments. A file of a folder that cannot be read is left out with a note: the statement may well do
+/// without it.
+std::vector<exchange::FileTableOptions> tablesOf(const std::vector<std::string>& arguments, const Options& options,
+                                                 Console& console)
 {
     std::vector<exchange::FileTableOptions> tables;
-    for (const std::string& file : files) {
-        if (file == "-") {
-            throw UsageError("query does not read standard input");
+    for (const std::string& argument : arguments) {
+        for (const std::string& file : filesOf({argument}, options.Source)) {
+            try {
+                if (isFolder(argument)) {
+                    exchange::openSource(file, options.Source);
+                }
+                tables.push_back({file, {}, options.Source});
+            } catch (const exchange::Error& error) {
+                console.note(std::string(error.what()) + "; no table");
+            }
         }
-        tables.push_back({file, {}, options.Source});
     }
     return tables;
 }
@@ -84,13 +94,12 @@ std::vector<exchange::FileTableOptions> tablesOf(const std::vector<std::string>&
 int queryFiles(const std::vector<std::string>& arguments, const std::string& sql, const Options& options,
                Console& console)
 {
-    const std::vector<std::string> files = filesOf(arguments, options.Source);
     const std::string name = arguments.size() == 1 ? arguments.front() : counted(arguments.size(), "file");
     const std::unique_ptr<RejectsFile> rejects = openRejects(options);
     FileReports reports(console, rejects.get());
     int status = statusDone;
     {
-        exchange::TableConnection tables(tablesOf(files, options), reports.events(), stopToken());
+        exchange::TableConnection tables(tablesOf(arguments, options, console), reports.events(), stopToken());
         exchange::SqliteSource rows(tables.handle(), name, sql);
         status = print(rows, options, console);
     }
@@ -108,6 +117,9 @@ int query(const Options& options, Console& console)
     std::vector<std::string> arguments = options.Arguments;
     const std::string sql = arguments.back();
     arguments.pop_back();
+    if (std::ranges::find(arguments, "-") != arguments.end()) {
+        throw UsageError("query does not read standard input");
+    }
     try {
         if (arguments.size() > 1 || isFolder(arguments.front()) || isTableFile(arguments.front(), options.Source)) {
             return queryFiles(arguments, sql, options, console);
