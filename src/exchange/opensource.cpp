@@ -5,6 +5,7 @@
 #include <kd_lib/exchange/dbfsource.h>
 #include <kd_lib/exchange/delimitedsource.h>
 #include <kd_lib/exchange/fixedsource.h>
+#include <kd_lib/exchange/memsource.h>
 
 namespace kd_lib::exchange {
 
@@ -19,6 +20,8 @@ std::unique_ptr<Source> openSource(const std::string& file, const SourceOptions&
         return std::make_unique<DelimitedSource>(file, options);
     case SourceKind::Fixed:
         return std::make_unique<FixedSource>(file, options);
+    case SourceKind::Mem:
+        return std::make_unique<MemSource>(file, options);
     default:
         throw OptionError(file, "the kind of the file is not known by its name");
     }

@@ -190,14 +190,27 @@ Converted doubleOf(std::string_view digits)
 }
 
 /// The shortest digits that give the double back, in the form that is asked for.
-template <class... Form>
-std::string_view writeDouble(double value, std::string& scratch, Form... form)
+std::string_view writeDouble(double value, std::string& scratch, std::chars_format form)
 {
     constexpr std::size_t longest = 512;
     scratch.resize(longest);
-    const auto [end, error] = std::to_chars(scratch.data(), scratch.data() + longest, value, form...);
+    const auto [end, error] = std::to_chars(scratch.data(), scratch.data() + longest, value, form);
     scratch.resize(static_cast<std::size_t>(end - scratch.data()));
     return scratch;
+}
+
+/// As a reader expects them: 1000000 and 0.001, but 1e+300.
+std::string_view textOfDouble(double value, std::string& scratch)
+{
+    if (std::isnan(value)) {
+        return "NaN";
+    }
+    if (std::isinf(value)) {
+        return value < 0 ? "-Infinity" : "Infinity";
+    }
+    const double size = std::abs(value);
+    const bool plain = size == 0 || (size >= 1e-7 && size < 1e21);
+    return writeDouble(value, scratch, plain ? std::chars_format::fixed : std::chars_format::scientific);
 }
 
 template <class Put>
@@ -213,9 +226,7 @@ std::string_view textOf(const Cell& cell, std::string& scratch)
 {
     switch (cell.Kind) {
     case CellKind::Float:
-        return std::isnan(cell.Float)   ? "NaN"
-               : std::isinf(cell.Float) ? (cell.Float < 0 ? "-Infinity" : "Infinity")
-                                        : writeDouble(cell.Float, scratch);
+        return textOfDouble(cell.Float, scratch);
     case CellKind::Boolean:
         return cell.Boolean ? "true" : "false";
     case CellKind::Date:

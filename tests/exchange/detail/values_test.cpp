@@ -273,6 +273,12 @@ TEST(Values, CellsOfOtherTypes)
     EXPECT_EQ(converted(Cell::real(-3), ColumnType::BigInteger), "-3");
     EXPECT_EQ(converted(Cell::real(std::nan("")), ColumnType::Number), "not a number");
     EXPECT_EQ(converted(Cell::real(std::nan("")), ColumnType::Text), "NaN");
+    EXPECT_EQ(converted(Cell::real(-std::numeric_limits<double>::infinity()), ColumnType::Text), "-Infinity");
+    EXPECT_EQ(converted(Cell::real(1000000), ColumnType::Text), "1000000");
+    EXPECT_EQ(converted(Cell::real(0.001), ColumnType::Text), "0.001");
+    EXPECT_EQ(converted(Cell::real(1e300), ColumnType::Text), "1e+300");
+    EXPECT_EQ(converted(Cell::real(-1e-30), ColumnType::Text), "-1e-30");
+    EXPECT_EQ(converted(Cell::real(0), ColumnType::Text), "0");
     EXPECT_EQ(converted(Cell::boolean(true), ColumnType::BigInteger), "1");
     EXPECT_EQ(converted(Cell::boolean(false), ColumnType::Text), "false");
     EXPECT_EQ(converted(Cell::date(day), ColumnType::Timestamp), "2024-03-05 00:00:00.000");

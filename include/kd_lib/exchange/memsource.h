@@ -1,0 +1,51 @@
+/// \file
+/// Memory variables (.mem).
+#pragma once
+
+#include <kd_lib/exchange/opensource.h>
+#include <kd_lib/exchange/source.h>
+#include <kd_lib/export.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kd_lib::exchange {
+
+/// The variables that a program of dBase III, Clipper or FoxPro saved: a record for each, with the columns
+///
+///     name     text
+///     type     text    "text", "number", "date" or "boolean"
+///     value    text    "Ann  ", "-86.4", "1999-12-31", "true"; NULL for an empty date
+///
+/// Numbers are the shortest digits that give the double of the file back. Texts are decoded by the code page that is
+/// asked for, else CP1252, because the file names none. Also read is the form that has texts alone (`xBaseMemory` lists
+/// it).
+///
+/// A value that its type cannot be is unreadable. A variable that the end of the file cuts is a flaw of that record. A
+/// variable whose type is not known (arrays, for one) ends the records with a note of loss: it has no known length.
+class KD_LIB_EXPORT MemSource : public Source {
+public:
+    /// Opens a file; "-" is standard input. Throws an `Error` where the file cannot be read, or does not begin with a
+    /// variable or the end mark; an `OptionError` for options that do not fit.
+    explicit MemSource(const std::string& file, const SourceOptions& options = {});
+    ~MemSource() override;
+
+    Origin origin(std::size_t column) const override;
+    void seek(std::uint64_t number) override;
+    void need(const std::vector<bool>& needed) override;
+    std::vector<Fact> facts() const override;
+    std::uint64_t position() const override;
+    std::optional<std::uint64_t> size() const override;
+
+private:
+    class Reader;
+
+    bool read() override;
+
+    std::unique_ptr<Reader> TheReader;
+};
+
+}  // namespace kd_lib::exchange

@@ -1,0 +1,26 @@
+/// \file
+/// The values of memory variables as texts.
+#pragma once
+
+#include "memreader.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kd_lib::exchange::detail {
+
+/// The type of a variable by its letter: "text", "number", "date", "boolean".
+const char* memTypeName(char type);
+
+/// A value as text, or why it is none.
+struct MemText {
+    std::optional<std::string_view> Text;  ///< nothing: NULL
+    const char* Problem = nullptr;         ///< the reason where the value cannot be read; null otherwise
+};
+
+/// The text of the reader's variable, unless that is a text itself: digits, "2024-02-29", "true". It is in `scratch`, or
+/// where the value is.
+MemText textOfVariable(const MemReader& reader, std::string& scratch);
+
+}  // namespace kd_lib::exchange::detail
