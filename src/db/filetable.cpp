@@ -18,22 +18,22 @@ namespace kd_lib {
 
 namespace {
 
-/// The standard stream keeps one byte of its buffer to itself, so that it reads whole pages.
+/// The standard stream does not use one byte of its buffer; with one more it reads whole pages.
 constexpr std::size_t fileBufferSize = 65536 + 1;
 
 constexpr const char* columnSeparators = "|:;";
 
-/// Deliberate: where endFile goes.
+/// Deliberate: the position to which endFile goes.
 constexpr std::uint64_t endFilePosition = 2;
 
-/// Where the record starts that `before` others of fixed length stand before. What 64 bits cannot tell
-/// becomes the largest number: both lie behind every file's end.
+/// The position of the record that follows `before` others of fixed length; the largest number if it exceeds
+/// 64 bits, because both are past the end of every file.
 std::uint64_t recordPosition(const FileTable& table, std::uint64_t before)
 {
     std::uint64_t position = 0;
-    const bool told = !__builtin_mul_overflow(before, table.RecordLength, &position) &&
+    const bool fits = !__builtin_mul_overflow(before, table.RecordLength, &position) &&
                       !__builtin_add_overflow(position, table.HeaderLength, &position);
-    return told ? position : std::numeric_limits<std::uint64_t>::max();
+    return fits ? position : std::numeric_limits<std::uint64_t>::max();
 }
 
 }  // namespace
@@ -97,7 +97,7 @@ bool FileTable::openPath(const std::string& path)
     const std::string oldPath = Path;
     const std::string oldExtension = Extension;
     const std::size_t nameAt = path.rfind('/') + 1;
-    // The root keeps its slash, every other directory goes without.
+    // The root keeps its slash, every other directory loses it.
     Path = path.substr(0, nameAt > 1 ? nameAt - 1 : nameAt);
     const std::size_t dot = std::min(path.rfind('.'), path.size());
     const bool hasExtension = dot > nameAt && dot + 1 < path.size();
@@ -171,7 +171,7 @@ void FileTable::setFieldOffsets(const std::string& line)
     int previous = 0;
     for (std::size_t i = 0; i < positions.tokens.size(); ++i) {
         const int position = std::stoi(positions.getToken(i));
-        // Unsigned arithmetic: far-apart numbers wrap instead of overflowing.
+        // Unsigned, so that the distance of very different numbers wraps instead of overflowing.
         const auto length = static_cast<int>(static_cast<unsigned int>(position) - static_cast<unsigned int>(previous));
         // Deliberate: a column starts at its own number and is as wide as the distance before it.
         TableField field("Field#" + std::to_string(i), UNKNOWN_TYPE, position, length, 0, false);
@@ -223,7 +223,7 @@ bool FileTable::lastRecord()
         return false;
     }
     File.clear();
-    // The complement is the negative of RecordLength + 1, whatever that length is.
+    // The complement is the negative of RecordLength + 1, for every length.
     File.seekg(static_cast<std::streamoff>(~RecordLength), std::ios::end);
     return true;
 }

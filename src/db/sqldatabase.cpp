@@ -15,7 +15,7 @@ namespace kd_lib {
 
 namespace {
 
-/// The standard stream keeps one byte of its buffer to itself, so that it reads whole pages.
+/// The standard stream does not use one byte of its buffer; with one more it reads whole pages.
 constexpr std::size_t scriptBlockSize = 65536 + 1;
 
 bool contains(const std::string& text, const char* piece)
@@ -23,7 +23,7 @@ bool contains(const std::string& text, const char* piece)
     return text.find(piece) != std::string::npos;
 }
 
-/// Deliberate: four characters never hold the word, so every statement of a script is executed and
+/// Deliberate: four characters never equal the word, so every statement of a script is executed and
 /// none is queried.
 bool isQuery(const std::string& statement)
 {
@@ -104,7 +104,7 @@ std::int64_t SqlDatabase::getRecords(const std::string& table)
     if (!query("SELECT COUNT(*) AS count FROM " + table)) {
         return 0;
     }
-    // Whatever it answers: a column that got no value counts as 0.
+    // Its result does not matter: a column without a value counts as 0.
     fetchRow();
     const TableField* count = queryColumns.get("count");
     return count != nullptr && !count->Value.empty() ? std::stol(count->Value) : 0;
@@ -199,7 +199,7 @@ bool SqlDatabase::importSqlFile(const std::string& path)
     std::string come(scriptBlockSize, '\0');
     detail::ScriptSplitter splitter;
     bool stopped = false;
-    // What has come is run before more is waited for: the script may be a pipe.
+    // The script may be a pipe: complete statements run before the next read, which may wait.
     while (!stopped && file.peek() != std::ifstream::traits_type::eof()) {
         const auto size = file.readsome(come.data(), static_cast<std::streamsize>(come.size()));
         std::string_view block(come.data(), static_cast<std::size_t>(size));
@@ -207,8 +207,8 @@ bool SqlDatabase::importSqlFile(const std::string& path)
             stopped = !runScriptStatement(splitter.statement());
         }
     }
-    // Deliberate: the answer is inverted. Reading to the end is a failed read, and a failing statement
-    // stops before it.
+    // Deliberate: the result is inverted. At the end of the script the read has failed; a failing statement
+    // stops before that.
     return stopped;
 }
 

@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* inMemory = ":memory:";
 
-/// What stands for the type of a NULL: a value past the named types.
+/// The type of a NULL: a value past the named types.
 constexpr int nullType = 15;
 
 /// The connection's last error with its code; empty after a success.
@@ -38,7 +38,7 @@ SQLite3::SQLite3()
 
 SQLite3::~SQLite3()
 {
-    // As disconnect does, without its virtual calls: overrides of a derived class are gone already.
+    // As disconnect, without its virtual calls: the overrides of a derived class no longer exist.
     if (handle != nullptr && closeConnection(handle) != SQLITE_OK && sqlite3_errcode(handle) != SQLITE_OK) {
         message(errorOf(handle));
     }
@@ -92,7 +92,7 @@ bool SQLite3::disconnect()
 
 void SQLite3::closeEverything()
 {
-    // A closed connection lives on until its last statement is gone.
+    // A closed connection exists until its last statement is finalised.
     statementEnded();
     sqlite3_finalize(statement);
     statement = nullptr;
@@ -129,7 +129,7 @@ bool SQLite3::openDatabase(const std::string& name, bool create, const std::stri
         return false;
     }
     if (!encoding.empty()) {
-        // Deliberate: before the new connection is opened, so it reaches the one that was open before.
+        // Deliberate: executed before the new connection is opened, so it applies to the one open before.
         execute("PRAGMA encoding = " + encoding + ";");
         finalize();
     }

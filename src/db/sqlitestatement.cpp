@@ -36,19 +36,19 @@ void SQLite3::supersedeStatement()
 int SQLite3::step()
 {
     reportedFailure_ = nullptr;
-    const int answer = sqlite3_step(statement);
-    if (answer == SQLITE_ROW || answer == SQLITE_BUSY) {
+    const int code = sqlite3_step(statement);
+    if (code == SQLITE_ROW || answer == SQLITE_BUSY) {
         running_ = true;
     } else {
         statementEnded();
     }
-    return answer;
+    return code;
 }
 
 void SQLite3::reportFailureOf(const sqlite3_stmt* failed)
 {
-    // SQLite repeats the answer of a failed step when the statement is reset or finalised. Another statement, or
-    // another error, is that of a step which the caller has made.
+    // SQLite repeats the result of a failed step when the statement is reset or finalised. Another statement, or
+    // another error, comes from a step that the caller made.
     const bool reported = failed != nullptr && failed == reportedFailure_ && errorText == connectionError();
     if (!reported) {
         setError();
@@ -67,7 +67,7 @@ bool SQLite3::prepare(std::string sql)
     }
     sql = replaceChar(sql, '`', '"');
     supersedeStatement();
-    // The length includes the zero byte at the end: SQLite copies texts that are given without it.
+    // The length includes the zero byte at the end: without it, SQLite copies the text.
     const auto length = static_cast<int>(sql.size() + 1);
     if (!succeeded(sqlite3_prepare_v2(handle, sql.c_str(), length, &statement, nullptr))) {
         clearResults();
@@ -83,7 +83,7 @@ bool SQLite3::execute()
         return true;
     }
     reportFailureOf(statement);
-    // Failed for good, also in the middle of a result: the rollback may close it.
+    // The statement does not continue, even in the middle of a result: the rollback may close it.
     statementEnded();
     if (inTransaction) {
         rollback();
@@ -163,7 +163,7 @@ bool SQLite3::finalize()
 {
     statementEnded();
     const sqlite3_stmt* const ended = statement;
-    // The statement is gone whatever the answer is, so a repeated call must not see it again.
+    // The statement is destroyed even if this fails, so a repeated call must not use it again.
     const bool finalized =
         detail::retriedWhileBusy([this] { return sqlite3_finalize(std::exchange(statement, nullptr)); }) == SQLITE_OK;
     if (!finalized) {
@@ -197,7 +197,7 @@ bool SQLite3::preparedRecord(TableFields fields)
     if (fields.size() == 0 || isDisconnected() || statement == nullptr) {
         return false;
     }
-    // The reason printed below must be one of this call.
+    // The reason printed below must belong to this call.
     std::string before = std::exchange(errorText, {});
     for (const TableField& field : fields) {
         bind(field.Name, field.Value);
@@ -222,7 +222,7 @@ bool SQLite3::bind(int index, std::string value)
 
 bool SQLite3::bindKept(int index, std::string_view value)
 {
-    // What an int cannot tell is longer than SQLite takes.
+    // A size that an int cannot hold is longer than SQLite accepts.
     const std::size_t longest = std::numeric_limits<int>::max();
     const auto length = static_cast<int>(std::min(value.size(), longest));
     return succeeded(sqlite3_bind_text(statement, index, value.empty() ? "" : value.data(), length, SQLITE_STATIC));

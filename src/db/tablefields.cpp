@@ -31,7 +31,7 @@ void append(std::vector<TableField*>& list, std::unique_ptr<TableField> field)
 
 }  // namespace
 
-// Delegating: once the empty list stands, its destructor frees what a failing copy has made.
+// Delegating: once the empty list is constructed, its destructor deletes the columns of a copy that fails.
 TableFields::TableFields(const TableFields& other) : TableFields()
 {
     CaseSensitive = other.CaseSensitive;
@@ -109,7 +109,7 @@ const TableField* TableFields::get(unsigned long index) const
 
 int TableFields::findNumber(const std::string& name) const
 {
-    // Deliberate: folded in the opposite sense of add and get.
+    // Deliberate: the opposite of add and get.
     return indexOf(List, foldedIf(CaseSensitive, name));
 }
 

@@ -32,8 +32,8 @@ void appendNames(std::string& sql, const TableFields& fields, const char* before
     }
 }
 
-/// The beginning of an INSERT, up to its values. Kept from record to record, and made again when a name is another
-/// one: between two records, a derived class may change them.
+/// The beginning of an INSERT, up to its values. It is kept from record to record and made again when a name has
+/// changed: a derived class may change names between two records.
 class InsertLead {
 public:
     InsertLead(const std::string& table, const TableFields& fields) { make(table, fields); }
@@ -86,8 +86,8 @@ std::string placeholder(const std::string& dialect, std::size_t index)
     return dialect == "postgresql" ? '$' + std::to_string(index) : "?";
 }
 
-/// Gathers whole statements and writes them in blocks. What is complete is written even when an
-/// exception of a later statement passes.
+/// Collects whole statements and writes them in blocks. Complete statements are written even if a later one
+/// throws.
 class StatementWriter {
 public:
     explicit StatementWriter(std::ostream& out) : Out(out) {}
@@ -96,7 +96,7 @@ public:
         try {
             write();
         } catch (...) {
-            // What the caller's stream throws: the exception that is under way goes first.
+            // An exception of the caller's stream: the one that is already active goes first.
         }
     }
     StatementWriter(const StatementWriter&) = delete;
@@ -113,7 +113,7 @@ public:
         }
     }
 
-    /// Writes what is complete. When the stream throws, it is not written again.
+    /// Writes the complete statements. They are not written again if the stream throws.
     void write()
     {
         const std::size_t size = std::exchange(Complete, 0);

@@ -74,7 +74,8 @@ void blankUnprintable(char* begin, const char* end)
     }
 }
 
-/// Replaces what isprint rejects by blanks; asks it only in stretches that hold more than plain ASCII.
+/// Replaces the bytes that isprint rejects by blanks. Only stretches with more than plain ASCII are tested byte by
+/// byte.
 void makePrintable(std::string& record)
 {
     constexpr std::size_t longestStretch = 128;
@@ -133,7 +134,7 @@ bool xBaseTable::readHeader()
                  std::to_string(byteAt(header.data(), monthAt)) + std::to_string(byteAt(header.data(), dayAt));
     const short length = shortAt(header.data(), headerLengthAt);
     const int fieldCount = length / static_cast<int>(descriptorSize) - 1;
-    // A negative count asks for more than any vector holds: its exception tells the caller.
+    // A negative count exceeds the size of any vector, so this throws for it.
     Fields.List.reserve(static_cast<std::size_t>(fieldCount));
     RecordCount = unsignedAt(header.data(), recordCountAt);
     HeaderLength = signExtended(length);

@@ -19,7 +19,7 @@ void writeLine(std::ostream& out, const std::string& text)
     }
 }
 
-/// Takes single keys from the terminal, without echo, as long as it lives.
+/// While it exists, single keys can be read from the terminal, without echo.
 class KeyMode {
 public:
     KeyMode()

@@ -23,7 +23,7 @@ char upperLetter(char c)
 
 using detail::SixteenBytes;
 
-/// How far each of sixteen bytes lies behind the space. A byte before the space lies far behind it.
+/// The distance of each of sixteen bytes from the space. For a byte below the space it wraps to a large one.
 SixteenBytes distancesFromSpace(std::string_view s, std::size_t position)
 {
     return detail::valueAt<SixteenBytes>(s.data() + position) - ' ';
@@ -62,7 +62,7 @@ bool isPlainAscii(std::string_view s)
     if (s.size() < width) {
         return std::all_of(s.begin(), s.end(), [](char c) { return c >= ' ' && c <= '~'; });
     }
-    // The last sixteen may overlap those before them.
+    // The last sixteen bytes may overlap those before them.
     const std::size_t last = s.size() - width;
     SixteenBytes farthest = distancesFromSpace(s, last);
     for (std::size_t at = 0; at < last; at += width) {

@@ -6,7 +6,7 @@ namespace kd_lib {
 
 void Tokenizer::split(const std::string& text, const std::string& delimiters)
 {
-    // The text may be one of the old pieces: they stay until the end.
+    // The text may be one of the old pieces, so they are replaced last.
     std::vector<std::string> pieces;
     PieceReader reader(text, delimiters);
     for (std::string_view piece; reader.next(piece);) {

@@ -39,7 +39,7 @@ inline void putDate(TextWriter& sql, std::string_view date)
 
 inline void putTime(TextWriter& sql, std::string_view time)
 {
-    // Deliberate: no quote in front, unlike a date.
+    // Deliberate: no quote before it, unlike a date.
     if (time.size() <= compactTimeLength) {
         putPieces(sql, time, 2, ':');
     } else {

@@ -15,7 +15,7 @@ struct Word {
     FIELD_TYPE Type;
 };
 
-// The first that a type begins with decides.
+// The first of these that a type begins with decides.
 constexpr Word words[] = {
     {"TINYINT(1)", BOOLEAN_TYPE}, {"BOOL", BOOLEAN_TYPE},        {"TINYINT", SMALLINT_TYPE},
     {"SMALLINT", SMALLINT_TYPE},  {"MEDIUMINT", INTEGER_TYPE},   {"INTEGER", INTEGER_TYPE},
@@ -34,7 +34,7 @@ constexpr Word words[] = {
 
 FIELD_TYPE serverType(const std::string& type)
 {
-    // An array is none of its elements.
+    // An array does not have the type of its elements.
     if (type.find('[') != std::string::npos) {
         return UNKNOWN_TYPE;
     }

@@ -1,5 +1,5 @@
 /// \file
-/// The words that servers use for the types of columns.
+/// The words of servers for the types of columns.
 #pragma once
 
 #include <kd_lib/tablefield.h>
@@ -8,11 +8,11 @@
 
 namespace kd_lib::detail {
 
-/// The type that a server's words mean, in upper case: "VARCHAR(20)", "BIGINT(20) UNSIGNED", "DOUBLE PRECISION". The
-/// type unknown for words of neither server.
+/// The type for a server's words, in upper case: "VARCHAR(20)", "BIGINT(20) UNSIGNED", "DOUBLE PRECISION". Unknown
+/// for words of neither server.
 FIELD_TYPE serverType(const std::string& words);
 
-/// A column of that name and type, with the length and decimals that stand in round brackets behind the first word.
+/// A column of that name and type, with the length and decimals in round brackets after the first word.
 TableField serverColumn(const std::string& name, FIELD_TYPE type, const std::string& words);
 
 }  // namespace kd_lib::detail

@@ -1,5 +1,5 @@
 /// \file
-/// The texts that the library reports, each spelled once.
+/// The texts that the library reports, each defined once.
 #pragma once
 
 namespace kd_lib::detail::messages {

@@ -7,8 +7,8 @@ namespace kd_lib::detail {
 
 namespace {
 
-/// The longest record that is read to where it stays. Room for a longer one is taken as it comes from the system and
-/// touched as far as there are bytes: a length is only a bound.
+/// The longest record that is read to its final place. Room for a longer one is not initialised, so that only the
+/// bytes that are read take memory: a length is only a bound.
 constexpr std::size_t longestDirect = 65536;
 
 }  // namespace
@@ -29,7 +29,7 @@ char* RecordReader::room()
 {
     if (Table.RecordLength > Table.roomSize_) {
         if (Table.RecordLength > Text.max_size()) {
-            // The standard exception for a length that no text can have.
+            // The standard exception for a length that a text cannot have.
             Text.resize(Table.RecordLength);
         }
         Table.room_ = std::make_unique_for_overwrite<char[]>(Table.RecordLength);
@@ -73,7 +73,7 @@ bool RecordReader::read()
     if (!skipLine()) {
         return false;
     }
-    // The zero byte that ends the line takes the place of its newline.
+    // The zero byte that ends the line replaces its newline.
     const auto size = std::min(static_cast<std::uint64_t>(Table.File.gcount()), Table.RecordLength);
     const std::string_view line(Table.room_.get(), static_cast<std::size_t>(size));
     Text.assign(line.substr(0, line.find('\0')));

@@ -14,15 +14,15 @@ namespace kd_lib::detail {
 /// The `RecordEnd` of line records.
 constexpr int newline = 10;
 
-/// Makes the stream readable again and sets its position, in bytes from the start.
+/// Makes the stream readable again and sets its position, in bytes from its beginning.
 void seekTo(std::istream& file, std::uint64_t position);
 
 /// Whether `text` is the value of a column itself, not a copy of it.
 bool isValueOf(const TableFields& fields, const std::string& text);
 
 /// Reads records of one table. The text of a record belongs to the reader, and so to one call of an operation:
-/// whatever an override does with the table during that call, the text stays as it is. Its memory is the table's,
-/// so that a walk allocates nothing per record.
+/// nothing that an override does with the table during that call changes the text. The table keeps the memory, so
+/// that reading allocates nothing per record.
 class RecordReader {
 public:
     explicit RecordReader(FileTable& table)
@@ -34,22 +34,22 @@ public:
     RecordReader(const RecordReader&) = delete;
     RecordReader& operator=(const RecordReader&) = delete;
 
-    /// Reads a line, or exactly `RecordLength` bytes, as the table's `RecordEnd` says; `text` is the record up to
+    /// Reads a line, or exactly `RecordLength` bytes, as the table's `RecordEnd` requires; `text` is the record up to
     /// its first zero byte. False when the stream is then in the fail or bad state.
     bool read();
 
-    /// Reads and drops a line. False when the stream is then in the fail or bad state.
+    /// Reads a line and discards it. False when the stream is then in the fail or bad state.
     bool skipLine();
 
     /// Reads exactly `RecordLength` bytes, zero bytes included. False when the stream is then in the fail or bad
-    /// state; `text` is then what there was.
+    /// state; `text` then holds the bytes up to the end of the file.
     bool readBytes();
 
     /// The record read last; empty before the first one.
     std::string& text() { return Text; }
 
 private:
-    /// Room for `RecordLength` bytes. Throws std::length_error for a length that no text can have.
+    /// Room for `RecordLength` bytes. Throws std::length_error for a length that a text cannot have.
     char* room();
 
     FileTable& Table;
@@ -58,8 +58,8 @@ private:
     std::string& Text;
 };
 
-/// Whether `record` is the value of one of the table's columns: these change while the record is extracted. The
-/// text of a reader, the usual case, is told at once.
+/// Whether `record` is the value of one of the table's columns, which change while the record is extracted. For the
+/// text of a reader, the usual case, no column is compared.
 inline bool isColumnValue(const FileTable& table, const std::string& record)
 {
     return &record != table.readText_ && isValueOf(table.Fields, record);

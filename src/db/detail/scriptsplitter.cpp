@@ -66,7 +66,7 @@ void ScriptSplitter::takeText(std::string_view& block)
     block.remove_prefix(end);
 }
 
-/// Goes on behind the next character that changes what the text means.
+/// Continues after the next character that changes the meaning of the text.
 std::size_t ScriptSplitter::afterNextSpecial(std::string_view block, std::size_t from)
 {
     const std::size_t special = InQuote ? find(block, quote, from) : findSpecial(block, from);

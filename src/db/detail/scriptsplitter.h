@@ -7,17 +7,16 @@
 
 namespace kd_lib::detail {
 
-/// Takes a script in blocks of any size and hands out its statements. A ";" outside single quotes ends
-/// a statement and belongs to it; a "#" outside them starts a comment, which ends with its line and
-/// leaves nothing; inside a comment quotes do not count. Blanks in front of a statement are left out;
-/// behind it there are none.
+/// Reads a script in blocks of any size and splits it into statements. A ";" outside single quotes ends
+/// a statement and belongs to it. A "#" outside them starts a comment, which ends with its line and is
+/// removed; quotes inside a comment do not count. Blanks before a statement are removed.
 class ScriptSplitter {
 public:
     /// Reads `block` up to the end of the next statement and removes what was read from its front.
     /// True when a statement is complete: it is then `statement()` until the next call.
     bool next(std::string_view& block);
 
-    /// The text gathered so far.
+    /// The text of the statement so far.
     const std::string& statement() const { return Statement; }
 
 private:

@@ -10,7 +10,7 @@ namespace kd_lib::detail {
 
 namespace {
 
-/// Not the standard macro: this check holds in optimised builds too.
+/// Not the standard macro, because this check is also made in optimised builds.
 [[noreturn]] void stopOnAssertion(const char* expression, const char* unit, const char* function)
 {
     std::fflush(nullptr);
@@ -24,7 +24,7 @@ void sliceRecord(TableFields& fields, const std::string& record, bool trim, cons
 {
     const std::string_view text = record;
     for (TableField* field : fields.List) {
-        // A negative number becomes a huge one: such an offset lies behind every record's end, and such
+        // A negative number becomes a huge one: such an offset is after the end of every record, and such
         // a length fails the assertion.
         const auto offset = static_cast<std::size_t>(field->Offset);
         const auto length = static_cast<std::size_t>(field->getLength());

@@ -6,16 +6,16 @@
 
 namespace kd_lib::detail {
 
-/// Calls until the answer is something else than busy, at once, six times in all.
+/// Repeats a call at once while its result is busy, at most six times in all.
 template <class Call>
 int retriedWhileBusy(Call call)
 {
     constexpr int callsInAll = 6;
-    int answer = call();
-    for (int calls = 1; answer == SQLITE_BUSY && calls < callsInAll; ++calls) {
-        answer = call();
+    int result = call();
+    for (int calls = 1; result == SQLITE_BUSY && calls < callsInAll; ++calls) {
+        result = call();
     }
-    return answer;
+    return result;
 }
 
 }  // namespace kd_lib::detail

@@ -24,7 +24,7 @@ bool isWordByte(char c)
     return isLetter(c) || isDigit(c) || c == '$';
 }
 
-/// One pass over a statement. Every step appends what it passes to the result.
+/// One pass over a statement. Every step appends the text that it passes to the result.
 class Reader {
 public:
     Reader(std::string_view sql, SqlForm form, bool backslashes)
@@ -107,7 +107,7 @@ private:
         while (end < Sql.size() && Sql[end] != quote) {
             end += escapes && Sql[end] == '\\' ? 2U : 1U;
         }
-        take(end + 1 - At);  // a doubled quote begins quotes anew
+        take(end + 1 - At);  // a doubled quote opens the quotes again
     }
 
     void takeBackquoted()
