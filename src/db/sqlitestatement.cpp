@@ -37,7 +37,7 @@ int SQLite3::step()
 {
     reportedFailure_ = nullptr;
     const int code = sqlite3_step(statement);
-    if (code == SQLITE_ROW || answer == SQLITE_BUSY) {
+    if (code == SQLITE_ROW || code == SQLITE_BUSY) {
         running_ = true;
     } else {
         statementEnded();
