@@ -5,6 +5,7 @@
 #include <kd_lib/export.h>
 #include <kd_lib/sqldatabase.h>
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -199,7 +200,7 @@ private:
     KD_LIB_LOCAL void supersedeStatement();
     KD_LIB_LOCAL void closeEverything();
 
-    std::vector<sqlite3_stmt*> superseded_;          // replaced while they ran: they keep their locks
+    std::set<sqlite3_stmt*> superseded_;             // replaced while they ran: they keep their locks
     std::vector<sqlite3*> replaced_;                 // connections that openDatabase replaced
     bool running_ = false;                           // the last step of the current statement left it running
     const sqlite3_stmt* reportedFailure_ = nullptr;  // the statement whose last step failed and was reported

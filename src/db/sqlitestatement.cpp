@@ -17,15 +17,14 @@ void SQLite3::statementEnded()
 {
     running_ = false;
     // A caller may have put a superseded statement back.
-    std::erase(superseded_, statement);
+    superseded_.erase(statement);
 }
 
 void SQLite3::supersedeStatement()
 {
-    const bool kept = std::find(superseded_.begin(), superseded_.end(), statement) != superseded_.end();
-    if (running_ && !kept) {
-        superseded_.push_back(statement);
-    } else if (!kept) {
+    if (running_) {
+        superseded_.insert(statement);
+    } else if (!superseded_.contains(statement)) {
         sqlite3_finalize(statement);
     }
     statement = nullptr;
