@@ -1,5 +1,6 @@
 #include <kd_lib/exchange/postgresqlserver.h>
 
+#include "postgresqlimport.h"
 #include "postgresqlsource.h"
 #include "postgresqltarget.h"
 
@@ -26,6 +27,11 @@ public:
     std::unique_ptr<Source> table(const std::string& table, const std::vector<std::string>& columns) override
     {
         return detail::PostgresqlSource::ofTable(Uri, Options, table, columns);
+    }
+
+    ImportTally importScript(const std::string& script, const ImportOptions& options) override
+    {
+        return detail::importIntoPostgresql(Uri, Options, script, options);
     }
 
 private:

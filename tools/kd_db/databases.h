@@ -4,19 +4,47 @@
 
 #include "options.h"
 
+#include <kd_lib/exchange/databaseserver.h>
 #include <kd_lib/exchange/source.h>
+#include <kd_lib/exchange/tablelayout.h>
 #include <kd_lib/exchange/target.h>
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace kd_tool {
 
+/// `database` as messages may show it: without a password.
+std::string shownName(const std::string& database);
+
+/// Whether `database` is a URI; else it is the path of a SQLite file.
+bool isServer(const std::string& database);
+
 /// The target of `load`: a table of --into.
 std::unique_ptr<exchange::Target> databaseTarget(const Options& options);
 
 /// How many files are loaded at a time where `asked` may be: one into SQLite, which locks the whole database.
 unsigned jobsAtATime(const std::string& database, unsigned asked);
+
+/// The rows of a statement.
+struct QueryResult {
+    std::unique_ptr<exchange::Source> Rows;
+    std::function<std::uint64_t()> Changes;  ///< rows that it changed, once all its rows have been read
+};
+QueryResult queryDatabase(const std::string& database, const std::string& sql);
+
+/// Names and types that a table of `database` has for the columns of a source.
+exchange::TableLayout layoutIn(const std::string& database, const std::string& file,
+                               const std::vector<exchange::Column>& columns, const exchange::TableOptions& table);
+
+/// The columns of the layout's table, in the order of its records.
+std::unique_ptr<exchange::Source> tableOf(const std::string& database, const exchange::TableLayout& layout);
+
+/// Runs a script into a database.
+exchange::ImportTally importInto(const std::string& database, const std::string& script,
+                                 const exchange::ImportOptions& options);
 
 }  // namespace kd_tool

@@ -55,6 +55,10 @@ public:
     /// since. Throws an `Error` where the table or a column is missing.
     virtual std::unique_ptr<Source> table(const std::string& table, const std::vector<std::string>& columns) = 0;
 
+    /// Runs a script (a file; "-" is standard input), as `ServerScript` cuts it. Rows that its statements return are passed
+    /// over. Errors name the script, the statement's number and the line.
+    virtual ImportTally importScript(const std::string& script, const ImportOptions& options) = 0;
+
 protected:
     DatabaseServer() = default;
 };

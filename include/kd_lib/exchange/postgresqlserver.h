@@ -14,8 +14,8 @@ namespace kd_lib::exchange {
 /// connected yet.
 /// - `target` copies rows (COPY) in one transaction. A failure, a lost connection and the end of this process leave
 ///   nothing. A replaced table is exchanged at the end of it.
-/// - `importScript` runs a script in one transaction as well: its own BEGIN, COMMIT and ROLLBACK are an error.
-///   It may have COPY ... FROM stdin with its rows, as scripts of pg_dump and of this library do.
+/// - `importScript` runs a script in one transaction as well, all or nothing. Transactions of its own become part of that:
+///   BEGIN makes a savepoint, COMMIT releases it, ROLLBACK goes back to it. Rows after COPY ... FROM stdin are copied.
 KD_LIB_EXPORT std::unique_ptr<DatabaseServer> postgresqlServer(const std::string& uri,
                                                                const ServerOptions& options = {});
 

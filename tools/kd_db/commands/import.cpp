@@ -1,5 +1,6 @@
 #include "commands.h"
 
+#include "../databases.h"
 #include "../exitstatus.h"
 #include "../inputs.h"
 #include "../signals.h"
@@ -15,7 +16,7 @@ int import(const Options& options, Console& console)
     }
     finishOnSignal();
     const std::string& script = options.Arguments.front();
-    console.note(script + ": running into " + options.Into);
+    console.note(script + ": running into " + shownName(options.Into));
     const WorkInProgress work(console, script, sizeOf({script}));
     exchange::ImportProgress before;
     exchange::ImportOptions settings;
@@ -24,7 +25,7 @@ int import(const Options& options, Console& console)
         console.advance(now.Bytes - before.Bytes, now.Statements - before.Statements);
         before = now;
     };
-    const exchange::ImportTally tally = exchange::importScript(script, options.Into, settings);
+    const exchange::ImportTally tally = importInto(options.Into, script, settings);
     console.note(script + ": " + counted(tally.Statements, "statement") + " run");
     return statusDone;
 }

@@ -96,8 +96,9 @@ private:
 
     void summarize()
     {
-        To.note(Asked.Into + ": " + std::to_string(Files.size() - Failed) + " of " + counted(Files.size(), "table") +
-                " loaded" + (WithLosses > 0 ? ", " + std::to_string(WithLosses) + " not whole" : "") +
+        To.note(shownName(Asked.Into) + ": " + std::to_string(Files.size() - Failed) + " of " +
+                counted(Files.size(), "table") + " loaded" +
+                (WithLosses > 0 ? ", " + std::to_string(WithLosses) + " not whole" : "") +
                 (Failed > 0 ? ", " + std::to_string(Failed) + " failed" : ""));
     }
 

@@ -1,6 +1,7 @@
 #include "commands.h"
 
 #include "../carry.h"
+#include "../databases.h"
 #include "../exitstatus.h"
 #include "../inputs.h"
 #include "../listtarget.h"
@@ -12,6 +13,7 @@
 #include <kd_lib/exchange/virtualtables.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 
 namespace kd_tool {
@@ -19,12 +21,13 @@ namespace kd_tool {
 namespace {
 
 /// Prints the rows of a statement; one without columns tells how many rows it changed.
-int print(exchange::SqliteSource& rows, const Options& options, Console& console)
+int print(exchange::Source& rows, const std::function<std::uint64_t()>& changes, const Options& options,
+          Console& console)
 {
     if (rows.columns().empty()) {
         while (rows.next()) {
         }
-        console.note(rows.file() + ": " + counted(rows.changes(), "row") + " changed");
+        console.note(rows.file() + ": " + counted(changes(), "row") + " changed");
         return statusDone;
     }
     const auto target = listTarget(options, console);
@@ -101,7 +104,8 @@ int queryFiles(const std::vector<std::string>& arguments, const std::string& sql
     {
         exchange::TableConnection tables(tablesOf(arguments, options, console), reports.events(), stopToken());
         exchange::SqliteSource rows(tables.handle(), name, sql);
-        status = print(rows, options, console);
+        status = print(
+            rows, [&rows] { return rows.changes(); }, options, console);
     }
     status = worse(status, reports.finish());
     if (rejects) {
@@ -121,12 +125,13 @@ int query(const Options& options, Console& console)
         throw UsageError("query does not read standard input");
     }
     try {
-        if (arguments.size() > 1 || isFolder(arguments.front()) || isTableFile(arguments.front(), options.Source)) {
+        const std::string& place = arguments.front();
+        if (arguments.size() > 1 || (!isServer(place) && (isFolder(place) || isTableFile(place, options.Source)))) {
             return queryFiles(arguments, sql, options, console);
         }
         finishOnSignal();
-        exchange::SqliteSource rows(arguments.front(), sql, {.Stop = stopToken()});
-        return print(rows, options, console);
+        const QueryResult result = queryDatabase(place, sql);
+        return print(*result.Rows, result.Changes, options, console);
     } catch (const exchange::SqlError& error) {
         console.trouble(error.what());
         for (const std::string& line : placeInSql(sql, error.At)) {

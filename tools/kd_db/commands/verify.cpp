@@ -1,27 +1,18 @@
 #include "commands.h"
 
 #include "../carry.h"
+#include "../databases.h"
 #include "../exitstatus.h"
 #include "../inputs.h"
 #include "../report.h"
 #include "../resultoutput.h"
 #include "../signals.h"
 
-#include <kd_lib/exchange/sqlitesource.h>
 #include <kd_lib/exchange/verify.h>
 
 namespace kd_tool {
 
 namespace {
-
-std::vector<std::string> namesOf(const exchange::TableLayout& layout)
-{
-    std::vector<std::string> names;
-    for (const exchange::TargetColumn& column : layout.columns()) {
-        names.push_back(column.Name);
-    }
-    return names;
-}
 
 /// What differs, on standard output.
 void print(const exchange::Verification& found, const std::string& file, const std::string& database, Console& console)
@@ -43,8 +34,7 @@ exchange::Verification compare(exchange::Source& source, exchange::TableLayout& 
 {
     const std::unique_ptr<RejectsFile> rejects = openRejects(options);
     Report report(console, rejects.get(), source.file(), "compared");
-    const auto table =
-        exchange::SqliteSource::ofTable(database, layout.table(), namesOf(layout), {.Stop = stopToken()});
+    const std::unique_ptr<exchange::Source> table = tableOf(database, layout);
     const WorkInProgress work(console, source.file(), source.size());
     exchange::Progress before;
     exchange::TransferOptions settings;
@@ -72,15 +62,16 @@ int verify(const Options& options, Console& console)
     const std::string& database = options.Arguments[1];
     requireKind(file, options.Source);
     const auto source = exchange::openSource(file, options.Source);
-    exchange::TableLayout layout(exchange::dialectOf(exchange::Engine::Sqlite), file, source->columns(), options.Table);
+    exchange::TableLayout layout = layoutIn(database, file, source->columns(), options.Table);
     const exchange::Verification found = compare(*source, layout, database, options, console);
+    const std::string shown = shownName(database);
     if (found.agrees()) {
         console.note(file + ": " + counted(found.Records, "record") + " as in table " + layout.table() + " of " +
-                     database);
+                     shown);
         return statusDone;
     }
-    print(found, file, database, console);
-    console.trouble(file + ": differs from table " + layout.table() + " of " + database);
+    print(found, file, shown, console);
+    console.trouble(file + ": differs from table " + layout.table() + " of " + shown);
     return statusFailed;
 }
 
