@@ -51,18 +51,22 @@ struct Backslashes {
     }
 };
 
-struct CopyForm {
+struct CopyForm : detail::CommonForm {
     static constexpr char Quote = '\0';
     static constexpr char Between = ' ';
-    static constexpr std::string_view Null = "\\N";
-    static constexpr std::string_view True = "t";
-    static constexpr std::string_view False = "f";
+    static constexpr detail::ShortWord Null = "\\N";
+    static constexpr detail::ShortWord True = "t";
+    static constexpr detail::ShortWord False = "f";
 
-    static void text(std::string_view text, OutputBlock& out) { detail::writeEscaped<Backslashes<false>>(text, out); }
+    using Way = Backslashes<false>;
+    static constexpr std::size_t Longest = Way::Longest;
+
+    static char* shortText(char* to, std::string_view text) { return detail::putShort<Way>(to, text); }
+    static void longText(std::string_view text, OutputBlock& out) { detail::writeEscaped<Way>(text, out); }
 
     static void bytes(std::string_view bytes, OutputBlock& out)
     {
-        detail::writeShort("\\\\x", out);
+        out.write("\\\\x");
         detail::writeHex(bytes, out);
     }
 
@@ -76,15 +80,19 @@ struct CopyForm {
     }
 };
 
-struct LoadDataForm {
+struct LoadDataForm : detail::CommonForm {
     static constexpr char Quote = '\0';
     static constexpr char Between = ' ';
-    static constexpr std::string_view Null = "\\N";
-    static constexpr std::string_view True = "1";
-    static constexpr std::string_view False = "0";
+    static constexpr detail::ShortWord Null = "\\N";
+    static constexpr detail::ShortWord True = "1";
+    static constexpr detail::ShortWord False = "0";
 
-    static void text(std::string_view text, OutputBlock& out) { detail::writeEscaped<Backslashes<true>>(text, out); }
-    static void bytes(std::string_view bytes, OutputBlock& out) { text(bytes, out); }
+    using Way = Backslashes<true>;
+    static constexpr std::size_t Longest = Way::Longest;
+
+    static char* shortText(char* to, std::string_view text) { return detail::putShort<Way>(to, text); }
+    static void longText(std::string_view text, OutputBlock& out) { detail::writeEscaped<Way>(text, out); }
+    static void bytes(std::string_view bytes, OutputBlock& out) { longText(bytes, out); }
     static char* real(char* to, double value) { return detail::putReal(to, value); }
 };
 
@@ -92,12 +100,12 @@ struct LoadDataForm {
 
 void writeCopyRow(const Record& record, OutputBlock& out)
 {
-    detail::writeLine<CopyForm>(record.Cells, '\t', out);
+    detail::writeCells<CopyForm>(record.Cells, '\t', '\n', out);
 }
 
 void writeLoadDataRow(const Record& record, OutputBlock& out)
 {
-    detail::writeLine<LoadDataForm>(record.Cells, '\t', out);
+    detail::writeCells<LoadDataForm>(record.Cells, '\t', '\n', out);
 }
 
 }  // namespace kd_lib::exchange

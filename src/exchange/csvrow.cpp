@@ -30,14 +30,27 @@ struct DoubledQuotes {
     }
 };
 
-struct CsvForm {
+struct CsvForm : detail::CommonForm {
     static constexpr char Quote = '\0';
     static constexpr char Between = 'T';
-    static constexpr std::string_view Null = "";
-    static constexpr std::string_view True = "true";
-    static constexpr std::string_view False = "false";
+    static constexpr detail::ShortWord Null = "";
+    static constexpr detail::ShortWord True = "true";
+    static constexpr detail::ShortWord False = "false";
 
-    static void text(std::string_view text, OutputBlock& out) { writeCsvText(text, out); }
+    static constexpr std::size_t Longest = DoubledQuotes::Longest;
+
+    static char* shortText(char* to, std::string_view text)
+    {
+        if (!text.empty() && detail::copyUnmarked<DoubledQuotes>(to, text)) {
+            return to + text.size();
+        }
+        *to++ = '"';
+        to = detail::putEscaped<DoubledQuotes>(to, text);
+        *to++ = '"';
+        return to;
+    }
+
+    static void longText(std::string_view text, OutputBlock& out) { writeCsvText(text, out); }
 
     static void bytes(std::string_view bytes, OutputBlock& out)
     {
@@ -65,7 +78,7 @@ void writeCsvText(std::string_view text, OutputBlock& out)
 
 void writeCsvRow(const Record& record, OutputBlock& out)
 {
-    detail::writeLine<CsvForm>(record.Cells, ',', out);
+    detail::writeCells<CsvForm>(record.Cells, ',', '\n', out);
 }
 
 }  // namespace kd_lib::exchange

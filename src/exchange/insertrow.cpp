@@ -74,6 +74,15 @@ struct Backslashes {
 };
 
 template <class Way>
+char* putQuoted(char* to, std::string_view text)
+{
+    *to++ = quote;
+    to = detail::putShort<Way>(to, text);
+    *to++ = quote;
+    return to;
+}
+
+template <class Way>
 void writeQuoted(std::string_view text, OutputBlock& out)
 {
     writeQuote(out);
@@ -84,31 +93,42 @@ void writeQuoted(std::string_view text, OutputBlock& out)
 /// The literal of a blob in SQLite and MySQL.
 void writeBlob(std::string_view bytes, OutputBlock& out)
 {
-    detail::writeShort("x'", out);
+    out.write("x'");
     detail::writeHex(bytes, out);
     writeQuote(out);
 }
 
-struct PostgreSqlForm {
+struct PostgreSqlForm : detail::CommonForm {
     static constexpr char Quote = quote;
     static constexpr char Between = ' ';
-    static constexpr std::string_view Null = "NULL";
-    static constexpr std::string_view True = "true";
-    static constexpr std::string_view False = "false";
+    static constexpr detail::ShortWord Null = "NULL";
+    static constexpr detail::ShortWord True = "true";
+    static constexpr detail::ShortWord False = "false";
 
-    static void text(std::string_view text, OutputBlock& out)
+    static constexpr std::size_t Longest = 2;
+
+    static char* shortText(char* to, std::string_view text)
+    {
+        if (!detail::containsByte(text, '\r')) {
+            return putQuoted<DoubledQuotes>(to, text);
+        }
+        *to++ = 'E';
+        return putQuoted<Backslashes>(to, text);
+    }
+
+    static void longText(std::string_view text, OutputBlock& out)
     {
         if (!detail::containsByte(text, '\r')) {
             writeQuoted<DoubledQuotes>(text, out);
-            return;
+        } else {
+            out.write('E');
+            writeQuoted<Backslashes>(text, out);
         }
-        out.write('E');
-        writeQuoted<Backslashes>(text, out);
     }
 
     static void bytes(std::string_view bytes, OutputBlock& out)
     {
-        detail::writeShort("'\\x", out);
+        out.write("'\\x");
         detail::writeHex(bytes, out);
         writeQuote(out);
     }
@@ -128,14 +148,17 @@ struct PostgreSqlForm {
     }
 };
 
-struct MySqlForm {
+struct MySqlForm : detail::CommonForm {
     static constexpr char Quote = quote;
     static constexpr char Between = ' ';
-    static constexpr std::string_view Null = "NULL";
-    static constexpr std::string_view True = "1";
-    static constexpr std::string_view False = "0";
+    static constexpr detail::ShortWord Null = "NULL";
+    static constexpr detail::ShortWord True = "1";
+    static constexpr detail::ShortWord False = "0";
 
-    static void text(std::string_view text, OutputBlock& out) { writeQuoted<Backslashes>(text, out); }
+    static constexpr std::size_t Longest = Backslashes::Longest;
+
+    static char* shortText(char* to, std::string_view text) { return putQuoted<Backslashes>(to, text); }
+    static void longText(std::string_view text, OutputBlock& out) { writeQuoted<Backslashes>(text, out); }
     static void bytes(std::string_view bytes, OutputBlock& out) { writeBlob(bytes, out); }
 
     /// With an exponent always: a number without one would be a decimal first, which has no -0.
@@ -221,19 +244,25 @@ private:
     std::string_view Text;
 };
 
-struct SqliteForm {
+struct SqliteForm : detail::CommonForm {
     static constexpr char Quote = quote;
     static constexpr char Between = ' ';
-    static constexpr std::string_view Null = "NULL";
-    static constexpr std::string_view True = "1";
-    static constexpr std::string_view False = "0";
+    static constexpr detail::ShortWord Null = "NULL";
+    static constexpr detail::ShortWord True = "1";
+    static constexpr detail::ShortWord False = "0";
 
-    static void text(std::string_view text, OutputBlock& out)
+    static constexpr std::size_t Longest = DoubledQuotes::Longest;
+
+    static bool isLong(const Cell& cell)
     {
-        const auto changed = [](detail::SixteenBytes bytes) {
-            return std::bit_cast<detail::SixteenBytes>((bytes == '\r') | (bytes == 0));
-        };
-        if (detail::containsAny(text, changed)) {
+        return CommonForm::isLong(cell) || (cell.Kind == CellKind::Text && isReplaced(cell.Text));
+    }
+
+    static char* shortText(char* to, std::string_view text) { return putQuoted<DoubledQuotes>(to, text); }
+
+    static void longText(std::string_view text, OutputBlock& out)
+    {
+        if (isReplaced(text)) {
             SqliteText(text).write(out);
         } else {
             writeQuoted<DoubledQuotes>(text, out);
@@ -241,6 +270,13 @@ struct SqliteForm {
     }
 
     static void bytes(std::string_view bytes, OutputBlock& out) { writeBlob(bytes, out); }
+
+    static bool isReplaced(std::string_view text)
+    {
+        return detail::containsAny(text, [](detail::SixteenBytes bytes) {
+            return std::bit_cast<detail::SixteenBytes>((bytes == '\r') | (bytes == 0));
+        });
+    }
 
     /// Never a whole number, which would be an integer in a column without a type.
     static char* real(char* to, double value)
@@ -259,33 +295,23 @@ template <class Form>
 void writeValues(const std::vector<Cell>& cells, OutputBlock& out)
 {
     out.write('(');
-    for (const Cell& cell : cells) {
-        detail::writeCell<Form>(cell, out);
-        out.write(',');
-    }
-    // The row ends where the last comma is.
-    char* const end = out.reserve(0);
-    end[-1] = ')';
+    detail::writeCells<Form>(cells, ',', ')', out);
 }
 
+/// In a column without a type, digits that no number of SQLite holds become a text.
 void writeSqliteValues(const TableLayout& layout, const std::vector<Cell>& cells, OutputBlock& out)
 {
+    Cell digits;
+    const auto seen = [&](std::size_t column, const Cell& cell) -> const Cell& {
+        if (cell.Kind != CellKind::Number || !layout.columns()[column].Type.empty() ||
+            detail::sqliteFormOf(cell.Text) != detail::SqliteForm::Text) {
+            return cell;
+        }
+        digits = Cell::text(cell.Text);
+        return digits;
+    };
     out.write('(');
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        const Cell& cell = cells[i];
-        const bool asText = cell.Kind == CellKind::Number && layout.columns()[i].Type.empty() &&
-                            detail::sqliteFormOf(cell.Text) == detail::SqliteForm::Text;
-        if (asText) {
-            writeQuote(out);
-        }
-        detail::writeCell<SqliteForm>(cell, out);
-        if (asText) {
-            writeQuote(out);
-        }
-        out.write(',');
-    }
-    char* const end = out.reserve(0);
-    end[-1] = ')';
+    detail::writeCells<SqliteForm>(cells, ',', ')', out, seen);
 }
 
 }  // namespace

@@ -51,14 +51,24 @@ struct JsonEscapes {
     }
 };
 
-struct JsonForm {
+struct JsonForm : detail::CommonForm {
     static constexpr char Quote = '"';
     static constexpr char Between = 'T';
-    static constexpr std::string_view Null = "null";
-    static constexpr std::string_view True = "true";
-    static constexpr std::string_view False = "false";
+    static constexpr detail::ShortWord Null = "null";
+    static constexpr detail::ShortWord True = "true";
+    static constexpr detail::ShortWord False = "false";
 
-    static void text(std::string_view text, OutputBlock& out) { writeJsonText(text, out); }
+    static constexpr std::size_t Longest = JsonEscapes::Longest;
+
+    static char* shortText(char* to, std::string_view text)
+    {
+        *to++ = '"';
+        to = detail::putShort<JsonEscapes>(to, text);
+        *to++ = '"';
+        return to;
+    }
+
+    static void longText(std::string_view text, OutputBlock& out) { writeJsonText(text, out); }
 
     static void bytes(std::string_view bytes, OutputBlock& out)
     {
@@ -108,7 +118,7 @@ void JsonRow::write(const Record& record, OutputBlock& out) const
         out.write(Leads[i]);
         detail::writeCell<JsonForm>(record.Cells[i], out);
     }
-    detail::writeShort("}\n", out);
+    out.write("}\n");
 }
 
 }  // namespace kd_lib::exchange

@@ -2,29 +2,64 @@
 /// The text of a cell, in the form that a target takes.
 #pragma once
 
+#include "escape.h"
 #include "moments.h"
 
 #include <kd_lib/detail/bytes.h>
 #include <kd_lib/exchange/cell.h>
 #include <kd_lib/exchange/outputblock.h>
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <string_view>
+#include <vector>
 
 namespace kd_lib::exchange::detail {
 
-// A form is a class with
-//   static constexpr char Quote             around dates and times; 0: nothing
-//   static constexpr char Between           between the date and the time of a timestamp
-//   static constexpr std::string_view Null, True, False
-//   static void text(std::string_view, OutputBlock&)
-//   static void bytes(std::string_view, OutputBlock&)
-//   static char* real(char* to, double)     writes at most `realSize` bytes
+/// A word of up to eight bytes, which is written without a look at its length.
+class ShortWord {
+public:
+    template <std::size_t Size>
+    consteval ShortWord(const char (&word)[Size]) : Length(Size - 1)
+    {
+        static_assert(Size - 1 <= sizeof(Bytes));
+        std::copy_n(word, Size - 1, Bytes.begin());
+    }
 
-/// The longest text of a double, with quotes.
+    /// `to` has room for eight bytes.
+    char* put(char* to) const
+    {
+        kd_lib::detail::putValue(to, Bytes);
+        return to + Length;
+    }
+
+private:
+    std::array<char, 8> Bytes = {};
+    std::size_t Length;
+};
+
+// A form is a child of `CommonForm` with
+//   static constexpr char Quote         around dates and times; 0: nothing
+//   static constexpr char Between       between the date and the time of a timestamp
+//   static constexpr ShortWord Null, True, False
+//   static constexpr std::size_t Longest
+//   static char* shortText(char* to, std::string_view)    of up to `shortSize` bytes; writes at most `Longest` times as
+//                                                         many, and `roomAround`
+//   static void longText(std::string_view, OutputBlock&)  of any length
+//   static void bytes(std::string_view, OutputBlock&)
+//   static char* real(char* to, double)                   writes at most `realSize` bytes
+
+/// For quotes and a separator.
+constexpr std::size_t roomAround = 16;
+
+/// The longest text of a double, with what is around it.
 constexpr std::size_t realSize = 40;
+
+/// What a cell takes that is written in place.
+template <class Form>
+constexpr std::size_t roomOfCell = shortSize * Form::Longest + roomAround + realSize;
 
 /// The shortest digits that give this finite value back.
 inline char* putReal(char* to, double value)
@@ -51,53 +86,90 @@ char* putMoment(char* to, const Cell& cell)
     return to;
 }
 
-inline void writeShort(std::string_view word, OutputBlock& out)
+/// What most forms have in common.
+struct CommonForm {
+    /// True for a cell that may take more than the room of a cell.
+    static bool isLong(const Cell& cell)
+    {
+        return cell.Kind == CellKind::Bytes ||
+               ((cell.Kind == CellKind::Text || cell.Kind == CellKind::Number) && cell.Text.size() > shortSize);
+    }
+};
+
+/// Writes a cell that is not long; `to` has room for one.
+template <class Form>
+char* putCell(char* to, const Cell& cell)
 {
-    out.advance(kd_lib::detail::copyBytes(out.reserve(word.size()), word));
+    switch (cell.Kind) {
+    case CellKind::Text:
+        return Form::shortText(to, cell.Text);
+    case CellKind::Number:
+        return putShort<NoEscapes>(to, cell.Text);
+    case CellKind::Boolean:
+        return (cell.Boolean ? Form::True : Form::False).put(to);
+    case CellKind::Date:
+    case CellKind::Time:
+    case CellKind::Timestamp:
+        return putMoment<Form>(to, cell);
+    case CellKind::Float:
+        return Form::real(to, cell.Float);
+    case CellKind::Bytes:
+    case CellKind::Null:
+    case CellKind::Unreadable:
+        break;
+    }
+    return Form::Null.put(to);
+}
+
+template <class Form>
+void writeLongCell(const Cell& cell, OutputBlock& out)
+{
+    if (cell.Kind == CellKind::Text) {
+        Form::longText(cell.Text, out);
+    } else if (cell.Kind == CellKind::Number) {
+        out.write(cell.Text);
+    } else {
+        Form::bytes(cell.Text, out);
+    }
 }
 
 template <class Form>
 void writeCell(const Cell& cell, OutputBlock& out)
 {
-    switch (cell.Kind) {
-    case CellKind::Text:
-        Form::text(cell.Text, out);
-        break;
-    case CellKind::Number:
-        out.write(cell.Text);
-        break;
-    case CellKind::Boolean:
-        writeShort(cell.Boolean ? Form::True : Form::False, out);
-        break;
-    case CellKind::Date:
-    case CellKind::Time:
-    case CellKind::Timestamp:
-        out.advance(putMoment<Form>(out.reserve(timestampSize + 2), cell));
-        break;
-    case CellKind::Float:
-        out.advance(Form::real(out.reserve(realSize), cell.Float));
-        break;
-    case CellKind::Bytes:
-        Form::bytes(cell.Text, out);
-        break;
-    case CellKind::Null:
-    case CellKind::Unreadable:
-        writeShort(Form::Null, out);
-        break;
+    if (Form::isLong(cell)) {
+        writeLongCell<Form>(cell, out);
+    } else {
+        out.advance(putCell<Form>(out.reserve(roomOfCell<Form>), cell));
     }
 }
 
-/// The cells with `separator` between them, and `end` after them.
-template <class Form>
-void writeLine(const std::vector<Cell>& cells, char separator, OutputBlock& out)
+/// Writes the cells with `separator` between them, and `end` after the last. `seen(index, cell)` returns the cell that
+/// is written in place of the one at an index.
+template <class Form, class Seen>
+void writeCells(const std::vector<Cell>& cells, char separator, char end, OutputBlock& out, Seen seen)
 {
-    for (const Cell& cell : cells) {
-        writeCell<Form>(cell, out);
-        out.write(separator);
+    // Room for all cells at once: nothing is asked or stored between them.
+    const std::size_t room = cells.size() * roomOfCell<Form>;
+    char* to = out.reserve(room);
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        const Cell& cell = seen(i, cells[i]);
+        if (Form::isLong(cell)) {
+            out.advance(to);
+            writeLongCell<Form>(cell, out);
+            to = out.reserve(room);
+        } else {
+            to = putCell<Form>(to, cell);
+        }
+        *to++ = separator;
     }
-    // The line ends where the last separator is.
-    char* const end = out.reserve(0);
-    end[-1] = '\n';
+    to[-1] = end;
+    out.advance(to);
+}
+
+template <class Form>
+void writeCells(const std::vector<Cell>& cells, char separator, char end, OutputBlock& out)
+{
+    writeCells<Form>(cells, separator, end, out, [](std::size_t, const Cell& cell) -> const Cell& { return cell; });
 }
 
 }  // namespace kd_lib::exchange::detail

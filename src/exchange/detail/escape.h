@@ -7,6 +7,7 @@
 #include <kd_lib/detail/bytes.h>
 #include <kd_lib/exchange/outputblock.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -17,8 +18,60 @@ namespace kd_lib::exchange::detail {
 //   static constexpr std::size_t Longest      the most bytes that one byte becomes,
 //   static char* put(char* to, char byte)     writes a byte, differently where it has to be; returns the end.
 
+/// Writes all bytes as they are.
+struct NoEscapes {
+    static constexpr std::size_t Longest = 1;
+    static SixteenBytes marks(SixteenBytes) { return SixteenBytes{}; }
+    static char* put(char* to, char byte)
+    {
+        *to = byte;
+        return to + 1;
+    }
+};
+
+/// The texts of most cells are not longer. They are copied while they are looked at.
+constexpr std::size_t shortSize = 32;
+
 /// Longer texts are written in pieces of this size, so that the block stays small.
 constexpr std::size_t pieceSize = 16384;
+
+/// Copies a text of up to `shortSize` bytes. False where a byte is marked; what was copied is void then.
+template <class Way>
+bool copyUnmarked(char* to, std::string_view text)
+{
+    using kd_lib::detail::FourHalfWords;
+    using kd_lib::detail::HalfWord;
+    using kd_lib::detail::putValue;
+    using kd_lib::detail::valueAt;
+    const char* const from = text.data();
+    const std::size_t size = text.size();
+    if (size >= sizeof(SixteenBytes)) {
+        const auto first = valueAt<SixteenBytes>(from);
+        const auto last = valueAt<SixteenBytes>(from + size - sizeof last);
+        putValue(to, first);
+        putValue(to + size - sizeof last, last);
+        return !anySet(Way::marks(first) | Way::marks(last));
+    }
+    if (size >= sizeof(HalfWord)) {
+        // One way for all these sizes is faster than the shortest for each: they mix in most columns.
+        const std::size_t second = size / 8 * 4;
+        const std::size_t last = size - 4;
+        const FourHalfWords words = {valueAt<HalfWord>(from), valueAt<HalfWord>(from + second),
+                                     valueAt<HalfWord>(from + last - second), valueAt<HalfWord>(from + last)};
+        putValue(to, words[0]);
+        putValue(to + second, words[1]);
+        putValue(to + last - second, words[2]);
+        putValue(to + last, words[3]);
+        return !anySet(Way::marks(std::bit_cast<SixteenBytes>(words)));
+    }
+    if (size == 0) {
+        return true;
+    }
+    to[0] = from[0];
+    to[size / 2] = from[size / 2];
+    to[size - 1] = from[size - 1];
+    return !anySet(Way::marks(spread(text)));
+}
 
 /// Writes a text that is not longer than a piece; `to` has room for `Way::Longest` times as much.
 template <class Way>
@@ -46,17 +99,21 @@ char* putEscaped(char* to, std::string_view piece)
     return to;
 }
 
+/// Writes a text of up to `shortSize` bytes; `to` has room for `Way::Longest` times as much.
+template <class Way>
+char* putShort(char* to, std::string_view text)
+{
+    return copyUnmarked<Way>(to, text) ? to + text.size() : putEscaped<Way>(to, text);
+}
+
 /// Writes a text of any length.
 template <class Way>
 void writeEscaped(std::string_view text, OutputBlock& out)
 {
-    if (text.size() <= pieceSize && !containsAny(text, Way::marks)) {
-        out.advance(kd_lib::detail::copyBytes(out.reserve(text.size()), text));
-        return;
-    }
-    for (; !text.empty(); text.remove_prefix(text.size() < pieceSize ? text.size() : pieceSize)) {
+    while (!text.empty()) {
         const std::string_view piece = text.substr(0, pieceSize);
         out.advance(putEscaped<Way>(out.reserve(piece.size() * Way::Longest), piece));
+        text.remove_prefix(piece.size());
     }
 }
 

@@ -67,9 +67,72 @@ const char* againstFinite(double value, bool infinities)
 
 void FitChecks::add(std::size_t column, FitCheck check)
 {
-    if (check.Rule != FitRule::Everything) {
-        Checks.push_back({column, check});
+    constexpr std::size_t anySize = std::numeric_limits<std::size_t>::max();
+    const std::size_t limit = check.Limit;
+    switch (check.Rule) {
+    case FitRule::Everything:
+        return;
+    case FitRule::Characters:
+        OfAnyBytes.push_back({column, limit});
+        break;
+    case FitRule::NoZeroByte:
+        WithoutZeroByte.push_back({column, limit != 0 ? limit : anySize});
+        break;
+    case FitRule::Whole32:
+        WithoutPoint.push_back({column, std::numeric_limits<std::int32_t>::digits10});
+        break;
+    case FitRule::Whole64:
+        WithoutPoint.push_back({column, std::numeric_limits<std::int64_t>::digits10});
+        break;
+    case FitRule::Decimal:
+        if (check.Decimals == 0) {
+            WithoutPoint.push_back({column, limit});
+        } else {
+            OfAnyBytes.push_back({column, std::min<std::size_t>(limit, check.Decimals + digitAndPoint)});
+        }
+        break;
+    case FitRule::PostgreSqlNumeric:
+        OfAnyBytes.push_back({column, digitsOfPostgreSqlAfterPoint});
+        break;
+    case FitRule::ExactAsDouble:
+    case FitRule::DoubleOrText:
+        OfAnyBytes.push_back({column, std::numeric_limits<double>::digits10});
+        break;
+    case FitRule::NoNan:
+    case FitRule::Finite:
+        Floats.push_back(column);
+        break;
     }
+    Checks.push_back({column, check});
+}
+
+bool FitChecks::fitsPlainly(const Record& record) const
+{
+    const std::vector<Cell>& cells = record.Cells;
+    SixteenBytes marks = {};
+    bool sizes = true;
+    for (const PlainSize& plain : WithoutZeroByte) {
+        const Cell& cell = cells[plain.Column];
+        if (cell.Kind == CellKind::Text) {
+            marks |= marksOf(cell.Text, '\0');
+            sizes &= cell.Text.size() <= plain.Size;
+        }
+    }
+    for (const PlainSize& plain : WithoutPoint) {
+        const Cell& cell = cells[plain.Column];
+        if (cell.Kind == CellKind::Number) {
+            marks |= marksOf(cell.Text, '.');
+            sizes &= cell.Text.size() <= plain.Size;
+        }
+    }
+    for (const PlainSize& plain : OfAnyBytes) {
+        const Cell& cell = cells[plain.Column];
+        sizes &= (cell.Kind != CellKind::Text && cell.Kind != CellKind::Number) || cell.Text.size() <= plain.Size;
+    }
+    for (const std::size_t column : Floats) {
+        sizes &= cells[column].Kind != CellKind::Float || std::isfinite(cells[column].Float);
+    }
+    return sizes && !anySet(marks);
 }
 
 const char* FitChecks::reasonAgainst(ColumnCheck& check, Cell& cell)
@@ -87,14 +150,8 @@ const char* FitChecks::reasonAgainst(ColumnCheck& check, Cell& cell)
     case FitRule::Whole64:
         return againstWhole<std::int64_t>(cell.Text);
     case FitRule::Decimal:
-        if (cell.Text.size() <= limits.Limit && cell.Text.size() <= limits.Decimals + digitAndPoint) {
-            return nullptr;
-        }
         return againstDigits(cell.Text, limits.Limit, limits.Decimals);
     case FitRule::PostgreSqlNumeric:
-        if (cell.Text.size() <= digitsOfPostgreSqlAfterPoint) {
-            return nullptr;
-        }
         return againstDigits(cell.Text, digitsOfPostgreSqlBeforePoint, digitsOfPostgreSqlAfterPoint);
     case FitRule::ExactAsDouble:
         return isExactAsDouble(cell.Text) ? nullptr : tooManyDigits;
@@ -109,7 +166,7 @@ const char* FitChecks::reasonAgainst(ColumnCheck& check, Cell& cell)
     return nullptr;
 }
 
-void FitChecks::apply(Record& record)
+void FitChecks::applyEach(Record& record)
 {
     for (ColumnCheck& check : Checks) {
         Cell& cell = record.Cells[check.Column];

@@ -31,13 +31,19 @@ struct FitCheck {
     std::uint32_t Decimals = 0;
 };
 
-/// The checks of a target's columns, chosen once: columns that hold everything cost nothing.
+/// The checks of a target's columns, chosen once. A record in which every cell is plainly small enough is looked at
+/// in one pass without a decision per cell; that is nearly every record.
 class FitChecks {
 public:
     void add(std::size_t column, FitCheck check);
 
     /// Rejects the cells that do not fit. Decimals that are all zeros are taken off whole numbers.
-    void apply(Record& record);
+    void apply(Record& record)
+    {
+        if (!Checks.empty() && !fitsPlainly(record)) {
+            applyEach(record);
+        }
+    }
 
     /// How many numbers of this column were too long for a double, and are kept as text.
     std::uint64_t keptAsText(std::size_t column) const;
@@ -49,9 +55,21 @@ private:
         std::uint64_t KeptAsText = 0;
     };
 
+    /// A text or number of up to `Size` bytes fits, unless it has the byte that its list looks for.
+    struct PlainSize {
+        std::size_t Column;
+        std::size_t Size;
+    };
+
     static const char* reasonAgainst(ColumnCheck& check, Cell& cell);
+    bool fitsPlainly(const Record& record) const;
+    void applyEach(Record& record);
 
     std::vector<ColumnCheck> Checks;
+    std::vector<PlainSize> WithoutZeroByte;
+    std::vector<PlainSize> WithoutPoint;
+    std::vector<PlainSize> OfAnyBytes;
+    std::vector<std::size_t> Floats;
 };
 
 /// The checks of a target that has neither NaN nor infinities.

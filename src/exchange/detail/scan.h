@@ -58,6 +58,23 @@ bool containsAny(std::string_view text, IsSpecial isSpecial)
     return anySet(isSpecial(valueAt<SixteenBytes>(bytes + size - step)));
 }
 
+/// Marks, at some place, whether `text` has a byte.
+inline SixteenBytes marksOf(std::string_view text, unsigned char byte)
+{
+    using kd_lib::detail::valueAt;
+    constexpr std::size_t step = sizeof(SixteenBytes);
+    const auto marked = [byte](SixteenBytes bytes) { return std::bit_cast<SixteenBytes>(bytes == byte); };
+    const std::size_t size = text.size();
+    if (size < step) {
+        return size != 0 ? marked(spread(text)) : SixteenBytes{};
+    }
+    SixteenBytes marks = marked(valueAt<SixteenBytes>(text.data() + size - step));
+    for (std::size_t at = 0; at + step < size; at += step) {
+        marks |= marked(valueAt<SixteenBytes>(text.data() + at));
+    }
+    return marks;
+}
+
 inline bool containsByte(std::string_view text, unsigned char byte)
 {
     return containsAny(text, [byte](SixteenBytes bytes) { return std::bit_cast<SixteenBytes>(bytes == byte); });
