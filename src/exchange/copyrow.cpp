@@ -23,6 +23,8 @@ struct Backslashes {
         return std::bit_cast<SixteenBytes>(ZeroToo ? marked | (bytes == 0) : marked);
     }
 
+    static std::uint32_t plainMarks(const detail::Lanes& lanes) { return lanes.equal('\\'); }
+
     static char* put(char* to, char byte)
     {
         const auto escaped = [to](char letter) {
@@ -61,7 +63,12 @@ struct CopyForm : detail::CommonForm {
     using Way = Backslashes<false>;
     static constexpr std::size_t Longest = Way::Longest;
 
-    static char* shortText(char* to, std::string_view text) { return detail::putShort<Way>(to, text); }
+    template <bool Plain>
+    static char* shortText(char* to, std::string_view text)
+    {
+        return detail::putShort<Way, Plain>(to, text);
+    }
+
     static void longText(std::string_view text, OutputBlock& out) { detail::writeEscaped<Way>(text, out); }
 
     static void bytes(std::string_view bytes, OutputBlock& out)
@@ -90,7 +97,12 @@ struct LoadDataForm : detail::CommonForm {
     using Way = Backslashes<true>;
     static constexpr std::size_t Longest = Way::Longest;
 
-    static char* shortText(char* to, std::string_view text) { return detail::putShort<Way>(to, text); }
+    template <bool Plain>
+    static char* shortText(char* to, std::string_view text)
+    {
+        return detail::putShort<Way, Plain>(to, text);
+    }
+
     static void longText(std::string_view text, OutputBlock& out) { detail::writeEscaped<Way>(text, out); }
     static void bytes(std::string_view bytes, OutputBlock& out) { longText(bytes, out); }
     static char* real(char* to, double value) { return detail::putReal(to, value); }
@@ -100,12 +112,12 @@ struct LoadDataForm : detail::CommonForm {
 
 void writeCopyRow(const Record& record, OutputBlock& out)
 {
-    detail::writeCells<CopyForm>(record.Cells, '\t', '\n', out);
+    detail::writeCells<CopyForm>(record, '\t', '\n', out);
 }
 
 void writeLoadDataRow(const Record& record, OutputBlock& out)
 {
-    detail::writeCells<LoadDataForm>(record.Cells, '\t', '\n', out);
+    detail::writeCells<LoadDataForm>(record, '\t', '\n', out);
 }
 
 }  // namespace kd_lib::exchange

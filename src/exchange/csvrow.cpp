@@ -20,6 +20,8 @@ struct DoubledQuotes {
         return std::bit_cast<detail::SixteenBytes>((bytes == '"') | (bytes == ',') | (bytes == '\n') | (bytes == '\r'));
     }
 
+    static std::uint32_t plainMarks(const detail::Lanes& lanes) { return lanes.equal('"') | lanes.equal(','); }
+
     static char* put(char* to, char byte)
     {
         *to++ = byte;
@@ -39,9 +41,12 @@ struct CsvForm : detail::CommonForm {
 
     static constexpr std::size_t Longest = DoubledQuotes::Longest;
 
+    template <bool Plain>
     static char* shortText(char* to, std::string_view text)
     {
-        if (!text.empty() && detail::copyUnmarked<DoubledQuotes>(to, text)) {
+        const bool unmarked =
+            Plain ? detail::copyUnmarkedPlain<DoubledQuotes>(to, text) : detail::copyUnmarked<DoubledQuotes>(to, text);
+        if (unmarked && !text.empty()) {
             return to + text.size();
         }
         *to++ = '"';
@@ -78,7 +83,7 @@ void writeCsvText(std::string_view text, OutputBlock& out)
 
 void writeCsvRow(const Record& record, OutputBlock& out)
 {
-    detail::writeCells<CsvForm>(record.Cells, ',', '\n', out);
+    detail::writeCells<CsvForm>(record, ',', '\n', out);
 }
 
 }  // namespace kd_lib::exchange

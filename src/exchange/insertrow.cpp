@@ -31,6 +31,8 @@ struct DoubledQuotes {
         return std::bit_cast<detail::SixteenBytes>(bytes == quote);
     }
 
+    static std::uint32_t plainMarks(const detail::Lanes& lanes) { return lanes.equal(quote); }
+
     static char* put(char* to, char byte)
     {
         *to++ = byte;
@@ -49,6 +51,8 @@ struct Backslashes {
     {
         return std::bit_cast<detail::SixteenBytes>((bytes == quote) | (bytes == '\\') | (bytes == '\r') | (bytes == 0));
     }
+
+    static std::uint32_t plainMarks(const detail::Lanes& lanes) { return lanes.equal(quote) | lanes.equal('\\'); }
 
     static char* put(char* to, char byte)
     {
@@ -73,11 +77,11 @@ struct Backslashes {
     }
 };
 
-template <class Way>
+template <class Way, bool Plain>
 char* putQuoted(char* to, std::string_view text)
 {
     *to++ = quote;
-    to = detail::putShort<Way>(to, text);
+    to = detail::putShort<Way, Plain>(to, text);
     *to++ = quote;
     return to;
 }
@@ -107,13 +111,14 @@ struct PostgreSqlForm : detail::CommonForm {
 
     static constexpr std::size_t Longest = 2;
 
+    template <bool Plain>
     static char* shortText(char* to, std::string_view text)
     {
-        if (!detail::containsByte(text, '\r')) {
-            return putQuoted<DoubledQuotes>(to, text);
+        if (Plain || !detail::containsByte(text, '\r')) {
+            return putQuoted<DoubledQuotes, Plain>(to, text);
         }
         *to++ = 'E';
-        return putQuoted<Backslashes>(to, text);
+        return putQuoted<Backslashes, Plain>(to, text);
     }
 
     static void longText(std::string_view text, OutputBlock& out)
@@ -157,7 +162,12 @@ struct MySqlForm : detail::CommonForm {
 
     static constexpr std::size_t Longest = Backslashes::Longest;
 
-    static char* shortText(char* to, std::string_view text) { return putQuoted<Backslashes>(to, text); }
+    template <bool Plain>
+    static char* shortText(char* to, std::string_view text)
+    {
+        return putQuoted<Backslashes, Plain>(to, text);
+    }
+
     static void longText(std::string_view text, OutputBlock& out) { writeQuoted<Backslashes>(text, out); }
     static void bytes(std::string_view bytes, OutputBlock& out) { writeBlob(bytes, out); }
 
@@ -258,7 +268,11 @@ struct SqliteForm : detail::CommonForm {
         return CommonForm::isLong(cell) || (cell.Kind == CellKind::Text && isReplaced(cell.Text));
     }
 
-    static char* shortText(char* to, std::string_view text) { return putQuoted<DoubledQuotes>(to, text); }
+    template <bool Plain>
+    static char* shortText(char* to, std::string_view text)
+    {
+        return putQuoted<DoubledQuotes, Plain>(to, text);
+    }
 
     static void longText(std::string_view text, OutputBlock& out)
     {
@@ -292,14 +306,14 @@ struct SqliteForm : detail::CommonForm {
 };
 
 template <class Form>
-void writeValues(const std::vector<Cell>& cells, OutputBlock& out)
+void writeValues(const Record& record, OutputBlock& out)
 {
     out.write('(');
-    detail::writeCells<Form>(cells, ',', ')', out);
+    detail::writeCells<Form>(record, ',', ')', out);
 }
 
 /// In a column without a type, digits that no number of SQLite holds become a text.
-void writeSqliteValues(const TableLayout& layout, const std::vector<Cell>& cells, OutputBlock& out)
+void writeSqliteValues(const TableLayout& layout, const Record& record, OutputBlock& out)
 {
     Cell digits;
     const auto seen = [&](std::size_t column, const Cell& cell) -> const Cell& {
@@ -311,7 +325,7 @@ void writeSqliteValues(const TableLayout& layout, const std::vector<Cell>& cells
         return digits;
     };
     out.write('(');
-    detail::writeCells<SqliteForm>(cells, ',', ')', out, seen);
+    detail::writeCells<SqliteForm>(record, ',', ')', out, seen);
 }
 
 }  // namespace
@@ -320,13 +334,13 @@ void writeInsertRow(const TableLayout& layout, const Record& record, OutputBlock
 {
     switch (layout.dialect().Is) {
     case Engine::Sqlite:
-        writeSqliteValues(layout, record.Cells, out);
+        writeSqliteValues(layout, record, out);
         break;
     case Engine::PostgreSql:
-        writeValues<PostgreSqlForm>(record.Cells, out);
+        writeValues<PostgreSqlForm>(record, out);
         break;
     case Engine::MySql:
-        writeValues<MySqlForm>(record.Cells, out);
+        writeValues<MySqlForm>(record, out);
         break;
     }
 }

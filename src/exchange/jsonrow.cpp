@@ -22,6 +22,8 @@ struct JsonEscapes {
         return std::bit_cast<detail::SixteenBytes>((bytes == '"') | (bytes == '\\') | (bytes < 0x20));
     }
 
+    static std::uint32_t plainMarks(const detail::Lanes& lanes) { return lanes.equal('"') | lanes.equal('\\'); }
+
     static char* put(char* to, char byte)
     {
         switch (byte) {
@@ -60,10 +62,11 @@ struct JsonForm : detail::CommonForm {
 
     static constexpr std::size_t Longest = JsonEscapes::Longest;
 
+    template <bool Plain>
     static char* shortText(char* to, std::string_view text)
     {
         *to++ = '"';
-        to = detail::putShort<JsonEscapes>(to, text);
+        to = detail::putShort<JsonEscapes, Plain>(to, text);
         *to++ = '"';
         return to;
     }

@@ -10,6 +10,7 @@ bool Source::next()
 {
     Current.Columns = &Columns;
     Current.Flaws.clear();
+    Current.Plain = false;
     return read();
 }
 

@@ -349,6 +349,24 @@ TEST_F(DbfSourceTest, ValuesLiveUntilTheNextRecord)
                                    "1.50", "-0.5"}}));
 }
 
+TEST_F(DbfSourceTest, RecordsOfPrintableAsciiArePlain)
+{
+    using namespace std::string_literals;
+    const auto plain = [this](const std::string& text, const std::string& number) {
+        XbaseFile file(3, {{"A", 'C', 20}, {"N", 'N', 5}});
+        const auto source = openSource(write(file.record({text, number})));
+        EXPECT_TRUE(source->next());
+        return source->record().Plain;
+    };
+    EXPECT_TRUE(plain("abc ~", "12.5"));
+    EXPECT_TRUE(plain("", ""));
+    EXPECT_FALSE(plain("a\0c"s, "1"));
+    EXPECT_FALSE(plain("a\tc", "1"));
+    EXPECT_FALSE(plain("sixteen bytes and\n", "1"));
+    EXPECT_FALSE(plain("\xE4", "1"));
+    EXPECT_FALSE(plain("abc", "1E3")) << "its digits are not in the record";
+}
+
 TEST_F(DbfSourceTest, DBase2)
 {
     XbaseFile file(2, {{"ZIP:CODE", 'C', 5}, {"QTY", 'N', 4}, {"OK", 'L', 1}});

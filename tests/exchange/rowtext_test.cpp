@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -204,6 +205,46 @@ TEST(RowText, FindsSpecialBytesWhereverTheyAre)
             std::string escaped = from;
             escaped.replace(at, 1, "\\t");
             ASSERT_EQ(copyOf(Cell::text(from)), escaped + '\n');
+        }
+    }
+}
+
+/// A plain record takes another way to the same text.
+TEST(RowText, PlainRecordsAreWrittenAlike)
+{
+    const std::string specials = "a\"',\\b";
+    const TableLayout sqlite(dialectOf(Engine::Sqlite), "t.dbf", {columnOf("a", ColumnType::Text)}, {});
+    const TableLayout postgreSql(dialectOf(Engine::PostgreSql), "t.dbf", {columnOf("a", ColumnType::Text)}, {});
+    const TableLayout mySql(dialectOf(Engine::MySql), "t.dbf", {columnOf("a", ColumnType::Text)}, {});
+    const auto textOf = [&](const Record& record) {
+        TextBlock out;
+        writeCopyRow(record, out);
+        writeLoadDataRow(record, out);
+        writeCsvRow(record, out);
+        JsonRow({"a", "b"}).write(record, out);
+        for (const TableLayout* layout : {&postgreSql, &mySql}) {
+            writeInsertRow(*layout, record, out);
+        }
+        return out.text();
+    };
+    for (std::size_t size = 0; size <= 40; ++size) {
+        // Characters after the end of the text are not its own.
+        std::string room(80, '"');
+        for (std::size_t at = 0; at <= size; ++at) {
+            for (const char special : specials) {
+                std::fill_n(room.begin(), size, 'x');
+                room[at] = special;
+                Record record = recordOf({Cell::text(std::string_view(room).substr(0, size)), Cell::number("12.5")});
+                std::string number("-120.5          ................", 32);
+                record.Cells[1].Text = std::string_view(number).substr(0, 6);
+                const std::string expected = textOf(record);
+                record.Plain = true;
+                ASSERT_EQ(textOf(record), expected) << size << ' ' << at << ' ' << special;
+                record.Cells.pop_back();
+                TextBlock out;
+                writeInsertRow(sqlite, record, out);
+                ASSERT_EQ(out.text(), literalOf(Engine::Sqlite, record.Cells[0]));
+            }
         }
     }
 }

@@ -394,6 +394,26 @@ TEST(TableLayoutFit, Texts)
     EXPECT_EQ(fitted(postgreSql, c3, Cell::null()), "");
 }
 
+TEST(TableLayoutFit, LooksAtPlainRecordsToo)
+{
+    const std::vector<Column> columns = {column("a", ColumnType::Text, 3), column("b", ColumnType::Number, 9)};
+    TableLayout layout(postgreSql, "a.dbf", columns, {});
+    const std::string room = "abcd1.5.............................................................";
+    const auto flaws = [&](std::size_t textSize, std::size_t numberSize) {
+        Record record;
+        record.Columns = &columns;
+        record.Plain = true;
+        record.Cells = {Cell::text(std::string_view(room).substr(0, textSize)),
+                        Cell::number(std::string_view(room).substr(4, numberSize))};
+        layout.fit(record);
+        return record.Flaws.size();
+    };
+    EXPECT_EQ(flaws(3, 1), 0U) << "the point after the number is not its own";
+    EXPECT_EQ(flaws(4, 1), 1U);
+    EXPECT_EQ(flaws(3, 3), 1U);
+    EXPECT_EQ(flaws(4, 3), 2U);
+}
+
 TEST(TableLayoutFit, FloatsWithoutDigits)
 {
     const Column b = column("a", ColumnType::Float);

@@ -74,6 +74,11 @@ public:
     std::vector<Cell> Cells;   ///< in the order of the columns
     std::vector<Flaw> Flaws;   ///< empty for nearly all records
 
+    /// A promise of the source that saves work; false promises nothing. True: all texts and numbers of this record are
+    /// of printable ASCII characters, and `PlainRoom` bytes can be read from the beginning of each, whatever its size.
+    bool Plain = false;
+    static constexpr std::size_t PlainRoom = 32;
+
     /// Marks the cell of a column as unreadable. Its text is no longer needed.
     void reject(std::size_t column, std::string_view reason);
 

@@ -6,8 +6,8 @@
 #include "moments.h"
 
 #include <kd_lib/detail/bytes.h>
-#include <kd_lib/exchange/cell.h>
 #include <kd_lib/exchange/outputblock.h>
+#include <kd_lib/exchange/record.h>
 
 #include <array>
 #include <charconv>
@@ -45,6 +45,7 @@ private:
 //   static constexpr char Between       between the date and the time of a timestamp
 //   static constexpr ShortWord Null, True, False
 //   static constexpr std::size_t Longest
+//   template <bool Plain>
 //   static char* shortText(char* to, std::string_view)    of up to `shortSize` bytes; writes at most `Longest` times as
 //                                                         many, and `roomAround`
 //   static void longText(std::string_view, OutputBlock&)  of any length
@@ -59,7 +60,7 @@ constexpr std::size_t realSize = 40;
 
 /// What a cell takes that is written in place.
 template <class Form>
-constexpr std::size_t roomOfCell = shortSize * Form::Longest + roomAround + realSize;
+constexpr std::size_t roomOfCell = shortSize* Form::Longest + roomAround + realSize;
 
 /// The shortest digits that give this finite value back.
 inline char* putReal(char* to, double value)
@@ -96,15 +97,15 @@ struct CommonForm {
     }
 };
 
-/// Writes a cell that is not long; `to` has room for one.
-template <class Form>
+/// Writes a cell that is not long, of a plain record if `Plain`; `to` has room for one.
+template <class Form, bool Plain>
 char* putCell(char* to, const Cell& cell)
 {
     switch (cell.Kind) {
     case CellKind::Text:
-        return Form::shortText(to, cell.Text);
+        return Form::template shortText<Plain>(to, cell.Text);
     case CellKind::Number:
-        return putShort<NoEscapes>(to, cell.Text);
+        return putShort<NoEscapes, Plain>(to, cell.Text);
     case CellKind::Boolean:
         return (cell.Boolean ? Form::True : Form::False).put(to);
     case CellKind::Date:
@@ -139,14 +140,14 @@ void writeCell(const Cell& cell, OutputBlock& out)
     if (Form::isLong(cell)) {
         writeLongCell<Form>(cell, out);
     } else {
-        out.advance(putCell<Form>(out.reserve(roomOfCell<Form>), cell));
+        out.advance(putCell<Form, false>(out.reserve(roomOfCell<Form>), cell));
     }
 }
 
 /// Writes the cells with `separator` between them, and `end` after the last. `seen(index, cell)` returns the cell that
 /// is written in place of the one at an index.
-template <class Form, class Seen>
-void writeCells(const std::vector<Cell>& cells, char separator, char end, OutputBlock& out, Seen seen)
+template <class Form, bool Plain, class Seen>
+void writeCellsOf(const std::vector<Cell>& cells, char separator, char end, OutputBlock& out, Seen seen)
 {
     // Room for all cells at once: nothing is asked or stored between them.
     const std::size_t room = cells.size() * roomOfCell<Form>;
@@ -158,7 +159,7 @@ void writeCells(const std::vector<Cell>& cells, char separator, char end, Output
             writeLongCell<Form>(cell, out);
             to = out.reserve(room);
         } else {
-            to = putCell<Form>(to, cell);
+            to = putCell<Form, Plain>(to, cell);
         }
         *to++ = separator;
     }
@@ -166,10 +167,20 @@ void writeCells(const std::vector<Cell>& cells, char separator, char end, Output
     out.advance(to);
 }
 
-template <class Form>
-void writeCells(const std::vector<Cell>& cells, char separator, char end, OutputBlock& out)
+template <class Form, class Seen>
+void writeCells(const Record& record, char separator, char end, OutputBlock& out, Seen seen)
 {
-    writeCells<Form>(cells, separator, end, out, [](std::size_t, const Cell& cell) -> const Cell& { return cell; });
+    if (record.Plain) {
+        writeCellsOf<Form, true>(record.Cells, separator, end, out, seen);
+    } else {
+        writeCellsOf<Form, false>(record.Cells, separator, end, out, seen);
+    }
+}
+
+template <class Form>
+void writeCells(const Record& record, char separator, char end, OutputBlock& out)
+{
+    writeCells<Form>(record, separator, end, out, [](std::size_t, const Cell& cell) -> const Cell& { return cell; });
 }
 
 }  // namespace kd_lib::exchange::detail

@@ -2,6 +2,7 @@
 /// Texts with a few bytes that are written differently.
 #pragma once
 
+#include "lanes.h"
 #include "scan.h"
 
 #include <kd_lib/detail/bytes.h>
@@ -9,12 +10,15 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace kd_lib::exchange::detail {
 
 // A way to escape is a class with
 //   static SixteenBytes marks(SixteenBytes)   which of sixteen bytes are written differently,
+//   static std::uint32_t plainMarks(const Lanes&)  the same as bits, where all bytes are printable ASCII characters
 //   static constexpr std::size_t Longest      the most bytes that one byte becomes,
 //   static char* put(char* to, char byte)     writes a byte, differently where it has to be; returns the end.
 
@@ -22,6 +26,7 @@ namespace kd_lib::exchange::detail {
 struct NoEscapes {
     static constexpr std::size_t Longest = 1;
     static SixteenBytes marks(SixteenBytes) { return SixteenBytes{}; }
+    static std::uint32_t plainMarks(const Lanes&) { return 0; }
     static char* put(char* to, char byte)
     {
         *to = byte;
@@ -99,11 +104,25 @@ char* putEscaped(char* to, std::string_view piece)
     return to;
 }
 
-/// Writes a text of up to `shortSize` bytes; `to` has room for `Way::Longest` times as much.
+/// `copyUnmarked` for the texts of plain records (`Record::Plain`), without a branch that depends on the size.
 template <class Way>
+bool copyUnmarkedPlain(char* to, std::string_view text)
+{
+    static_assert(shortSize == 2 * Lanes::count);
+    const char* const from = text.data();
+    const std::uint64_t marks =
+        Way::plainMarks(Lanes(from)) | std::uint64_t{Way::plainMarks(Lanes(from + Lanes::count))} << 16U;
+    std::memcpy(to, from, shortSize);
+    return (marks & ((std::uint64_t{1} << text.size()) - 1)) == 0;
+}
+
+/// Writes a text of up to `shortSize` bytes, of a plain record if `Plain`; `to` has room for `shortSize` bytes and for
+/// `Way::Longest` times the text.
+template <class Way, bool Plain>
 char* putShort(char* to, std::string_view text)
 {
-    return copyUnmarked<Way>(to, text) ? to + text.size() : putEscaped<Way>(to, text);
+    const bool unmarked = Plain ? copyUnmarkedPlain<Way>(to, text) : copyUnmarked<Way>(to, text);
+    return unmarked ? to + text.size() : putEscaped<Way>(to, text);
 }
 
 /// Writes a text of any length.

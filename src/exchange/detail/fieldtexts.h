@@ -135,16 +135,25 @@ constexpr std::array<Logical, 256> logicalLetters = [] {
     return letters;
 }();
 
-/// Whether none of the bytes is above 127.
-inline bool isAsciiRecord(const char* bytes, std::size_t length)
+/// What the bytes of a record are.
+struct RecordBytes {
+    bool Ascii;      ///< none is above 127
+    bool Printable;  ///< nor a control character below the blank
+};
+
+inline RecordBytes bytesOfRecord(const char* bytes, std::size_t length)
 {
     std::uint32_t high = 0;
+    std::uint32_t unprintable = 0;
     std::size_t at = 0;
     for (; length - at >= Lanes::count; at += Lanes::count) {
-        high |= Lanes(bytes + at).high();
+        const Lanes lanes(bytes + at);
+        high |= lanes.high();
+        unprintable |= lanes.unprintable();
     }
     const std::uint32_t rest = (1U << (length - at)) - 1;
-    return (high | (Lanes(bytes + at).high() & rest)) == 0;
+    const Lanes last(bytes + at);
+    return {(high | (last.high() & rest)) == 0, (unprintable | (last.unprintable() & rest)) == 0};
 }
 
 }  // namespace kd_lib::exchange::detail

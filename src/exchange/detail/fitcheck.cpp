@@ -1,6 +1,7 @@
 #include "fitcheck.h"
 
 #include "digits.h"
+#include "lanes.h"
 #include "scan.h"
 #include "unicode.h"
 
@@ -114,14 +115,18 @@ bool FitChecks::fitsPlainly(const Record& record) const
     for (const PlainSize& plain : WithoutZeroByte) {
         const Cell& cell = cells[plain.Column];
         if (cell.Kind == CellKind::Text) {
-            marks |= marksOf(cell.Text, '\0');
+            marks |= record.Plain ? SixteenBytes{} : marksOf(cell.Text, '\0');
             sizes &= cell.Text.size() <= plain.Size;
         }
     }
     for (const PlainSize& plain : WithoutPoint) {
         const Cell& cell = cells[plain.Column];
         if (cell.Kind == CellKind::Number) {
-            marks |= marksOf(cell.Text, '.');
+            if (record.Plain && cell.Text.size() < Lanes::count) {
+                sizes &= (Lanes(cell.Text.data()).equal('.') & ((1U << cell.Text.size()) - 1)) == 0;
+            } else {
+                marks |= marksOf(cell.Text, '.');
+            }
             sizes &= cell.Text.size() <= plain.Size;
         }
     }

@@ -42,6 +42,12 @@ public:
         return bits(Bytes);
     }
 
+    /// The bytes below a blank, and those above 127.
+    std::uint32_t unprintable() const
+    {
+        return bits(_mm_cmplt_epi8(Bytes, _mm_set1_epi8(' ')));
+    }
+
 private:
     static std::uint32_t bits(__m128i lanes)
     {
@@ -66,6 +72,10 @@ private:
     std::uint32_t high() const
     {
         return bits([](char byte) { return (static_cast<unsigned char>(byte) & 0x80U) != 0; });
+    }
+    std::uint32_t unprintable() const
+    {
+        return bits([](char byte) { return static_cast<signed char>(byte) < ' '; });
     }
 
 private:

@@ -40,14 +40,6 @@ std::optional<unsigned> parseFraction(std::string_view text)
     return text.size() > 1 ? std::optional(value) : std::nullopt;
 }
 
-char* putDigits(char* to, unsigned value, int count)
-{
-    for (int i = count; i-- > 0; value /= 10) {
-        to[i] = static_cast<char>('0' + value % 10);
-    }
-    return to + count;
-}
-
 }  // namespace
 
 std::optional<Date> parseEightDigits(std::string_view text)
@@ -103,24 +95,17 @@ std::optional<Timestamp> parseTimestamp(std::string_view text)
     return time ? std::optional(Timestamp{*day, *time}) : std::nullopt;
 }
 
-char* putDate(char* to, Date date)
-{
-    to = putDigits(to, static_cast<unsigned>(date.Year), 4);
-    *to++ = '-';
-    to = putDigits(to, date.Month, 2);
-    *to++ = '-';
-    return putDigits(to, date.Day, 2);
-}
-
 char* putTime(char* to, std::uint32_t milliseconds)
 {
-    to = putDigits(to, milliseconds / millisecondsOfHour, 2);
+    to = putTwoDigits(to, milliseconds / millisecondsOfHour);
     *to++ = ':';
-    to = putDigits(to, milliseconds / millisecondsOfMinute % 60, 2);
+    to = putTwoDigits(to, milliseconds / millisecondsOfMinute % 60);
     *to++ = ':';
-    to = putDigits(to, milliseconds / millisecondsOfSecond % 60, 2);
+    to = putTwoDigits(to, milliseconds / millisecondsOfSecond % 60);
     *to++ = '.';
-    return putDigits(to, milliseconds % millisecondsOfSecond, 3);
+    const std::uint32_t fraction = milliseconds % millisecondsOfSecond;
+    *to++ = static_cast<char>('0' + fraction / 100);
+    return putTwoDigits(to, fraction % 100);
 }
 
 char* putTimestamp(char* to, const Timestamp& moment, char between)

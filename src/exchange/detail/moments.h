@@ -4,8 +4,10 @@
 
 #include <kd_lib/exchange/cell.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -49,8 +51,33 @@ std::optional<std::uint32_t> parseTime(std::string_view text);
 /// with a time zone.
 std::optional<Timestamp> parseTimestamp(std::string_view text);
 
+/// 00 to 99.
+constexpr std::array<char, 200> twoDigits = [] {
+    std::array<char, 200> digits{};
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        digits[i] = static_cast<char>('0' + i / 20);
+        digits[i + 1] = static_cast<char>('0' + i / 2 % 10);
+    }
+    return digits;
+}();
+
+/// Writes a number below 100; returns what is after it.
+inline char* putTwoDigits(char* to, unsigned number)
+{
+    std::memcpy(to, &twoDigits[std::size_t{2} * number], 2);
+    return to + 2;
+}
+
 /// Writes "2024-02-29", "23:59:58.123", and both with `between` between them; returns what is after the text.
-char* putDate(char* to, Date date);
+inline char* putDate(char* to, Date date)
+{
+    const auto year = static_cast<unsigned>(date.Year);
+    to = putTwoDigits(putTwoDigits(to, year / 100), year % 100);
+    *to++ = '-';
+    to = putTwoDigits(to, date.Month);
+    *to++ = '-';
+    return putTwoDigits(to, date.Day);
+}
 char* putTime(char* to, std::uint32_t milliseconds);
 char* putTimestamp(char* to, const Timestamp& moment, char between);
 

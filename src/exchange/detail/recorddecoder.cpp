@@ -1,6 +1,7 @@
 #include "recorddecoder.h"
 
 #include "fieldtexts.h"
+#include "recordblocks.h"
 
 #include <algorithm>
 #include <charconv>
@@ -112,12 +113,19 @@ inline bool RecordDecoder::decodeUsual(const Step& step, const char* bytes, bool
 
 void RecordDecoder::decode(const char* bytes, Record& record)
 {
-    const bool ascii = Page.isAsciiBased() && isAsciiRecord(bytes, RecordLength);
+    static_assert(RecordBlocks::slack >= Record::PlainRoom);
+    const RecordBytes of = bytesOfRecord(bytes, RecordLength);
+    const bool ascii = Page.isAsciiBased() && of.Ascii;
+    bool plain = ascii && of.Printable;
     for (const Step& step : Steps) {
-        if (!decodeUsual(step, bytes + step.Offset, ascii, record.Cells[step.Column])) {
+        Cell& cell = record.Cells[step.Column];
+        if (!decodeUsual(step, bytes + step.Offset, ascii, cell)) {
             decodeOther(*step.Of, bytes, record);
+            // Such a text may lie in memory of its own, and come from a memo file.
+            plain = plain && cell.Kind != CellKind::Text && cell.Kind != CellKind::Number;
         }
     }
+    record.Plain = plain;
 }
 
 void RecordDecoder::decodeOther(Field& field, const char* record, Record& to)
