@@ -77,7 +77,7 @@ private:
 };
 
 DbfSource::Reader::Reader(DbfSource& source, const SourceOptions& options)
-    : File(source.file()), Of(source), Options(options), Layout(layoutOf(File)),
+    : File(source.file(), options.Stop), Of(source), Options(options), Layout(layoutOf(File)),
       PageWhy(detail::chooseCodePage(source.file(), Layout, options.Encoding)), Page(PageWhy.Page),
       InFile(detail::columnsOfTable(Layout, Page, !options.NoMemo)),
       Chosen(detail::chooseColumns(source.file(), InFile.Columns, options)), Records(File, Layout)

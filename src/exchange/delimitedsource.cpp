@@ -64,7 +64,7 @@ private:
 
 DelimitedSource::Reader::Reader(DelimitedSource& source, const SourceOptions& options)
     : Of(source), Options(options), Page(options.Encoding.empty() ? defaultPage : options.Encoding),
-      Form(detail::delimitedForm(source.file(), options)), Window(source.file(), pageToConvert()),
+      Form(detail::delimitedForm(source.file(), options)), Window(source.file(), pageToConvert(), options.Stop),
       Rows(Window, foundForm(), options.Header), Cells(Page, Window.converted() != nullptr, options.OnEncodingError),
       From(options.Records.First)
 {

@@ -78,7 +78,7 @@ private:
 FixedSource::Reader::Reader(FixedSource& source, const SourceOptions& options)
     : Of(source), Options(options), Layout(detail::parseFixedColumns(source.file(), options.FixedColumns)),
       LayoutEnd(endOf(Layout)), Page(options.Encoding.empty() ? defaultPage : options.Encoding),
-      Window(source.file(), nullptr), Lines(Window), Cells(Page, false, options.OnEncodingError),
+      Window(source.file(), nullptr, options.Stop), Lines(Window), Cells(Page, false, options.OnEncodingError),
       From(options.Records.First)
 {
     checkEncoding();

@@ -141,7 +141,7 @@ bool isOfDatabase(int code)
 class ScriptRun {
 public:
     ScriptRun(const std::string& script, SqliteDatabase& database, const ImportOptions& options)
-        : Input(script), Database(database), Options(options), Statements(script, longest(database)),
+        : Input(script, options.Stop), Database(database), Options(options), Statements(script, longest(database)),
           Transactions(database)
     {
     }

@@ -75,7 +75,7 @@ private:
 };
 
 MemSource::Reader::Reader(MemSource& source, const SourceOptions& options)
-    : File(source.file()), Of(source), Options(options),
+    : File(source.file(), options.Stop), Of(source), Options(options),
       Page(options.Encoding.empty() ? defaultPage : options.Encoding), Cells(Page, false, options.OnEncodingError),
       Variables(File), From(options.Records.First)
 {

@@ -1,6 +1,7 @@
 #include "commandline.h"
 
 #include "exitstatus.h"
+#include "signals.h"
 #include "suggestion.h"
 
 #include <algorithm>
@@ -38,6 +39,7 @@ public:
         if (!Result.Help && Result.Arguments.size() < Expected.Names.size()) {
             fail(Expected.Names[Result.Arguments.size()] + " is missing");
         }
+        Result.Source.Stop = stopToken();
         return std::move(Result);
     }
 

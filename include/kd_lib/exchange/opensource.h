@@ -10,6 +10,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <utility>
 #include <vector>
@@ -51,6 +52,8 @@ struct SourceOptions {
     bool Header = true;                    ///< the first row holds the names of the columns
     bool Infer = false;                    ///< finds the types of the columns, by reading all rows first
     std::optional<std::string> Null = {};  ///< an unquoted cell of this text is null as well
+
+    std::stop_token Stop = {};  ///< when a stop is requested, a source that waits for a pipe throws `Stopped`
 };
 
 /// Opens a file; "-" is standard input and needs a `Kind`. Throws an `Error` where the file cannot be read as what

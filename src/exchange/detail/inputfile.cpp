@@ -4,16 +4,18 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace kd_lib::exchange::detail {
 
-InputFile::InputFile(const std::string& path) : Path(path)
+InputFile::InputFile(const std::string& path, std::stop_token stop) : Path(path), Stop(std::move(stop))
 {
     const bool standardInput = path == "-";
-    Descriptor = standardInput ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    Descriptor = standardInput ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (Descriptor < 0) {
         fail(errno);
     }
@@ -39,12 +41,27 @@ InputFile::~InputFile()
     }
 }
 
+/// A pipe is opened without waiting for its writer, so it is waited for here.
+void InputFile::waitForBytes() const
+{
+    constexpr int interval = 100;  // milliseconds
+    pollfd waiting = {Descriptor, POLLIN, 0};
+    while (::poll(&waiting, 1, Stop.stop_possible() ? interval : -1) <= 0) {
+        if (Stop.stop_requested()) {
+            throw Stopped(Path, "stopped");
+        }
+    }
+}
+
 std::size_t InputFile::readSome(char* to, std::size_t count)
 {
     ssize_t got = 0;
     do {
+        if (!seekable()) {
+            waitForBytes();
+        }
         got = ::read(Descriptor, to, count);
-    } while (got < 0 && errno == EINTR);
+    } while (got < 0 && (errno == EINTR || errno == EAGAIN));
     if (got < 0) {
         fail(errno);
     }

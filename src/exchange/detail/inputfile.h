@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <stop_token>
 #include <string>
 
 namespace kd_lib::exchange::detail {
@@ -15,7 +16,8 @@ class InputFile {
 public:
     /// Opens a file; "-" is standard input, which is not closed. Throws an `Error` where it cannot be opened, and for
     /// a folder.
-    explicit InputFile(const std::string& path);
+    /// A pipe that lets the reader wait is waited for until a stop is requested: then a read throws `Stopped`.
+    explicit InputFile(const std::string& path, std::stop_token stop = {});
     ~InputFile();
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
@@ -38,9 +40,11 @@ public:
     const std::string& path() const { return Path; }
 
 private:
+    void waitForBytes() const;
     [[noreturn]] void fail(int error) const;
 
     std::string Path;
+    std::stop_token Stop;
     int Descriptor = -1;
     std::optional<std::uint64_t> Size;
     std::uint64_t Position = 0;

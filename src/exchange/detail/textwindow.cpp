@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace kd_lib::exchange::detail {
 
@@ -25,7 +26,8 @@ bool alternatesWithZeros(std::string_view text, std::size_t first)
 
 }  // namespace
 
-TextWindow::TextWindow(const std::string& path, const CodePage* encoding) : File(path), Encoding(encoding)
+TextWindow::TextWindow(const std::string& path, const CodePage* encoding, std::stop_token stop)
+    : File(path, std::move(stop)), Encoding(encoding)
 {
     allocate(usualCapacity);
     open();

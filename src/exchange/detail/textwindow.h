@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -23,7 +24,7 @@ class TextWindow {
 public:
     /// Opens the file. `encoding`: the file is converted from this page; null: its bytes come as they are. Throws an
     /// `Error` where it cannot be read.
-    TextWindow(const std::string& path, const CodePage* encoding);
+    TextWindow(const std::string& path, const CodePage* encoding, std::stop_token stop = {});
 
     /// The bytes that are in memory. `blockSize` bytes before the beginning and after the end may be read; they mean
     /// nothing.
