@@ -20,7 +20,7 @@ struct InspectedBytes {
     std::string_view Bytes;  ///< them, or the first of many
     std::string_view What;   ///< "header length", "record 3", "column NAME"; empty: the line belongs to the one before
     std::string_view Meaning;  ///< "225", "deleted", "C, 20 bytes"
-    bool Damaged = false;      ///< `Meaning` says what is wrong
+    bool Damaged = false;      ///< `Meaning` says what is wrong, by which a value is lost or may be
 };
 
 /// Called for each; the texts live until it returns.
@@ -28,11 +28,12 @@ using InspectLine = std::function<void(const InspectedBytes&)>;
 
 struct InspectOptions {
     std::string MemoFile;  ///< of a .dbf; empty: found beside it
+    std::string Encoding;  ///< of a .dbf; empty: as the file says
     std::stop_token Stop;  ///< when a stop is requested, `inspect` throws `Stopped`
 };
 
 /// Explains a .dbf file, a memo file (.dbt, .fpt) or a .mem file from its first byte to its last: each part of the
-/// header, each record or block, and what is damaged. A file that is too damaged to be read as a table is explained as
+/// header, each record and its cells or each block, and what is damaged. A file that is too damaged to be read as a table is explained as
 /// far as it goes. True: nothing is damaged. Throws an `Error` where the file cannot be read, or where its extension
 /// is not that of such a file.
 KD_LIB_EXPORT bool inspect(const std::string& file, const InspectLine& line, const InspectOptions& options = {});

@@ -89,7 +89,8 @@ bool isUnused(std::string_view descriptor)
 void readFields(DbfLayout& layout, std::string_view bytes)
 {
     const DescriptorShape& shape = descriptorShapeOf(layout.Family);
-    const std::size_t end = layout.Family == DbfFamily::DBase2 ? dbf2header::markAt : layout.HeaderLength;
+    const std::size_t last = layout.Family == DbfFamily::DBase2 ? dbf2header::markAt : layout.HeaderLength;
+    const std::size_t end = std::min(last, bytes.size());
     std::size_t at = shape.First;
     while (at < end) {
         if (bytes[at] == descriptorEnd) {
@@ -184,19 +185,35 @@ void placeFields(DbfLayout& layout)
     layout.FoxFlags = layout.Family == DbfFamily::VisualFoxPro || nullFlagsOf(layout) != nullptr || hasBackLink(layout);
 }
 
-std::optional<std::string> faultOf(const DbfLayout& layout)
+void setFault(DbfLayout& layout, std::size_t at, std::string fault)
 {
-    if (layout.Fields.empty()) {
-        return "the header describes no columns";
+    layout.Fault = std::move(fault);
+    layout.FaultAt = at;
+}
+
+/// The first thing that makes it impossible to read the table.
+void findFault(DbfLayout& layout, std::size_t bytes)
+{
+    const bool two = layout.Family == DbfFamily::DBase2;
+    const std::size_t first = descriptorShapeOf(layout.Family).First;
+    const std::size_t recordLengthAt = two ? dbf2header::recordLengthAt : dbfheader::recordLengthAt;
+    if (layout.HeaderLength <= first) {
+        setFault(layout, dbfheader::headerLengthAt,
+                 "the header gives its own length as " + std::to_string(layout.HeaderLength) +
+                     ", which leaves no room for columns");
+    } else if (layout.HeaderLength > bytes) {
+        setFault(layout, bytes,
+                 "the file ends at byte " + std::to_string(bytes) + ", within the header of " +
+                     count(layout.HeaderLength, "byte"));
+    } else if (layout.Fields.empty()) {
+        setFault(layout, first, "the header describes no columns");
+    } else if (layout.RecordLength == 0) {
+        setFault(layout, recordLengthAt, "the header gives a record length of 0");
+    } else if (layout.RecordLength < layout.FieldsLength) {
+        setFault(layout, recordLengthAt,
+                 "the header gives a record length of " + std::to_string(layout.RecordLength) +
+                     ", but the columns need " + std::to_string(layout.FieldsLength) + " bytes");
     }
-    if (layout.RecordLength == 0) {
-        return "the header gives a record length of 0";
-    }
-    if (layout.RecordLength < layout.FieldsLength) {
-        return "the header gives a record length of " + std::to_string(layout.RecordLength) +
-               ", but the columns need " + std::to_string(layout.FieldsLength) + " bytes";
-    }
-    return std::nullopt;
 }
 
 }  // namespace
@@ -224,30 +241,19 @@ DbfLayout parseDbfHeader(std::string_view bytes)
     layout.Known = dbfVersionOf(layout.Version);
     layout.Family = layout.Known != nullptr ? layout.Known->Family : DbfFamily::DBase3;
     if (bytes.size() < preambleSize) {
-        layout.Fault = "the file ends within the header, at byte " + std::to_string(bytes.size());
+        setFault(layout, bytes.size(), "the file ends within the header, at byte " + std::to_string(bytes.size()));
         return layout;
     }
     layout.Family == DbfFamily::DBase2 ? readNumbersOf2(layout, bytes.data()) : readNumbers(layout, bytes.data());
-    const DescriptorShape& shape = descriptorShapeOf(layout.Family);
-    if (layout.HeaderLength <= shape.First) {
-        layout.Fault = "the header gives its own length as " + std::to_string(layout.HeaderLength) +
-                       ", which leaves no room for columns";
-        return layout;
-    }
-    if (layout.HeaderLength > bytes.size()) {
-        layout.Fault = "the file ends at byte " + std::to_string(bytes.size()) + ", within the header of " +
-                       count(layout.HeaderLength, "byte");
-        return layout;
-    }
-    if (layout.Family == DbfFamily::DBase7) {
+    if (layout.Family == DbfFamily::DBase7 && bytes.size() > dbf7header::driverAt) {
         layout.Driver = upToZero(bytes.substr(dbf7header::driverAt, dbf7header::driverWidth));
     }
     readFields(layout, bytes);
     placeFields(layout);
-    if (hasBackLink(layout)) {
+    if (hasBackLink(layout) && bytes.size() >= layout.HeaderLength) {
         layout.Database = upToZero(bytes.substr(layout.FieldsEnd + 1, backLinkWidth));
     }
-    layout.Fault = faultOf(layout);
+    findFault(layout, bytes.size());
     return layout;
 }
 

@@ -55,6 +55,7 @@ struct DbfLayout {
 
     /// Why the table cannot be read; nothing for a sound one.
     std::optional<std::string> Fault;
+    std::size_t FaultAt = 0;  ///< byte in the file
 };
 
 /// Reads the header's bytes from the beginning of a file: all of them, or those that the file has.

@@ -77,6 +77,7 @@ void DbfRecords::noteMark(char mark)
 DbfRecords::Found DbfRecords::end(std::string_view rest)
 {
     AtEnd = true;
+    Rest = rest;
     const bool marked = !rest.empty() && rest.front() == fileEnd;
     const bool cut = !rest.empty() && !marked && rest.size() < Length && (Number < Count || isUsualMark(rest.front()));
     if (!NotedEnd && !Silent) {

@@ -42,6 +42,10 @@ public:
     /// the record is gone.
     void goTo(std::uint64_t number);
 
+    /// After the end: the bytes there, as far as they are in memory, and their place.
+    std::string_view rest() const { return Rest; }
+    std::uint64_t restOffset() const { return Blocks.offset(); }
+
     /// Whether there is something to say, and what.
     bool hasNotes() const { return !Notes.empty(); }
     std::vector<Note> takeNotes() { return std::exchange(Notes, {}); }
@@ -66,6 +70,7 @@ private:
     std::uint64_t Number = 0;
     std::uint64_t Offset = 0;
     bool AtEnd = false;
+    std::string_view Rest;
 
     std::optional<std::uint64_t> Last;  ///< number of the last record, once it was needed
     std::vector<Note> Notes;

@@ -28,6 +28,7 @@ public:
     const std::string& path() const { return File.path(); }
     formats::MemoKind kind() const { return Kind; }
     std::uint32_t blockSize() const { return BlockSize; }
+    std::uint64_t headerSize() const { return HeaderSize; }
 
 private:
     void readHeader();

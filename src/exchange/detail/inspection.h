@@ -1,0 +1,66 @@
+/// \file
+/// The lines of an inspection, on their way to the caller.
+#pragma once
+
+#include <kd_lib/exchange/cell.h>
+#include <kd_lib/exchange/inspect.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace kd_lib::exchange::detail {
+
+/// Gives lines to the callback, and remembers whether one told of damage.
+class Inspection {
+public:
+    Inspection(std::string file, const InspectLine& line, const InspectOptions& options)
+        : File(std::move(file)), Line(line), Options(options)
+    {
+    }
+
+    /// Bytes that are as they should be. Throws `Stopped` where the caller wants the end.
+    void tell(std::uint64_t offset, std::string_view bytes, std::string_view what, std::string_view meaning)
+    {
+        give({offset, bytes.size(), bytes, what, meaning, false});
+    }
+
+    /// Many of them, of which `bytes` are the first.
+    void tellMany(std::uint64_t offset, std::uint64_t length, std::string_view bytes, std::string_view what,
+                  std::string_view meaning)
+    {
+        give({offset, length, bytes, what, meaning, false});
+    }
+
+    /// Bytes that are not.
+    void damaged(std::uint64_t offset, std::string_view bytes, std::string_view what, std::string_view reason)
+    {
+        Sound = false;
+        give({offset, bytes.size(), bytes, what, reason, true});
+    }
+
+    bool sound() const { return Sound; }
+    const std::string& file() const { return File; }
+    const InspectOptions& options() const { return Options; }
+
+private:
+    void give(const InspectedBytes& part);
+
+    std::string File;
+    const InspectLine& Line;
+    const InspectOptions& Options;
+    bool Sound = true;
+};
+
+/// A cell as a person reads it: texts in quotation marks, the beginning of long ones.
+std::string cellMeaning(const Cell& cell);
+
+/// The beginning of a text in quotation marks.
+std::string quotedBeginning(std::string_view text);
+
+// What each kind of file is explained by.
+void inspectDbf(Inspection& to);
+void inspectMemoFile(Inspection& to);
+void inspectMem(Inspection& to);
+
+}  // namespace kd_lib::exchange::detail
