@@ -172,6 +172,36 @@ void writeProgramSeeds(const std::filesystem::path& corpus)
     seeds.add("", {});
 }
 
+/// Settings: block size.
+void writeStatementSeeds(const std::filesystem::path& corpus)
+{
+    Seeds seeds(corpus, "statement_fuzz");
+    seeds.add("CREATE TABLE u(a); -- it's\nINSERT INTO u VALUES ('a;b') /* ; */;\n# don't\nSELECT `a;b`, [c;d] FROM u", {3});
+    seeds.add("CREATE TRIGGER x AFTER INSERT ON t BEGIN UPDATE t SET b = CASE a WHEN 1 THEN ';' END; END; INSERT INTO t "
+              "VALUES (2, 3);",
+              {0});
+    seeds.add("BEGIN; SAVEPOINT a; DELETE FROM t; ROLLBACK TO a; RELEASE a; COMMIT; SAVEPOINT b; INSERT INTO t VALUES (7, 8)",
+              {7});
+    seeds.add("INSERT OR ROLLBACK INTO t VALUES (1, 1); ROLLBACK; EXPLAIN COMMIT; \xEF\xBB\xBF;;", {15});
+}
+
+/// Settings: options, kind of file.
+void writeTableSeeds(const std::filesystem::path& corpus)
+{
+    Seeds seeds(corpus, "tables_fuzz");
+    for (int settings = 0; settings < 9; ++settings) {
+        seeds.add(stockTable(), {settings, 0});
+        seeds.add(allTypesTable(), {settings, 0});
+        seeds.add("id,name,born\n1,\"Quill, Ada\",1815-12-10\n2,,\n,\"a \"\"b\"\"\",x,y\n", {settings + 18, 1});
+        seeds.add("1\t2.50\ttrue\n-7\t\tfalse\n", {settings + 9, 2});
+    }
+    seeds.add(narrowRecords(), {0, 0});
+    seeds.add(kd_test::memEntry("TITLE", 'C', 6, 0, std::string("Hello\0", 6)) +
+                  kd_test::memEntry("COUNT", 'N', 10, 2, "  42.50@") + '\x1A',
+              {0, 3});
+    seeds.add("bolt   7 left\nnut    9 right and longer than others\n\nx", {0, 4});
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -189,5 +219,7 @@ int main(int argc, char** argv)
     writeScriptSeeds(corpus);
     writeLiteralSeeds(corpus);
     writeProgramSeeds(corpus);
+    writeStatementSeeds(corpus);
+    writeTableSeeds(corpus);
     return 0;
 }

@@ -26,6 +26,7 @@ int fenceIn(sqlite3* handle, const char**, const struct sqlite3_api_routines*)
 {
     sqlite3_progress_handler(handle, stepsPerCall, spendBudget, nullptr);
     sqlite3_set_authorizer(handle, refuseFilesAndSettings, nullptr);
+    sqlite3_limit(handle, SQLITE_LIMIT_ATTACHED, 0);
     sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, longestValue);
     sqlite3_limit(handle, SQLITE_LIMIT_EXPR_DEPTH, 50);
     sqlite3_limit(handle, SQLITE_LIMIT_COMPOUND_SELECT, 10);

@@ -13,9 +13,10 @@ namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
+/// As SQLite has it: a vertical tab is none.
 bool isBlank(char c)
 {
-    return c == ' ' || (c >= '\t' && c <= '\r');
+    return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r';
 }
 
 bool isWordCharacter(char c)

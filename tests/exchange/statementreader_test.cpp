@@ -69,7 +69,7 @@ TEST(StatementReader, LastStatementNeedsNoSemicolon)
 
 TEST(StatementReader, NothingButBlanksCommentsAndSemicolonsHoldsNoStatement)
 {
-    for (const char* script : {"", " \t\r\n\v\f", ";;;", "-- a; b", "/* a; b */", "# a; b", "-- a\n;\n/* b */ ; # c\n;",
+    for (const char* script : {"", " \t\r\n\f", ";;;", "-- a; b", "/* a; b */", "# a; b", "-- a\n;\n/* b */ ; # c\n;",
                                "/*", "/* /", "/**", "--", "#", "\xEF\xBB\xBF", "\xEF\xBB\xBF\n-- a\n;"}) {
         EXPECT_EQ(cut(script), Cuts{}) << script;
     }
