@@ -18,7 +18,7 @@ class MemorySource : public kd_lib::exchange::Source {
 public:
     struct Row {
         std::vector<kd_lib::exchange::Cell> Cells;
-        std::vector<kd_lib::exchange::Flaw> Flaws;
+        std::vector<kd_lib::exchange::Flaw> Flaws = {};
         bool Deleted = false;
     };
 

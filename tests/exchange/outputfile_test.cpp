@@ -1,0 +1,307 @@
+// Files that appear whole or not at all.
+#include <kd_lib/exchange/error.h>
+#include <kd_lib/exchange/outputfile.h>
+
+#include "support/console_capture.h"
+#include "support/scoped_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <filesystem>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+/// Some file systems have no files without a name.
+bool namelessFiles = true;
+
+}  // namespace
+
+extern "C" int open(const char* path, int flags, ...)
+{
+    if (!namelessFiles && (flags & O_TMPFILE) == O_TMPFILE) {
+        errno = EOPNOTSUPP;
+        return -1;
+    }
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    static const auto real = reinterpret_cast<int (*)(const char*, int, ...)>(dlsym(RTLD_NEXT, "open"));
+    return real(path, flags, mode);
+}
+
+namespace {
+
+using kd_lib::exchange::Error;
+using kd_lib::exchange::OutputFile;
+using kd_test::readFile;
+using Texts = std::vector<std::string>;
+
+/// Each test runs twice: with files that have no name, and with temporary names.
+class OutputFileTest : public testing::TestWithParam<bool> {
+protected:
+    OutputFileTest() { namelessFiles = GetParam(); }
+    ~OutputFileTest() override { namelessFiles = true; }
+
+    void SetUp() override
+    {
+        const int descriptor = GetParam() ? ::open(Folder.path().c_str(), O_TMPFILE | O_WRONLY, 0600) : 0;
+        if (descriptor < 0) {
+            GTEST_SKIP() << "the file system has no files without a name";
+        }
+        if (descriptor > 0) {
+            ::close(descriptor);
+        }
+    }
+
+    std::string path(const std::string& name) const { return Folder.file(name); }
+
+    /// The names in the folder, without those that come and go.
+    Texts names() const
+    {
+        Texts found;
+        for (const auto& entry : std::filesystem::directory_iterator(Folder.path())) {
+            found.push_back(entry.path().filename());
+        }
+        std::ranges::sort(found);
+        return found;
+    }
+
+    static void put(const std::string& path, const std::string& text)
+    {
+        OutputFile file(path);
+        file.write(text);
+        file.commit();
+    }
+
+    static mode_t modeOf(const std::string& path)
+    {
+        struct stat status = {};
+        EXPECT_EQ(::stat(path.c_str(), &status), 0);
+        return status.st_mode & 07777U;
+    }
+
+    static std::string failureOf(const std::string& path)
+    {
+        try {
+            put(path, "text");
+        } catch (const Error& error) {
+            return error.what();
+        }
+        return "";
+    }
+
+    kd_test::ScopedDirectory Folder;
+};
+
+INSTANTIATE_TEST_SUITE_P(Names, OutputFileTest, testing::Bool(),
+                         [](const auto& way) { return way.param ? "Nameless" : "Temporary"; });
+
+TEST_P(OutputFileTest, AppearsWhenItIsCommitted)
+{
+    OutputFile file(path("a"));
+    file.write(std::string(1000000, 'x'));
+    EXPECT_FALSE(std::filesystem::exists(path("a")));
+    EXPECT_EQ(names().size(), GetParam() ? 0U : 1U);
+    EXPECT_FALSE(file.isStraight());
+    file.commit();
+    EXPECT_EQ(names(), Texts{"a"});
+    EXPECT_EQ(readFile(path("a")), std::string(1000000, 'x'));
+}
+
+TEST_P(OutputFileTest, LeavesNothingWhenItIsAbandoned)
+{
+    Folder.write("a", "old");
+    {
+        OutputFile file(path("a"));
+        file.write(std::string(1000000, 'x'));
+        OutputFile other(path("b"));
+        other.write("y");
+        other.abandon();
+        other.abandon();
+    }
+    EXPECT_EQ(names(), Texts{"a"});
+    EXPECT_EQ(readFile(path("a")), "old");
+}
+
+TEST_P(OutputFileTest, ReplacesAFileAndKeepsItsMode)
+{
+    Folder.write("a", "a longer old text");
+    for (const mode_t mode : {0600U, 0640U, 0755U, 0666U}) {
+        ::chmod(path("a").c_str(), mode);
+        put(path("a"), "new");
+        EXPECT_EQ(modeOf(path("a")), mode);
+    }
+    EXPECT_EQ(readFile(path("a")), "new");
+    EXPECT_EQ(names(), Texts{"a"});
+}
+
+TEST_P(OutputFileTest, GivesNewFilesTheUsualMode)
+{
+    const mode_t mask = ::umask(027);
+    put(path("a"), "");
+    ::umask(mask);
+    EXPECT_EQ(modeOf(path("a")), 0640U);
+}
+
+TEST_P(OutputFileTest, KeepsTheOwnerWherePermitted)
+{
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "needs root";
+    }
+    Folder.write("a", "old");
+    ASSERT_EQ(::chown(path("a").c_str(), 12345, 23456), 0);
+    ::chmod(path("a").c_str(), 0640);
+    put(path("a"), "new");
+    struct stat status = {};
+    ASSERT_EQ(::stat(path("a").c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, 12345U);
+    EXPECT_EQ(status.st_gid, 23456U);
+    EXPECT_EQ(status.st_mode & 07777U, 0640U);
+}
+
+TEST_P(OutputFileTest, WritesThroughSymbolicLinks)
+{
+    std::filesystem::create_directory(path("sub"));
+    Folder.write("sub/target", "old");
+    std::filesystem::create_symlink("sub/target", path("link"));
+    std::filesystem::create_symlink("link", path("link2"));
+    put(path("link2"), "new");
+    EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
+    EXPECT_TRUE(std::filesystem::is_symlink(path("link2")));
+    EXPECT_EQ(readFile(path("sub/target")), "new");
+
+    std::filesystem::create_symlink(path("sub/made"), path("dangling"));
+    put(path("dangling"), "made");
+    EXPECT_TRUE(std::filesystem::is_symlink(path("dangling")));
+    EXPECT_EQ(readFile(path("sub/made")), "made");
+}
+
+TEST_P(OutputFileTest, NamesTheFileThatCannotBeWritten)
+{
+    std::filesystem::create_symlink("loop", path("loop"));
+    EXPECT_EQ(failureOf(path("loop")), path("loop") + ": Too many levels of symbolic links");
+    EXPECT_EQ(failureOf(Folder.path()), Folder.path() + ": Is a directory");
+    EXPECT_EQ(failureOf(path("none/a")), path("none/a") + ": No such file or directory");
+    EXPECT_EQ(failureOf("/dev/full"), "/dev/full: No space left on device");
+    EXPECT_EQ(failureOf(path(std::string(256, 'n'))), path(std::string(256, 'n')) + ": File name too long");
+    Folder.write("file", "");
+    EXPECT_EQ(failureOf(path("file/a")), path("file/a") + ": Not a directory");
+    EXPECT_EQ(names(), (Texts{"file", "loop"}));
+}
+
+TEST_P(OutputFileTest, TakesNamesOf255Bytes)
+{
+    const std::string name(255, 'n');
+    put(path(name), "a");
+    put(path(name), "b");
+    EXPECT_EQ(names(), Texts{name});
+    EXPECT_EQ(readFile(path(name)), "b");
+}
+
+TEST_P(OutputFileTest, RefusesFilesThatMayNotBeWritten)
+{
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "root may write everything";
+    }
+    Folder.write("a", "old");
+    ::chmod(path("a").c_str(), 0444);
+    EXPECT_EQ(failureOf(path("a")), path("a") + ": Permission denied");
+    EXPECT_EQ(readFile(path("a")), "old");
+}
+
+TEST_P(OutputFileTest, WritesPipesStraight)
+{
+    ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0);
+    std::string got;
+    std::thread reader([&] { got = readFile(path("pipe")); });
+    {
+        OutputFile file(path("pipe"));
+        EXPECT_TRUE(file.isStraight());
+        file.write("through the pipe");
+        file.commit();
+    }
+    reader.join();
+    EXPECT_EQ(got, "through the pipe");
+    EXPECT_EQ(names(), Texts{"pipe"});
+}
+
+TEST_P(OutputFileTest, WritesStandardOutputStraight)
+{
+    const auto console = kd_test::captured([] {
+        put("-", "one ");
+        put("/dev/stdout", "two ");
+        put("/proc/self/fd/1", "three ");
+        put("-", "four");
+    });
+    EXPECT_EQ(console.out, "one two three four");
+}
+
+TEST_P(OutputFileTest, GoesOnWhereStandardOutputIs)
+{
+    Folder.write("log", "before\n");
+    const int descriptor = ::open(path("log").c_str(), O_WRONLY | O_APPEND);
+    const int saved = ::dup(STDOUT_FILENO);
+    ::dup2(descriptor, STDOUT_FILENO);
+    put("/dev/stdout", "after\n");
+    ::dup2(saved, STDOUT_FILENO);
+    ::close(saved);
+    ::close(descriptor);
+    EXPECT_EQ(readFile(path("log")), "before\nafter\n");
+    EXPECT_EQ(names(), Texts{"log"});
+}
+
+TEST_P(OutputFileTest, LeavesWhatIsNotItsOwn)
+{
+    OutputFile file(path("a"));
+    file.write("mine");
+    Texts temporary = names();
+    // Another process has put a file in the place of the temporary one.
+    for (const std::string& name : temporary) {
+        std::filesystem::remove(path(name));
+        Folder.write(name, "another's");
+    }
+    file.abandon();
+    EXPECT_EQ(names(), temporary);
+}
+
+TEST_P(OutputFileTest, OfTwoWritersTheLastOneCounts)
+{
+    OutputFile first(path("a"));
+    OutputFile second(path("a"));
+    first.write("first");
+    second.write("second");
+    second.commit();
+    first.commit();
+    EXPECT_EQ(readFile(path("a")), "first");
+    EXPECT_EQ(names(), Texts{"a"});
+}
+
+TEST_P(OutputFileTest, AKilledProcessLeavesNothingVisible)
+{
+    const pid_t child = ::fork();
+    if (child == 0) {
+        OutputFile file(path("a"));
+        file.write(std::string(1000000, 'x'));
+        ::raise(SIGKILL);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_FALSE(std::filesystem::exists(path("a")));
+    EXPECT_EQ(names().size(), GetParam() ? 0U : 1U);
+}
+
+}  // namespace
