@@ -72,8 +72,8 @@ class List(ProgramTest):
         self.check_list(['parts.txt', '--columns', 'kind:6-12,size:13-20'],
                         'kind   size\n-----  -----\nbolt   M8x40\nhinge  brass\n')
         self.check_list(['parts.txt', '--columns', '5|12|20'],
-                        'column_1  column_2  column_3\n--------  --------  --------\nbolt      M8x40     hall A\n'
-                        'hinge     brass     hall C\n')
+                        'field#0  field#1  field#2\n-------  -------  -------\nbolt     M8x40    hall A\n'
+                        'hinge    brass    hall C\n')
 
     def test_extension_in_any_case_and_from(self):
         write('A.DBF', make_data.MEMBERS)

@@ -56,6 +56,45 @@ class Script(ProgramTest):
         self.run_program('script', 'members.dbf')
         self.assertEqual(os.stat('members.sql').st_mode & 0o777, 0o640)
 
+    def test_script_keeps_the_rights_and_the_link_of_the_one_before(self):
+        sample('members.dbf')
+        write('real.sql', 'before')
+        os.chmod('real.sql', 0o600)
+        os.symlink('real.sql', 'members.sql')
+        self.assertEqual(self.run_program('script', 'members.dbf').code, 0)
+        self.assertTrue(os.path.islink('members.sql'))
+        self.assertEqual(content('real.sql').decode(), MEMBERS_DEFINITION.format(key='') + MEMBERS_RECORDS)
+        self.assertEqual(os.stat('real.sql').st_mode & 0o777, 0o600)
+
+    @unittest.skipUnless(os.geteuid() == 0, 'only root gives files away')
+    def test_script_keeps_the_owner_of_the_one_before(self):
+        sample('members.dbf')
+        write('members.sql', 'before')
+        os.chown('members.sql', 65534, 65534)
+        os.chmod('members.sql', 0o600)
+        self.assertEqual(self.run_program('script', 'members.dbf').code, 0)
+        status = os.stat('members.sql')
+        self.assertEqual((status.st_uid, status.st_gid, status.st_mode & 0o777), (65534, 65534, 0o600))
+
+    def test_names_of_any_length(self):
+        for length in [200, 244, 245, 251]:
+            with self.subTest(length):
+                name = 'n' * length
+                write(name + '.dbf', make_data.MEMBERS)
+                self.check(['script', name + '.dbf'], name + '.sql\n', f'Table: {name}.dbf\n')
+
+    def test_quiet(self):
+        self.check(['script', sample('stock.dbf'), '-q'], 'stock.sql\n')
+
+    def test_missing_and_unreadable_tables(self):
+        os.symlink('loop.dbf', 'loop.dbf')
+        os.mkdir('folder.dbf')
+        os.mkfifo('pipe.dbf')
+        for name, reason in [('none.dbf', 'No such file or directory'), ('folder.dbf', 'Is a directory'),
+                             ('pipe.dbf', 'is not a regular file'), ('loop.dbf', 'Too many levels of symbolic links')]:
+            with self.subTest(name):
+                self.check_failure(['script', name], f'{name}: {reason}')
+
     def test_deleted_record_repeats_the_one_before_and_is_told(self):
         sample('stock.dbf')
         self.check(['script', 'stock.dbf'], 'stock.sql\n',

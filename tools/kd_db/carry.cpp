@@ -95,6 +95,9 @@ int withErrorLine(const std::string& file, Console& console, const std::function
     } catch (const exchange::OptionError& error) {
         console.trouble(error.what());
         return statusUsage;
+    } catch (const UsageError& error) {
+        console.trouble(error.what());
+        return statusUsage;
     } catch (const exchange::Error& error) {
         console.trouble(error.what());
     } catch (const std::bad_alloc&) {

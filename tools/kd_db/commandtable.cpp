@@ -60,7 +60,7 @@ const std::vector<CommandSpec>& commands()
          "Compares every value with the table in the database; for each column that differs it prints the first "
          "record and both values. Status 0: they agree; 1: they differ.",
          "kd_db verify clients.dbf shop.db\n"
-         "kd_db verify cities.csv shop.db --table cities",
+         "kd_db verify cities.csv shop.db --infer",
          {&verifyOptions, &recordOptions, &fileOptions, &rejectOptions, &progressOptions, &generalOptions},
          verify},
         {"inspect",

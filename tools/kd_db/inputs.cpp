@@ -81,8 +81,26 @@ bool isTableFile(const std::string& path, const exchange::SourceOptions& options
 
 void requireKind(const std::string& file, const exchange::SourceOptions& options)
 {
-    if (file == "-" && options.Kind == exchange::SourceKind::Automatic) {
+    if (options.Kind != exchange::SourceKind::Automatic) {
+        return;
+    }
+    if (file == "-") {
         throw UsageError("standard input needs --from");
+    }
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(file, error);
+    if (!std::filesystem::exists(status)) {
+        const auto reason = error ? error : std::make_error_code(std::errc::no_such_file_or_directory);
+        throw exchange::Error(file, reason.message());
+    }
+    if (std::filesystem::is_directory(status)) {
+        throw exchange::Error(file, "Is a directory");
+    }
+    if (!isTableFile(file, options)) {
+        throw UsageError(file + ": its extension does not tell what it is; --from dbf|csv|tsv|fixed|mem does");
+    }
+    if (extensionOf(file) == "txt" && options.FixedColumns.empty()) {
+        throw UsageError(file + ": fixed columns are told by --columns; --from csv reads delimited text");
     }
 }
 

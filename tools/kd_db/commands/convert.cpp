@@ -64,14 +64,14 @@ std::unique_ptr<exchange::Target> targetOf(const Options& options)
 int convert(const Options& options, Console& console)
 {
     const std::string& file = options.Arguments.front();
-    requireKind(file, options.Source);
-    requireOtherFile(file, options.Output);
     requireTwoOutputs(options);
     const bool isScript = options.To != FileFormat::Csv && options.To != FileFormat::JsonLines;
     const auto target = targetOf(options);
     if (file == "-" && isScript && options.Table.Table.empty()) {
         throw UsageError("standard input needs --table");
     }
+    requireKind(file, options.Source);
+    requireOtherFile(file, options.Output);
     if (options.Output != "-" || !options.Rejects.empty()) {
         finishOnSignal();
     }

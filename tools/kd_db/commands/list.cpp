@@ -10,9 +10,9 @@ namespace kd_tool {
 int list(const Options& options, Console& console)
 {
     const std::string& file = options.Arguments.front();
+    requireTwoOutputs(options);
     requireKind(file, options.Source);
     requireOtherFile(file, options.Output);
-    requireTwoOutputs(options);
     if (options.Output != "-" || !options.Rejects.empty()) {
         finishOnSignal();
     }

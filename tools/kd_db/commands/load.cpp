@@ -24,7 +24,6 @@ public:
     {
         Files = filesOf(options.Arguments, options.Source);
         for (const std::string& file : Files) {
-            requireKind(file, options.Source);
             requireOtherFile(file, options.Into);
             if (file == "-" && options.Table.Table.empty()) {
                 throw UsageError("standard input needs --table");
@@ -73,13 +72,15 @@ private:
     {
         for (std::size_t i = Next++; i < Files.size(); i = Next++) {
             try {
-                const int status = withErrorLine(Files[i], To, [&] { return loadFile(Files[i]); });
+                // What the only file throws says what to do about it.
+                const int status = Files.size() == 1 ? loadFile(Files[i])
+                                                     : withErrorLine(Files[i], To, [&] { return loadFile(Files[i]); });
                 const std::lock_guard guard(Lock);
                 Status = worse(Status, status);
                 Failed += status == statusFailed || status == statusUsage ? 1U : 0U;
                 WithLosses += status == statusLoss ? 1U : 0U;
             } catch (...) {
-                // Asked to stop: the other threads find it out by themselves.
+                // Where a signal asked to stop, the other threads find it out by themselves.
                 const std::lock_guard guard(Lock);
                 Failure = std::current_exception();
                 Next = Files.size();
@@ -89,6 +90,7 @@ private:
 
     int loadFile(const std::string& file)
     {
+        requireKind(file, Asked.Source);
         const auto source = exchange::openSource(file, Asked.Source);
         const auto target = databaseTarget(Asked);
         return carry(*source, *target, {Asked, To, Rejects.get()});

@@ -82,6 +82,7 @@ std::vector<exchange::FileTableOptions> tablesOf(const std::vector<std::string>&
     for (const std::string& argument : arguments) {
         for (const std::string& file : filesOf({argument}, options.Source)) {
             try {
+                requireKind(file, options.Source);
                 if (isFolder(argument)) {
                     exchange::openSource(file, options.Source);
                 }
@@ -133,7 +134,8 @@ int query(const Options& options, Console& console)
         const QueryResult result = queryDatabase(place, sql);
         return print(*result.Rows, result.Changes, options, console);
     } catch (const exchange::SqlError& error) {
-        console.trouble(error.what());
+        const bool isDatabase = error.Reason != "file is not a database";
+        console.trouble(std::string(error.what()) + (isDatabase ? "" : "; --from reads it as a table"));
         for (const std::string& line : placeInSql(sql, error.At)) {
             console.say(line);
         }

@@ -119,8 +119,8 @@ int show(const Options& options, Console& console)
         const WorkInProgress work(console, files.size() == 1 ? files.front() : counted(files.size(), "file"),
                                   sizeOf(files));
         for (const std::string& file : files) {
-            requireKind(file, options.Source);
             status = worse(status, withErrorLine(file, console, [&] {
+                               requireKind(file, options.Source);
                                output.write(first ? "" : "\n");
                                first = false;
                                return showFile(file, options, console, output);
