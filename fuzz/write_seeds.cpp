@@ -172,73 +172,91 @@ void writeProgramSeeds(const std::filesystem::path& corpus)
     seeds.add("", {});
 }
 
-
-                              "T", "2024-02-29T23:59:58.123", "NaN", "-inf", "****", "9223372036854775807", " 7 "}) {
-                              "a\0,\0b\0\n\0001\0,\0\0\xD8\n\0",
-                              18),
-                   dbaseVariable("", 'n', std::string("\x0C\0LONGVARIABLE", 14) + number) + "\x1A",
-                   dbaseVariable("D", 0xC4, day) + dbaseVariable("L", 0xCC, "\x01") + "\x1A",
-                   kd_test::memEntry("VISITS", 'N', 0, 0, "42@"),
-                  kd_test::memEntry("COUNT", 'N', 10, 2, "  42.50@") + '\x1A',
-                  {4, 129});
-               {});
-              "VALUES (2, 3);",
-              {0, 3});
-              {0});
-              {7});
-        delimited.add("a,b;c\r\n1,\"x\"\"y\nz\";2024-02-29\n\n,NA;\"\"\n\xE9\x83|,\xC3\xA9;1.50\n\x1A", {more, 1});
-        delimited.add("a,b\n1,2\n3\n4,5,6\n007,'q'\n", {more, 13});
-        pages.add("abc \xC3\xA9 \x81\xAD \x83\\ \xE0\xC7 \x1B$B$\" \xF0\x9F\x98\x80 +AOk- \xC4", {page});
-        seeds.add("1\t2.50\ttrue\n-7\t\tfalse\n", {settings + 9, 2});
-        seeds.add("id,name,born\n1,\"Quill, Ada\",1815-12-10\n2,,\n,\"a \"\"b\"\"\",x,y\n", {settings + 18, 1});
-        seeds.add(allTypesTable(), {settings, 0});
-        seeds.add(stockTable(), {settings, 0});
-        values.add(value, {});
-    Seeds delimited(corpus, "delimitedsource_fuzz");
-    Seeds fixed(corpus, "fixedsource_fuzz");
-    Seeds memory(corpus, "memsource_fuzz");
-    Seeds pages(corpus, "codepage_fuzz");
+/// Settings: block size.
+void writeStatementSeeds(const std::filesystem::path& corpus)
+{
     Seeds seeds(corpus, "statement_fuzz");
+    seeds.add("CREATE TABLE u(a); -- it's\nINSERT INTO u VALUES ('a;b') /* ; */;\n# don't\nSELECT `a;b`, [c;d] FROM u",
+              {3});
+    seeds.add(
+        "CREATE TRIGGER x AFTER INSERT ON t BEGIN UPDATE t SET b = CASE a WHEN 1 THEN ';' END; END; INSERT INTO t "
+        "VALUES (2, 3);",
+        {0});
+    seeds.add(
+        "BEGIN; SAVEPOINT a; DELETE FROM t; ROLLBACK TO a; RELEASE a; COMMIT; SAVEPOINT b; INSERT INTO t VALUES (7, 8)",
+        {7});
+    seeds.add("INSERT OR ROLLBACK INTO t VALUES (1, 1); ROLLBACK; EXPLAIN COMMIT; \xEF\xBB\xBF;;", {15});
+}
+
+/// Settings: options, kind of file.
+void writeTableSeeds(const std::filesystem::path& corpus)
+{
     Seeds seeds(corpus, "tables_fuzz");
-    Seeds values(corpus, "values_fuzz");
+    for (int settings = 0; settings < 9; ++settings) {
+        seeds.add(stockTable(), {settings, 0});
+        seeds.add(allTypesTable(), {settings, 0});
+        seeds.add("id,name,born\n1,\"Quill, Ada\",1815-12-10\n2,,\n,\"a \"\"b\"\"\",x,y\n", {settings + 18, 1});
+        seeds.add("1\t2.50\ttrue\n-7\t\tfalse\n", {settings + 9, 2});
+    }
+    seeds.add(narrowRecords(), {0, 0});
+    seeds.add(kd_test::memEntry("TITLE", 'C', 6, 0, std::string("Hello\0", 6)) +
+                  kd_test::memEntry("COUNT", 'N', 10, 2, "  42.50@") + '\x1A',
+              {0, 3});
+    seeds.add("bolt   7 left\nnut    9 right and longer than others\n\nx", {0, 4});
+}
+
+/// A variable of dBase III: the type has its high bit set, the name begins at byte 0.
+std::string dbaseVariable(const std::string& name, unsigned char type, const std::string& value)
+{
+    std::string bytes(32, '\0');
     bytes.replace(0, name.size(), name);
     bytes[11] = static_cast<char>(type);
     bytes[16] = static_cast<char>(value.size());
-    const std::string day("\0\0\0\0\x2C\xB4\x42\x41", 8);
-    const std::string number("\x66\x66\x66\x66\x66\x66\xC6\x3F", 8);
-    delimited.add(std::string("\xFF\xFE"
-    fixed.add("5|12|20\n0001 oslo  -3.5    nw 4\r\n\x1A", {0});
-    fixed.add("a:1-4,b:6-9\nAnn  Rome\r\nBob\n\n007  x\xC3\xA9yz\n", {16});
-    fixed.add("a:1-8\n20240229\n20230229\r", {16});
-    for (const char* value : {"-0012.50", "1.5E+03", ".5", "1E-1000", "20240229", "2024-02-29", "23:59:58.123", "true",
-    for (const int more : {0, 1, 2, 33, 97, 161, 225}) {
-    for (int page = 0; page < 20; ++page) {
-    for (int settings = 0; settings < 9; ++settings) {
-    memory.add(dbaseVariable("NAME", 'C', std::string("Ann\0", 4)) +
-    memory.add(dbaseVariable("NAME", 0xC3, std::string("Ann\0", 4)) + dbaseVariable("N", 0xCE, number) +
-    memory.add(kd_test::memEntry("USER", 'C', 7, 0, std::string("Ingrid\0", 7)) +
-    pages.add("LDID/87", {255});
-    pages.add("iso 8859-15", {255});
     return bytes + value;
-    seeds.add("BEGIN; SAVEPOINT a; DELETE FROM t; ROLLBACK TO a; RELEASE a; COMMIT; SAVEPOINT b; INSERT INTO t VALUES (7, 8)",
-    seeds.add("CREATE TABLE u(a); -- it's\nINSERT INTO u VALUES ('a;b') /* ; */;\n# don't\nSELECT `a;b`, [c;d] FROM u", {3});
-    seeds.add("CREATE TRIGGER x AFTER INSERT ON t BEGIN UPDATE t SET b = CASE a WHEN 1 THEN ';' END; END; INSERT INTO t "
-    seeds.add("INSERT OR ROLLBACK INTO t VALUES (1, 1); ROLLBACK; EXPLAIN COMMIT; \xEF\xBB\xBF;;", {15});
-    seeds.add("bolt   7 left\nnut    9 right and longer than others\n\nx", {0, 4});
-    seeds.add(kd_test::memEntry("TITLE", 'C', 6, 0, std::string("Hello\0", 6)) +
-    seeds.add(narrowRecords(), {0, 0});
-    std::string bytes(32, '\0');
-    }
-/// A variable of dBase III: the type has its high bit set, the name begins at byte 0.
-/// Settings: block size.
-/// Settings: options, kind of file.
-std::string dbaseVariable(const std::string& name, unsigned char type, const std::string& value)
+}
+
 void writeSourceSeeds(const std::filesystem::path& corpus)
-void writeStatementSeeds(const std::filesystem::path& corpus)
-void writeTableSeeds(const std::filesystem::path& corpus)
+{
+    Seeds delimited(corpus, "delimitedsource_fuzz");
+    for (const int more : {0, 1, 2, 33, 97, 161, 225}) {
+        delimited.add("a,b;c\r\n1,\"x\"\"y\nz\";2024-02-29\n\n,NA;\"\"\n\xE9\x83|,\xC3\xA9;1.50\n\x1A", {more, 1});
+        delimited.add("a,b\n1,2\n3\n4,5,6\n007,'q'\n", {more, 13});
+    }
+    delimited.add(std::string("\xFF\xFE"
+                              "a\0,\0b\0\n\0001\0,\0\0\xD8\n\0",
+                              18),
+                  {4, 129});
+    Seeds fixed(corpus, "fixedsource_fuzz");
+    fixed.add("a:1-4,b:6-9\nAnn  Rome\r\nBob\n\n007  x\xC3\xA9yz\n", {16});
+    fixed.add("5|12|20\n0001 oslo  -3.5    nw 4\r\n\x1A", {0});
+    fixed.add("a:1-8\n20240229\n20230229\r", {16});
+    Seeds memory(corpus, "memsource_fuzz");
+    const std::string number("\x66\x66\x66\x66\x66\x66\xC6\x3F", 8);
+    const std::string day("\0\0\0\0\x2C\xB4\x42\x41", 8);
+    memory.add(dbaseVariable("NAME", 0xC3, std::string("Ann\0", 4)) + dbaseVariable("N", 0xCE, number) +
+                   dbaseVariable("D", 0xC4, day) + dbaseVariable("L", 0xCC, "\x01") + "\x1A",
+               {});
+    memory.add(dbaseVariable("NAME", 'C', std::string("Ann\0", 4)) +
+                   dbaseVariable("", 'n', std::string("\x0C\0LONGVARIABLE", 14) + number) + "\x1A",
+               {});
+    memory.add(kd_test::memEntry("USER", 'C', 7, 0, std::string("Ingrid\0", 7)) +
+                   kd_test::memEntry("VISITS", 'N', 0, 0, "42@"),
+               {});
+}
+
 void writeUnitSeeds(const std::filesystem::path& corpus)
 {
-}
+    Seeds pages(corpus, "codepage_fuzz");
+    for (int page = 0; page < 20; ++page) {
+        pages.add("abc \xC3\xA9 \x81\xAD \x83\\ \xE0\xC7 \x1B$B$\" \xF0\x9F\x98\x80 +AOk- \xC4", {page});
+    }
+    pages.add("iso 8859-15", {255});
+    pages.add("LDID/87", {255});
+    Seeds values(corpus, "values_fuzz");
+    for (const char* value : {"-0012.50", "1.5E+03", ".5", "1E-1000", "20240229", "2024-02-29", "23:59:58.123", "true",
+                              "T", "2024-02-29T23:59:58.123", "NaN", "-inf", "****", "9223372036854775807", " 7 "}) {
+        values.add(value, {});
+    }
 }
 
 }  // namespace
@@ -258,9 +276,9 @@ int main(int argc, char** argv)
     writeScriptSeeds(corpus);
     writeLiteralSeeds(corpus);
     writeProgramSeeds(corpus);
-    writeSourceSeeds(corpus);
     writeStatementSeeds(corpus);
     writeTableSeeds(corpus);
+    writeSourceSeeds(corpus);
     writeUnitSeeds(corpus);
     return 0;
 }
