@@ -147,11 +147,11 @@ bool fails(Work work)
 /// Whether an outcome is one that its task may have beside the other.
 bool isAllowed(const Task& task, Outcome outcome, const Task& other)
 {
-    if (fails(task.What)) {
-        return outcome == FailedAsMeant || outcome == Locked;
-    }
     if (outcome == Exists) {
         return !fails(other.What) && task.Table == other.Table;
+    }
+    if (fails(task.What)) {
+        return outcome == FailedAsMeant || outcome == Locked;
     }
     return outcome == Stored || outcome == Locked || (outcome == MadeMeanwhile && task.What == Work::Import);
 }

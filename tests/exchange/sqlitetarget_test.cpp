@@ -455,4 +455,118 @@ TEST_F(SqliteTargetTest, EmptyDatabaseFileThatExistsIsUsedInPlace)
     EXPECT_EQ(values("SELECT count(*) FROM people"), Values{"2"});
 }
 
+class SqliteBatchTest : public SqliteTargetTest {
+protected:
+    /// Loads a table of one record into the batch.
+    static void load(SqliteBatch& batch, const std::string& table, TableMode mode = TableMode::Create,
+                     std::uint64_t failsAt = 0)
+    {
+        MemorySource source({column("N", ColumnType::Text, 10)}, {{{Cell::null()}, {}}}, table + ".dbf");
+        source.Rows[0].Cells[0] = Cell::text(source.file());
+        source.FailsAt = failsAt;
+        TableOptions options;
+        options.Mode = mode;
+        SqliteTarget target(batch, options);
+        transfer(source, target);
+    }
+};
+
+TEST_F(SqliteBatchTest, TablesAppearTogether)
+{
+    {
+        SqliteBatch batch(Database);
+        load(batch, "a");
+        load(batch, "b");
+        EXPECT_FALSE(std::filesystem::exists(Database));
+        batch.finish();
+    }
+    EXPECT_EQ(values("SELECT a.n || b.n FROM a, b"), Values{"a.dbfb.dbf"});
+    EXPECT_EQ(entries(), Values{"x.db"});
+}
+
+TEST_F(SqliteBatchTest, FailedTableDoesNotStopTheOthers)
+{
+    SqliteBatch batch(Database);
+    load(batch, "a");
+    EXPECT_THROW(load(batch, "b", TableMode::Create, 1), Error);
+    EXPECT_THROW(load(batch, "a"), Error);
+    load(batch, "c");
+    batch.finish();
+    EXPECT_EQ(values("SELECT name FROM sqlite_master"), (Values{"a", "c"}));
+    EXPECT_EQ(values("SELECT n FROM a"), Values{"a.dbf"});
+    EXPECT_EQ(values("PRAGMA integrity_check"), Values{"ok"});
+}
+
+TEST_F(SqliteBatchTest, RolledBackTableOfManyPagesLeavesASoundDatabase)
+{
+    std::vector<MemorySource::Row> rows(20000, MemorySource::Row{{Cell::text("a text of some length")}, {}});
+    SqliteBatch batch(Database);
+    load(batch, "a");
+    for (const std::uint64_t failsAt : {20000U, 0U}) {
+        MemorySource source({column("N", ColumnType::Text, 30)}, rows, "large.dbf");
+        source.FailsAt = failsAt;
+        SqliteTarget target(batch);
+        try {
+            transfer(source, target);
+        } catch (const Error&) {
+            EXPECT_NE(failsAt, 0U);
+        }
+    }
+    load(batch, "b");
+    batch.finish();
+    EXPECT_EQ(values("SELECT count(*) FROM large"), Values{"20000"});
+    EXPECT_EQ(values("SELECT a.n || b.n FROM a, b"), Values{"a.dbfb.dbf"});
+    EXPECT_EQ(values("PRAGMA integrity_check"), Values{"ok"});
+}
+
+TEST_F(SqliteBatchTest, NewDatabaseWithoutATableIsNone)
+{
+    SqliteBatch batch(Database);
+    EXPECT_THROW(load(batch, "a", TableMode::Create, 1), Error);
+    batch.finish();
+    EXPECT_FALSE(std::filesystem::exists(Database));
+}
+
+TEST_F(SqliteBatchTest, UnfinishedBatchLeavesNothing)
+{
+    {
+        SqliteBatch batch(Database);
+        load(batch, "a");
+    }
+    EXPECT_EQ(entries(), Values{});
+}
+
+TEST_F(SqliteBatchTest, ExistingDatabaseHasEachTableAtOnce)
+{
+    Opened(Database).run("CREATE TABLE b(x); INSERT INTO b VALUES ('kept')");
+    SqliteBatch batch(Database);
+    load(batch, "a");
+    EXPECT_EQ(values("SELECT n FROM a"), Values{"a.dbf"});
+    EXPECT_THROW(load(batch, "b"), Error);
+    load(batch, "c");
+    EXPECT_EQ(values("SELECT b.x || c.n FROM b, c"), Values{"keptc.dbf"});
+    load(batch, "b", TableMode::Replace);
+    load(batch, "c", TableMode::Append);
+    batch.finish();
+    EXPECT_EQ(values("SELECT b.n || c.n FROM b, c"), (Values{"b.dbfc.dbf", "b.dbfc.dbf"}));
+}
+
+TEST_F(SqliteBatchTest, TablesGoIntoTheDatabaseThatAppearedMeanwhile)
+{
+    SqliteBatch batch(Database);
+    load(batch, "a");
+    load(batch, "b");
+    load(batch, "c");
+    load(batch, "c", TableMode::Append);
+    Opened(Database).run("CREATE TABLE b(x); INSERT INTO b VALUES ('kept')");
+    try {
+        batch.finish();
+        FAIL() << "no error";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.what(), Database + ": table b exists already");
+    }
+    EXPECT_EQ(values("SELECT a.n || b.x || c.n FROM a, b, c"), (Values{"a.dbfkeptc.dbf", "a.dbfkeptc.dbf"}));
+    EXPECT_EQ(values("PRAGMA integrity_check"), Values{"ok"});
+}
+
 }  // namespace

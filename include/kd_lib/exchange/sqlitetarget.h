@@ -12,10 +12,45 @@
 
 namespace kd_lib::exchange {
 
+namespace detail {
+class LoadDatabase;
+}
+
 /// How a database is approached.
 struct SqliteOptions {
     std::chrono::milliseconds Patience = std::chrono::seconds(5);  ///< the wait for another program's lock
     std::stop_token Stop = {};  ///< when a stop is requested, waits and long statements end, and `Stopped` is thrown
+};
+
+/// A database into which several tables are loaded, one after the other, each in a transaction of its own: a table that
+/// fails leaves nothing, and does not stop the others. It costs less than a `SqliteTarget` for each by itself, above all
+/// for a new database: that appears, with all its tables, in `finish`.
+///
+///     SqliteBatch batch("all.db");
+///     for (const std::string& file : files) {
+///         SqliteTarget target(batch);
+///         transfer(*openSource(file), target);
+///     }
+///     batch.finish();
+class KD_LIB_EXPORT SqliteBatch {
+public:
+    /// Opens the database, or makes it as `SqliteTarget` does. Throws an `Error` where it cannot.
+    explicit SqliteBatch(std::string database, SqliteOptions options = {});
+
+    /// A new database that is not finished leaves nothing.
+    ~SqliteBatch();
+    SqliteBatch(const SqliteBatch&) = delete;
+    SqliteBatch& operator=(const SqliteBatch&) = delete;
+
+    /// Gives a new database its name, if it holds a table. Throws an `Error` where that cannot be, and where another
+    /// program has made the database meanwhile and it does not take one of the tables (the others are in it). No target
+    /// may follow.
+    void finish();
+
+private:
+    friend class SqliteTarget;
+
+    std::unique_ptr<detail::LoadDatabase> Database;
 };
 
 /// Stores records in a table of a SQLite database, in one transaction: all of them or none.
@@ -46,6 +81,10 @@ struct SqliteOptions {
 class KD_LIB_EXPORT SqliteTarget : public Target {
 public:
     explicit SqliteTarget(std::string database, TableOptions table = {}, SqliteOptions options = {});
+
+    /// The same in a batch, which must outlive this. One target at a time.
+    explicit SqliteTarget(SqliteBatch& batch, TableOptions table = {});
+
     ~SqliteTarget() override;
 
     void begin(const std::string& file, const std::vector<Column>& columns) override;
@@ -58,11 +97,13 @@ public:
 private:
     class Load;
 
-    std::string Database;
+    std::string Name;
+    SqliteBatch* Batch = nullptr;
     TableOptions Table;
     SqliteOptions Options;
     std::string Destination;
-    std::unique_ptr<Load> Work;
+    std::unique_ptr<detail::LoadDatabase> Own;  // null: the batch's
+    std::unique_ptr<Load> Work;                 // after the database: it ends before that closes
 };
 
 }  // namespace kd_lib::exchange

@@ -54,6 +54,12 @@ std::string quotedName(std::string_view name)
     return quoted + '"';
 }
 
+void bindText(sqlite3_stmt* statement, int parameter, std::string_view text)
+{
+    const char* const bytes = text.empty() ? "" : text.data();
+    sqlite3_bind_text64(statement, parameter, bytes, text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+
 std::string reasonOf(sqlite3* database)
 {
     const int code = sqlite3_errcode(database);
@@ -124,6 +130,11 @@ void SqliteDatabase::heed(std::stop_token stop, std::chrono::milliseconds patien
             return 1;
         },
         this);
+    watchForStop();
+}
+
+void SqliteDatabase::watchForStop()
+{
     if (Stop.stop_possible()) {
         sqlite3_progress_handler(Handle, instructionsBetweenLooks, stopRequested, &Stop);
     }
@@ -133,6 +144,16 @@ void SqliteDatabase::execute(const std::string& sql)
 {
     if (sqlite3_exec(Handle, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         fail();
+    }
+}
+
+void SqliteDatabase::rollback() noexcept
+{
+    if (sqlite3_get_autocommit(Handle) == 0) {
+        // A stop that was asked for must not end this.
+        sqlite3_progress_handler(Handle, 0, nullptr, nullptr);
+        sqlite3_exec(Handle, "ROLLBACK", nullptr, nullptr, nullptr);
+        watchForStop();
     }
 }
 

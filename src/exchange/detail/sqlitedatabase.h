@@ -21,6 +21,9 @@ using StatementHandle = std::unique_ptr<sqlite3_stmt, StatementCloser>;
 /// A name as SQL, quoted so that no character of it can end it.
 std::string quotedName(std::string_view name);
 
+/// Binds a copy of a text.
+void bindText(sqlite3_stmt* statement, int parameter, std::string_view text);
+
 /// SQLite's words for the last failure of a connection; the system's, where SQLite only says that a file could not be
 /// opened.
 std::string reasonOf(sqlite3* database);
@@ -54,6 +57,9 @@ public:
     /// Runs statements that return no rows of interest.
     void execute(const std::string& sql);
 
+    /// Ends a transaction, if there is one, whatever state the connection is in.
+    void rollback() noexcept;
+
     StatementHandle prepare(std::string_view sql);
 
     /// Takes the next row; false at the end.
@@ -73,6 +79,7 @@ public:
 private:
     explicit SqliteDatabase(std::string name) : Name(std::move(name)) {}
     void open(const std::string& path, int flags);
+    void watchForStop();
 
     std::string Name;
     sqlite3* Handle = nullptr;
