@@ -148,9 +148,17 @@ private:
             detail::makeRoom(Database, Layout.table(), Layout.mode());
             Database.execute(Layout.createTable(Layout.table()));
         }
-        const std::size_t count = Layout.columns().size();
-        Binder.emplace(Existing.empty() ? std::vector<Affinity>(count, Affinity::None) : Existing);
-        Insert = Database.prepare(insertStatement(count));
+        Binder.emplace(Existing.empty() ? newColumns() : Existing);
+        Insert = Database.prepare(insertStatement(Layout.columns().size()));
+    }
+
+    std::vector<Affinity> newColumns() const
+    {
+        std::vector<Affinity> affinities;
+        for (const TargetColumn& column : Layout.columns()) {
+            affinities.push_back(detail::affinityOf(column.Type));
+        }
+        return affinities;
     }
 
     void joinTable()

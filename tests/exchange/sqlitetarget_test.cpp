@@ -141,6 +141,8 @@ TEST_F(SqliteTargetTest, StoresTheValuesAsStated)
         {column("c", ColumnType::Number, 10, 2), Cell::number("1.50"), "real 1.5"},
         {column("c", ColumnType::Number, 10, 2), Cell::number("-0.07"), "real -0.07"},
         {column("c", ColumnType::Number, 10, 2), Cell::number("12"), "integer 12"},
+        {column("c", ColumnType::Number, 10, 2), Cell::number("12.00"), "integer 12"},
+        {column("c", ColumnType::Number, 12, 2), Cell::number("1000000000000000000000"), "real 1.0e+21"},
         {column("c", ColumnType::Number, 15, 4), Cell::number("9999999999.9999"), "real 9999999999.9999"},
         {column("c", ColumnType::Number, 20, 4), Cell::number("123456789012345.6789"), "text '123456789012345.6789'"},
         {column("c", ColumnType::Number, 20, 4), Cell::number("1234567890.1234"), "real 1234567890.1234"},

@@ -128,6 +128,27 @@ TEST_F(VirtualTables, ValuesAreThoseOfALoad)
     sqlite3_close(loaded);
 }
 
+TEST_F(VirtualTables, NumericColumnsHoldWhatATableOfSqliteWould)
+{
+    DbfBuilder builder({{"N", 'N', 12, 2}, {"BIG", 'N', 20, 2}, {"F", 'F', 20, 2}});
+    for (const char* text : {"2.00", "-2.00", "0.00", "2.50", "1E+30", "1E+15", "1E+14", "-1E+20", "999999999.99", "1.5E-7"}) {
+        builder.record({text, text, text});
+    }
+    const std::string file = Folder.write("t.dbf", builder.bytes());
+    const std::string database = Folder.file("t.db");
+    SqliteTarget target(database);
+    transfer(*openSource(file), target);
+    sqlite3* loaded = nullptr;
+    sqlite3_open(database.c_str(), &loaded);
+    Connection connection;
+    connection.rows("CREATE VIRTUAL TABLE t USING kd(" + quoted(file) + ")");
+    const std::string shown = "SELECT typeof(n) || n, typeof(big) || big, typeof(f) || f FROM t";
+    EXPECT_EQ(connection.rows(shown), rowsOf(loaded, shown));
+    EXPECT_EQ(connection.rows(shown)[0], "integer2|real2.0|real2.0");
+    EXPECT_EQ(connection.rows(shown)[4].substr(0, 12), "real1.0e+30|");
+    sqlite3_close(loaded);
+}
+
 TEST_F(VirtualTables, RowidIsTheRecordNumber)
 {
     Connection connection;

@@ -40,9 +40,13 @@ struct ModuleTable : sqlite3_vtab {
     ModuleTable(TableArguments arguments, const VirtualTableEvents& events)
         : sqlite3_vtab{}, File(std::move(arguments), events)
     {
+        for (const TargetColumn& column : File.layout().columns()) {
+            Numeric.push_back(column.Type == "numeric");
+        }
     }
 
     FileTable File;
+    std::vector<bool> Numeric;  // of the columns: a table of SQLite would make a whole number of 2.00
 };
 
 struct ModuleCursor : sqlite3_vtab_cursor {
@@ -253,17 +257,29 @@ void giveText(sqlite3_context* to, std::string_view text)
     sqlite3_result_text64(to, text.empty() ? "" : text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
 
-void giveNumber(sqlite3_context* to, std::string_view digits)
+void giveReal(sqlite3_context* to, double value, bool numeric)
+{
+    // Whole numbers beyond that do not come as decimals.
+    constexpr double surelyWhole = 1e15;
+    if (numeric && value == std::trunc(value) && std::abs(value) < surelyWhole) {
+        sqlite3_result_int64(to, static_cast<sqlite3_int64>(value));
+    } else {
+        sqlite3_result_double(to, value);
+    }
+}
+
+void giveNumber(sqlite3_context* to, std::string_view digits, bool numeric)
 {
     switch (sqliteFormOf(digits)) {
     case SqliteForm::Integer:
         sqlite3_result_int64(to, wholeOf(digits));
         break;
     case SqliteForm::Real:
-        sqlite3_result_double(to, realOf(digits));
+        giveReal(to, realOf(digits), numeric);
         break;
     case SqliteForm::Text:
-        giveText(to, digits);
+        // In a numeric column a double gives the digits back all the same: the number is a large one.
+        numeric ? sqlite3_result_double(to, realOf(digits)) : giveText(to, digits);
         break;
     }
 }
@@ -286,7 +302,7 @@ int column(sqlite3_vtab_cursor* cursor, sqlite3_context* to, int index)
         giveText(to, cell.Text);
         break;
     case CellKind::Number:
-        giveNumber(to, cell.Text);
+        giveNumber(to, cell.Text, static_cast<ModuleTable*>(cursor->pVtab)->Numeric[static_cast<std::size_t>(index)]);
         break;
     case CellKind::Float:
         sqlite3_result_double(to, cell.Float);

@@ -65,13 +65,24 @@ int SqliteBinder::bind(sqlite3_stmt* statement, const Record& record)
 
 int SqliteBinder::bindNumber(sqlite3_stmt* statement, std::size_t column, std::string_view digits) const
 {
+    const Affinity affinity = Columns[column];
     const int parameter = static_cast<int>(column) + 1;
-    const SqliteForm form = Columns[column] == Affinity::Text ? SqliteForm::Text : sqliteFormOf(digits);
-    if (form == SqliteForm::Integer) {
-        return sqlite3_bind_int64(statement, parameter, wholeOf(digits));
+    SqliteForm form = sqliteFormOf(digits);
+    if (affinity == Affinity::Text) {
+        form = SqliteForm::Text;
+    } else if (affinity != Affinity::None && form == SqliteForm::Text) {
+        // SQLite would make a double of the text, and not always the one next to it.
+        form = SqliteForm::Real;
     }
-    return form == SqliteForm::Real ? sqlite3_bind_double(statement, parameter, realOf(digits))
-                                    : bindText(statement, column, digits);
+    switch (form) {
+    case SqliteForm::Integer:
+        return sqlite3_bind_int64(statement, parameter, wholeOf(digits));
+    case SqliteForm::Real:
+        return sqlite3_bind_double(statement, parameter, realOf(digits));
+    case SqliteForm::Text:
+        break;
+    }
+    return bindText(statement, column, digits);
 }
 
 int SqliteBinder::bindFloat(sqlite3_stmt* statement, std::size_t column, double value)
