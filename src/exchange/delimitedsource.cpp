@@ -40,7 +40,9 @@ private:
     const detail::DelimitedForm& foundForm();
     std::vector<Column> columnsInFile();
     void inferTypes(std::vector<Column>& columns);
-    void noteOtherDelimiter(std::string_view header);
+    std::string nameOf(std::size_t column);
+    std::string otherDelimiter(std::string_view header) const;
+    bool takeRow();
     bool isNull(const detail::DelimitedCell& cell);
     void giveRecord(Record& record);
     void giveRowFlaw(Record& record) const;
@@ -59,6 +61,7 @@ private:
     std::vector<std::string> Unquoted;  // a scratch for each column
     mutable std::string OriginBytes;
     std::uint64_t From = 1;  // number of the first record that comes
+    std::string Hint;        // about the delimiter
     bool Told = false;
 };
 
@@ -111,23 +114,36 @@ std::vector<Column> DelimitedSource::Reader::columnsInFile()
 {
     std::vector<Column> columns(Rows.names().size());
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        columns[i].Name = Options.Header ? Cells.text(Rows.names()[i]) : "column_" + std::to_string(i + 1);
+        columns[i].Name = Options.Header ? nameOf(i) : "column_" + std::to_string(i + 1);
     }
     if (columns.size() == 1 && Options.Header && Options.Delimiter.empty()) {
-        noteOtherDelimiter(columns[0].Name);
+        Hint = otherDelimiter(columns[0].Name);
+        if (!Hint.empty()) {
+            Of.note("there is one column, " + columns[0].Name + ": " + Hint);
+        }
     }
     return columns;
 }
 
-void DelimitedSource::Reader::noteOtherDelimiter(std::string_view header)
+std::string DelimitedSource::Reader::nameOf(std::size_t column)
+{
+    const detail::TextCells::SingleText name = Cells.text(Rows.names()[column]);
+    if (!name.Reason.empty()) {
+        Of.note("name of column " + std::to_string(column + 1) + ": " + name.Reason + "; U+FFFD in its place", true);
+    }
+    return name.Utf8;
+}
+
+/// What to say where the text looks as if it had another delimiter.
+std::string DelimitedSource::Reader::otherDelimiter(std::string_view header) const
 {
     for (const char delimiter : {';', '\t', '|', ','}) {
         if (header.find(delimiter) != std::string_view::npos) {
-            Of.note("there is one column, " + std::string(header) + ": the delimiter may be " +
-                    detail::delimiterName(delimiter) + " instead of " + detail::delimiterName(Form.Delimiter));
-            return;
+            return "the delimiter may be " + detail::delimiterName(delimiter) + " instead of " +
+                   detail::delimiterName(Form.Delimiter);
         }
     }
+    return {};
 }
 
 bool DelimitedSource::Reader::isNull(const detail::DelimitedCell& cell)
@@ -137,7 +153,7 @@ bool DelimitedSource::Reader::isNull(const detail::DelimitedCell& cell)
     }
     const std::string_view text = cell.text();
     return text.empty() ||
-           (Options.Null && (isAscii(text) ? text == *Options.Null : Cells.text(text) == *Options.Null));
+           (Options.Null && (isAscii(text) ? text == *Options.Null : Cells.text(text).Utf8 == *Options.Null));
 }
 
 void DelimitedSource::Reader::inferTypes(std::vector<Column>& columns)
@@ -168,9 +184,21 @@ void DelimitedSource::Reader::need(const std::vector<bool>& needed)
     std::ranges::fill(Of.Current.Cells, Cell::null());
 }
 
+bool DelimitedSource::Reader::takeRow()
+{
+    try {
+        return Rows.next();
+    } catch (const Error& error) {
+        if (Hint.empty()) {
+            throw;
+        }
+        throw Error(error.Where, error.Reason + "; " + Hint);
+    }
+}
+
 bool DelimitedSource::Reader::read()
 {
-    while (Rows.number() < Options.Records.Last && Rows.next()) {
+    while (Rows.number() < Options.Records.Last && takeRow()) {
         if (Rows.number() >= From) {
             ++Of.Read;
             giveRecord(Of.Current);
@@ -189,7 +217,7 @@ void DelimitedSource::Reader::giveRecord(Record& record)
     if (cells.size() != Rows.names().size()) {
         giveRowFlaw(record);
     }
-    const bool ascii = !Rows.mayHaveHighBytes() && Cells.isAsciiBased();
+    const bool utf8 = Rows.mayHaveHighBytes() ? Cells.isUtf8(Rows.text()) : Cells.isAsciiBased();
     for (const detail::TakenColumn& taken : Needed.Taken) {
         if (taken.Index >= cells.size() || isNull(cells[taken.Index])) {
             record.Cells[taken.Column].Kind = CellKind::Null;
@@ -197,7 +225,7 @@ void DelimitedSource::Reader::giveRecord(Record& record)
         }
         const detail::DelimitedCell& cell = cells[taken.Index];
         const std::string_view text = detail::unquoted(cell, Form.Quote, Unquoted[taken.Column]);
-        if (ascii) {
+        if (utf8) {
             Cells.setUtf8(record, taken.Column, text);
         } else {
             Cells.set(record, taken.Column, text);

@@ -218,6 +218,27 @@ TEST(DelimitedSource, AHintWhereTheDelimiterIsAnotherOne)
     EXPECT_EQ(notesOf("a b\n1;2\n"), "");
 }
 
+TEST(DelimitedSource, AWrongDelimiterBehindAnErrorIsNamed)
+{
+    EXPECT_EQ(failureOf("a;b\n\"x;y\";2\n"),
+              "t.csv: record 1, byte 4: line 2: text after a closing quote; the delimiter may be ';' instead of ','");
+}
+
+TEST(DelimitedSource, NamesWithBytesThatAreNotUtf8)
+{
+    Text text("a,\xE9\n1,2\n");
+    EXPECT_EQ(text.source.columns()[1].Name, replacement);
+    EXPECT_EQ(shownNotes(text.source), "name of column 2: byte 0xE9 is not UTF-8; U+FFFD in its place (loss)\n");
+}
+
+TEST(DelimitedSource, ACharacterCutByTheEndOfItsCell)
+{
+    EXPECT_EQ(recordsOf("a,b\n\xC3,\xA9\n\xC3\xA9,\xE2\x82\xAC\n"),
+              "1 <" + replacement + "> <" + replacement +
+                  "> !byte 0xC3 is not UTF-8 !byte 0xA9 is not UTF-8\n"
+                  "2 <\xC3\xA9> <\xE2\x82\xAC>\n");
+}
+
 TEST(DelimitedSource, BytesThatAreNotUtf8)
 {
     const std::string bytes = "a,b\n1,\xE9t\xE9\n\xC3\xA9,2\n";

@@ -71,7 +71,7 @@ void DelimitedRows::restart()
 void DelimitedRows::pass()
 {
     if (RowOffset) {
-        const std::optional<std::uint64_t> size = sizeInFile(between(Reader.rowBegin(), Reader.rowEnd()));
+        const std::optional<std::uint64_t> size = sizeInFile(text());
         RowOffset = size ? std::optional(*RowOffset + *size) : std::nullopt;
     }
 }
@@ -111,9 +111,14 @@ bool DelimitedRows::next()
     return true;
 }
 
+std::string_view DelimitedRows::text() const
+{
+    return between(Reader.rowBegin(), Reader.rowEnd());
+}
+
 bool DelimitedRows::isEndMark() const
 {
-    return Reader.rowEnd() == Window.end() && between(Reader.rowBegin(), Reader.rowEnd()) == dosEndMark;
+    return Reader.rowEnd() == Window.end() && text() == dosEndMark;
 }
 
 std::optional<std::uint64_t> DelimitedRows::offsetOf(const char* at) const

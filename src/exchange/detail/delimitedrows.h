@@ -32,6 +32,7 @@ public:
     void restart();
 
     const std::vector<DelimitedCell>& cells() const { return Reader.cells(); }
+    std::string_view text() const;  ///< of the current row, with its line end
     bool mayHaveHighBytes() const { return Reader.mayHaveHighBytes(); }
     std::uint64_t number() const { return Number; }  ///< of the record, from 1
     std::uint64_t line() const { return Reader.line(); }

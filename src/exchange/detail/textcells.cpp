@@ -1,6 +1,7 @@
 #include "textcells.h"
 
 #include "convertedinput.h"
+#include "utf8.h"
 #include "values.h"
 
 namespace kd_lib::exchange::detail {
@@ -35,11 +36,21 @@ std::string TextCells::reason(std::string_view bytes, const CodePage::Decoded& d
     return "byte 0x" + std::string(bytes.substr(decoded.FirstUnknown + 1, 2)) + " is not in code page " + Page.name();
 }
 
-std::string TextCells::text(std::string_view bytes)
+bool TextCells::isUtf8(std::string_view bytes)
+{
+    if (isAscii(bytes)) {
+        return isAsciiBased();
+    }
+    High = true;
+    return !Marked && Page.isUtf8() && validUtf8Length(bytes) == bytes.size();
+}
+
+TextCells::SingleText TextCells::text(std::string_view bytes)
 {
     High = High || !isAscii(bytes);
     std::string scratch;
-    return std::string(decode(bytes, EncodingErrors::Replace, scratch).Text);
+    const CodePage::Decoded decoded = decode(bytes, EncodingErrors::Replace, scratch);
+    return {std::string(decoded.Text), decoded.Result == Outcome::Known ? std::string() : reason(bytes, decoded)};
 }
 
 void TextCells::set(Record& record, std::size_t column, std::string_view bytes)

@@ -41,8 +41,16 @@ public:
         }
     }
 
-    /// A text by itself, such as the name of a column: what the page lacks becomes U+FFFD.
-    std::string text(std::string_view bytes);
+    /// Whether a text is UTF-8 as it is, and so is each of its pieces that ASCII characters separate: they may go to
+    /// `setUtf8`.
+    bool isUtf8(std::string_view bytes);
+
+    /// A text by itself, such as the name of a column.
+    struct SingleText {
+        std::string Utf8;    ///< with U+FFFD for what the page lacks
+        std::string Reason;  ///< what the page lacks; empty: nothing
+    };
+    SingleText text(std::string_view bytes);
 
     /// Whether bytes above 127 were met.
     bool metHighBytes() const { return High; }
