@@ -84,13 +84,32 @@ bool isServer(const std::string& database)
     return exchange::databaseKind(database) != exchange::DatabaseKind::Sqlite;
 }
 
-std::unique_ptr<exchange::Target> databaseTarget(const Options& options)
+LoadDatabase::LoadDatabase(const Options& options, bool several) : Asked(options)
 {
-    if (const Server server = serverOf(options.Into)) {
-        return server->target(options.Table);
+    if (several && !isServer(Asked.Into)) {
+        Batch = std::make_unique<exchange::SqliteBatch>(Asked.Into, exchange::SqliteOptions{.Stop = stopToken()});
     }
-    return std::make_unique<exchange::SqliteTarget>(options.Into, options.Table,
+}
+
+LoadDatabase::~LoadDatabase() = default;
+
+std::unique_ptr<exchange::Target> LoadDatabase::target()
+{
+    if (Batch) {
+        return std::make_unique<exchange::SqliteTarget>(*Batch, Asked.Table);
+    }
+    if (const Server server = serverOf(Asked.Into)) {
+        return server->target(Asked.Table);
+    }
+    return std::make_unique<exchange::SqliteTarget>(Asked.Into, Asked.Table,
                                                     exchange::SqliteOptions{.Stop = stopToken()});
+}
+
+void LoadDatabase::finish()
+{
+    if (Batch) {
+        Batch->finish();
+    }
 }
 
 unsigned jobsAtATime(const std::string& database, unsigned asked)

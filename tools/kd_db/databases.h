@@ -6,6 +6,7 @@
 
 #include <kd_lib/exchange/databaseserver.h>
 #include <kd_lib/exchange/source.h>
+#include <kd_lib/exchange/sqlitetarget.h>
 #include <kd_lib/exchange/tablelayout.h>
 #include <kd_lib/exchange/target.h>
 
@@ -23,8 +24,25 @@ std::string shownName(const std::string& database);
 /// Whether `database` is a URI; else it is the path of a SQLite file.
 bool isServer(const std::string& database);
 
-/// The target of `load`: a table of --into.
-std::unique_ptr<exchange::Target> databaseTarget(const Options& options);
+/// The database of a load.
+class LoadDatabase {
+public:
+    /// For the target of one file, or of several one after the other (or, on a server, at a time).
+    LoadDatabase(const Options& options, bool several);
+    ~LoadDatabase();
+    LoadDatabase(const LoadDatabase&) = delete;
+    LoadDatabase& operator=(const LoadDatabase&) = delete;
+
+    /// The target of a file: a table of --into.
+    std::unique_ptr<exchange::Target> target();
+
+    /// Ends a load of several files. A new SQLite database appears here.
+    void finish();
+
+private:
+    const Options& Asked;
+    std::unique_ptr<exchange::SqliteBatch> Batch;
+};
 
 /// How many files are loaded at a time where `asked` may be: one into SQLite, which locks the whole database.
 unsigned jobsAtATime(const std::string& database, unsigned asked);

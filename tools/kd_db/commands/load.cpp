@@ -9,6 +9,7 @@
 #include <atomic>
 #include <exception>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <thread>
 #include <vector>
@@ -39,7 +40,10 @@ public:
         {
             const WorkInProgress work(To, Files.size() == 1 ? Files.front() : counted(Files.size(), "file"),
                                       sizeOf(Files));
+            Into.emplace(Asked, Files.size() > 1);
             loadAll();
+            // The tables that are whole stay, also where the others are no longer wanted.
+            Into->finish();
         }
         if (Rejects) {
             Rejects->finish();
@@ -92,7 +96,7 @@ private:
     {
         requireKind(file, Asked.Source);
         const auto source = exchange::openSource(file, Asked.Source);
-        const auto target = databaseTarget(Asked);
+        const auto target = Into->target();
         return carry(*source, *target, {Asked, To, Rejects.get()});
     }
 
@@ -108,6 +112,7 @@ private:
     Console& To;
     std::unique_ptr<RejectsFile> Rejects;
     std::vector<std::string> Files;
+    std::optional<LoadDatabase> Into;
     std::atomic<std::size_t> Next = 0;
 
     std::mutex Lock;
