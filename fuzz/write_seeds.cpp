@@ -259,6 +259,46 @@ void writeUnitSeeds(const std::filesystem::path& corpus)
     }
 }
 
+/// Settings: the number of bytes of calls at the content's end, low byte before high byte. Calls of every kind stand
+/// side by side so that each is reached at once.
+void addCalls(Seeds& seeds, const std::string& file, int kinds)
+{
+    for (int kind = 0; kind < kinds; ++kind) {
+        for (int step : {1, 3, 7, 11, 29}) {
+            std::string calls(1, static_cast<char>(kind));
+            for (int i = 0; i < 240; ++i) {
+                calls += static_cast<char>(i * step % 251);
+            }
+            seeds.add(file + calls, {static_cast<int>(calls.size() % 256), static_cast<int>(calls.size() / 256)});
+        }
+    }
+}
+
+void writeCallSeeds(const std::filesystem::path& corpus)
+{
+    Seeds tables(corpus, "table_calls_fuzz");
+    addCalls(tables, stockTable(), 6);
+    addCalls(tables, allTypesTable(), 6);
+    addCalls(tables, "Name,Price\nbolt,1\n#,\n0123456789\n", 6);
+    Seeds sqlite(corpus, "sqlite_calls_fuzz");
+    addCalls(sqlite, "CREATE TABLE IF NOT EXISTS t (a, b); INSERT INTO t VALUES (1, 2);", 10);
+    Seeds servers(corpus, "server_calls_fuzz");
+    addCalls(servers, "", 5);
+    Seeds parts(corpus, "parts_fuzz");
+    addCalls(parts, "", 6);
+}
+
+/// Settings: the pages of a table, from the last byte on.
+void writeBlockSeeds(const std::filesystem::path& corpus)
+{
+    Seeds seeds(corpus, "blocks_fuzz");
+    const std::string text = "bolt 12 it's\x80\t 1999 20240305 T\n\n a longer line of the file\n";
+    for (int kind = 0; kind < 16; ++kind) {
+        seeds.add(text, {1, 60, 40, 2, 7, 12, 1, 30, 0, 3, kind});
+        seeds.add(text, {0, 255, 255, 0, 200, 3, 90, 2, 10, 1, 4, 0, 20, 5, kind});
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -280,5 +320,7 @@ int main(int argc, char** argv)
     writeTableSeeds(corpus);
     writeSourceSeeds(corpus);
     writeUnitSeeds(corpus);
+    writeBlockSeeds(corpus);
+    writeCallSeeds(corpus);
     return 0;
 }

@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <string>
+
 namespace kd_fuzz {
 
 namespace {
@@ -12,9 +14,20 @@ constexpr int longestValue = 20000;
 
 int budget = callsPerInput;
 
-int refuseFilesAndSettings(void*, int action, const char*, const char*, const char*, const char*)
+/// The file that may be attached, beside databases in memory; empty: none.
+std::string allowedFile;
+
+bool isHarmless(const std::string& pragma)
 {
-    return action == SQLITE_ATTACH || action == SQLITE_PRAGMA ? SQLITE_DENY : SQLITE_OK;
+    return pragma == "database_list" || pragma == "table_info" || pragma == "encoding";
+}
+
+int refuseFilesAndSettings(void*, int action, const char* first, const char*, const char*, const char*)
+{
+    const std::string text = first != nullptr ? first : "";
+    const bool refused = (action == SQLITE_ATTACH && text != allowedFile && text != ":memory:") ||
+                         (action == SQLITE_PRAGMA && !isHarmless(text));
+    return refused ? SQLITE_DENY : SQLITE_OK;
 }
 
 int spendBudget(void*)
@@ -41,6 +54,11 @@ void fenceInConnections()
 {
     // SQLite's type for this pointer hides the real one.
     sqlite3_auto_extension(reinterpret_cast<void (*)()>(fenceIn));
+}
+
+void allowAttaching(const std::string& file)
+{
+    allowedFile = file;
 }
 
 void renewBudget()
