@@ -52,9 +52,9 @@ bool copyUnmarked(char* to, std::string_view text)
     const std::size_t size = text.size();
     if (size >= sizeof(SixteenBytes)) {
         const auto first = valueAt<SixteenBytes>(from);
-        const auto last = valueAt<SixteenBytes>(from + size - sizeof last);
+        const auto last = valueAt<SixteenBytes>(from + size - sizeof(SixteenBytes));
         putValue(to, first);
-        putValue(to + size - sizeof last, last);
+        putValue(to + size - sizeof(SixteenBytes), last);
         return !anySet(Way::marks(first) | Way::marks(last));
     }
     if (size >= sizeof(HalfWord)) {
