@@ -19,6 +19,7 @@ namespace kd_lib::exchange {
 namespace {
 
 constexpr const char* defaultPage = "UTF-8";
+constexpr std::uint64_t rowsBetweenLooks = 1024;  // at whether the work is to stop
 
 }  // namespace
 
@@ -165,6 +166,9 @@ void DelimitedSource::Reader::inferTypes(std::vector<Column>& columns)
     detail::DelimitedRows rows(window, Form, Options.Header);
     std::vector<detail::TypeInference> types(columns.size());
     while (rows.next()) {
+        if (rows.number() % rowsBetweenLooks == 0 && Options.Stop.stop_requested()) {
+            throw Stopped(Of.file(), "stopped");
+        }
         const std::size_t count = std::min(columns.size(), rows.cells().size());
         for (std::size_t i = 0; i < count; ++i) {
             if (!isNull(rows.cells()[i])) {

@@ -6,7 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
+#include <stop_token>
 #include <string>
 #include <sys/stat.h>
 #include <thread>
@@ -348,6 +351,20 @@ TEST(DelimitedSource, TypesByTheValues)
                                          "2 -2 10 1999-12-31 <1> <2> NULL 6 1 <>\n"
                                          "3 NULL NULL NULL NULL NULL NULL NULL NULL NULL\n"
                                          "4 0 -0.5 0001-01-01 <2> <3> NULL 7 2 <y>\n");
+}
+
+TEST(DelimitedSource, TheSearchForTypesCanBeStopped)
+{
+    std::string bytes = "a,b\n";
+    for (int i = 0; i < 2000; ++i) {
+        bytes += "1,2\n";
+    }
+    std::stop_source stop;
+    SourceOptions options = {.Infer = true};
+    options.Stop = stop.get_token();
+    EXPECT_EQ(recordsOf("a,b\n1,2\n", options), "1 1 2\n");
+    stop.request_stop();
+    EXPECT_THROW(recordsOf(bytes, options), kd_lib::exchange::Stopped);
 }
 
 TEST(DelimitedSource, WhatIsNotFoundAsAType)
