@@ -15,7 +15,7 @@ constexpr std::array<std::string_view, 6> postgreSqlColumns = {"cmax", "cmin", "
 constexpr std::array<std::string_view, 2> postgreSqlSession = {"SET client_encoding = 'UTF8'",
                                                                "SET standard_conforming_strings = on"};
 
-constexpr std::array<std::string_view, 3> mySqlColumns = {"db_roll_ptr", "db_row_id", "db_trx_id"};
+constexpr std::array<std::string_view, 4> mySqlColumns = {"db_roll_ptr", "db_row_id", "db_trx_id", "fts_doc_id"};
 constexpr std::array<std::string_view, 2> mySqlSession = {
     "SET NAMES utf8mb4", "SET SESSION sql_mode = 'STRICT_ALL_TABLES,STRICT_TRANS_TABLES,NO_ENGINE_SUBSTITUTION'"};
 
@@ -27,6 +27,7 @@ constexpr Dialect sqlite = {
     .NameCharacters = noLimit,
     .BasicPlaneOnly = false,
     .BlanksAtEnd = true,
+    .FileNameBytes = noLimit,
     .OwnTables = "sqlite_",
     .OwnColumns = {},
     .Columns = 2000,
@@ -55,6 +56,7 @@ constexpr Dialect postgreSql = {
     .NameCharacters = noLimit,
     .BasicPlaneOnly = false,
     .BlanksAtEnd = true,
+    .FileNameBytes = noLimit,
     // The catalogue comes before the user's tables on the search path: such a table could be made, but not reached.
     .OwnTables = "pg_",
     .OwnColumns = postgreSqlColumns,
@@ -84,6 +86,7 @@ constexpr Dialect mySql = {
     .NameCharacters = 64,
     .BasicPlaneOnly = true,
     .BlanksAtEnd = false,
+    .FileNameBytes = 251,  // a file name of 255 bytes, without its extension
     .OwnTables = "#mysql50#",
     .OwnColumns = mySqlColumns,
     .Columns = 1017,
@@ -103,6 +106,22 @@ constexpr Dialect mySql = {
     .AfterTable = " ENGINE=InnoDB ROW_FORMAT=DYNAMIC DEFAULT CHARSET=utf8mb4",
     .Session = mySqlSession,
 };
+
+/// The letters that MySQL's encoding of file names writes as three bytes; those between them and all others, as five.
+constexpr struct {
+    int First;
+    int Last;
+} threeBytes[] = {{0xC0, 0xD6},   {0xD8, 0xF6},   {0xF8, 0x12F},  {0x131, 0x1BE}, {0x38E, 0x3A1},   {0x3A3, 0x3CE},
+                  {0x3FB, 0x481}, {0x48A, 0x4CE}, {0x531, 0x555}, {0x561, 0x585}, {0x1E00, 0x1E9B}, {0x1EA0, 0x1EF9}};
+
+std::size_t bytesInFileName(int character)
+{
+    const auto lies = [character](int first, int last) { return character >= first && character <= last; };
+    if (character == '_' || lies('0', '9') || lies('A', 'Z') || lies('a', 'z')) {
+        return 1;
+    }
+    return std::ranges::any_of(threeBytes, [&](const auto& range) { return lies(range.First, range.Last); }) ? 3 : 5;
+}
 
 }  // namespace
 
@@ -126,9 +145,26 @@ std::string_view Dialect::cutName(std::string_view name, std::size_t room) const
     return name;
 }
 
+std::string_view Dialect::cutTableName(std::string_view name, std::size_t room) const
+{
+    name = cutName(name, room);
+    if (FileNameBytes == noLimit) {
+        return name;
+    }
+    std::size_t bytes = room;
+    for (std::string_view rest = name; !rest.empty();) {
+        const std::size_t whole = name.size() - rest.size();
+        bytes += bytesInFileName(detail::takeCharacter(rest));
+        if (bytes > FileNameBytes) {
+            return name.substr(0, whole);
+        }
+    }
+    return name;
+}
+
 std::string Dialect::nameWithSuffix(std::string_view name, std::string_view suffix) const
 {
-    return std::string(cutName(name, suffix.size())).append(suffix);
+    return std::string(cutTableName(name, suffix.size())).append(suffix);
 }
 
 const Dialect& dialectOf(Engine engine)

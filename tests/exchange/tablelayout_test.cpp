@@ -202,8 +202,8 @@ TEST(TableLayoutNames, ThatTheDatabaseRefusesChangeLittle)
 {
     EXPECT_EQ(namesIn(postgreSql, {"CTID", "xmin", "oid"}), (Texts{"_ctid", "_xmin", "oid"}));
     EXPECT_EQ(namesIn(sqlite, {"ctid", "rowid"}), (Texts{"ctid", "rowid"}));
-    EXPECT_EQ(namesIn(mySql, {"a  ", "b\xF0\x9F\x98\x80", "DB_ROW_ID", "  "}),
-              (Texts{"a", "b_", "_db_row_id", "column_4"}));
+    EXPECT_EQ(namesIn(mySql, {"a  ", "b\xF0\x9F\x98\x80", "DB_ROW_ID", "  ", "c\n\t", "FTS_DOC_ID"}),
+              (Texts{"a", "b_", "_db_row_id", "column_4", "c", "_fts_doc_id"}));
     EXPECT_EQ(namesIn(postgreSql, {"a  ", "b\xF0\x9F\x98\x80"}), (Texts{"a  ", "b\xF0\x9F\x98\x80"}));
     EXPECT_EQ(namesIn(postgreSql, {std::string("a\0b", 3)}), Texts{"a_b"});
     EXPECT_EQ(namesIn(sqlite, {"a\r\nb"}), Texts{"a\nb"});
@@ -238,6 +238,17 @@ TEST(TableLayoutTable, OfTheDatabaseItselfIsLeftAlone)
     EXPECT_EQ(tableOf(postgreSql, "a.dbf", "pg_mine"), "pg_mine");
     EXPECT_EQ(tableOf(postgreSql, repeated("x", 64)), repeated("x", 63));
     EXPECT_EQ(tableOf(mySql, "a.dbf", "b "), "b");
+}
+
+TEST(TableLayoutTable, OfMySqlIsAFileToo)
+{
+    const auto ideographs = [](std::size_t count) { return repeated("\xE4\xB8\xAD", count); };
+    EXPECT_EQ(tableOf(mySql, "a.dbf", ideographs(50)), ideographs(50)) << "5 bytes each, of 251";
+    EXPECT_EQ(tableOf(mySql, "a.dbf", ideographs(51)), ideographs(50));
+    EXPECT_EQ(tableOf(mySql, "a.dbf", repeated("\xC3\xA4", 64)), repeated("\xC3\xA4", 64)) << "3 bytes each";
+    EXPECT_EQ(mySql.nameWithSuffix(ideographs(50), "_kd_new"), ideographs(48) + "_kd_new");
+    EXPECT_EQ(postgreSql.nameWithSuffix(repeated("x", 63), "_kd_new"), repeated("x", 56) + "_kd_new");
+    EXPECT_EQ(namesIn(mySql, {ideographs(64)}), Texts{ideographs(64)}) << "columns are in no file name";
 }
 
 TEST(TableLayoutTable, HasAsManyColumnsAsTheDatabaseTakes)

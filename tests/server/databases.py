@@ -135,7 +135,7 @@ class MySQL(_OnServer):
     def _types(self, table):
         return [(bytes.fromhex(name).decode(), kind) for name, kind in self._execute(
             'SELECT hex(column_name), data_type FROM information_schema.columns WHERE table_schema = database() AND '
-            f'table_name = {_quoted(table, chr(39))} ORDER BY ordinal_position')]
+            f'table_name = {_quoted(table.replace(chr(92), chr(92) * 2), chr(39))} ORDER BY ordinal_position')]
 
     def _marked(self, name, kind):
         name = _quoted(name, '`')

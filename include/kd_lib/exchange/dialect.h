@@ -39,12 +39,13 @@ struct KD_LIB_EXPORT Dialect {
     Engine Is;
     const char* Name;  ///< "sqlite", "postgresql", "mysql"; as in `--to`
 
-    char NameQuote;                                ///< around names, doubled inside
-    std::size_t NameBytes;                         ///< the longest name in bytes; 0: no limit
-    std::size_t NameCharacters;                    ///< the longest name in characters; 0: no limit
-    bool BasicPlaneOnly;                           ///< names hold no characters above U+FFFF
-    bool BlanksAtEnd;                              ///< names may end with blanks
-    const char* OwnTables;                         ///< tables whose names begin with this belong to the database
+    char NameQuote;              ///< around names, doubled inside
+    std::size_t NameBytes;       ///< the longest name in bytes; 0: no limit
+    std::size_t NameCharacters;  ///< the longest name in characters; 0: no limit
+    bool BasicPlaneOnly;         ///< names hold no characters above U+FFFF
+    bool BlanksAtEnd;            ///< names may end with blanks and line ends
+    std::size_t FileNameBytes;   ///< the longest table name, as MySQL encodes it for a file; 0: no limit
+    const char* OwnTables;       ///< tables whose names begin with this belong to the database
     std::span<const std::string_view> OwnColumns;  ///< column names that are the database's, in lower case
 
     std::size_t Columns;            ///< the most columns of a table
@@ -58,11 +59,15 @@ struct KD_LIB_EXPORT Dialect {
     /// `name` as it is written in a statement: order -> "order", a"b -> "a""b"; MySQL: `order`.
     std::string quoteName(std::string_view name) const;
 
-    /// `name` followed by `suffix`, cut so that the database takes it: for tables with temporary names.
+    /// `name` followed by `suffix` of ASCII letters, digits and underscores, cut so that the database takes it as the
+    /// name of a table: for tables with temporary names.
     std::string nameWithSuffix(std::string_view name, std::string_view suffix) const;
 
     /// `name` cut at the end, between two characters, so that the database takes it with `room` bytes more.
     std::string_view cutName(std::string_view name, std::size_t room = 0) const;
+
+    /// The same for the name of a table, for which there may be one limit more.
+    std::string_view cutTableName(std::string_view name, std::size_t room = 0) const;
 };
 
 /// The dialect of an engine.

@@ -42,7 +42,7 @@ std::string allowedCharacters(std::string_view name, const Dialect& dialect)
         }
     }
     if (!dialect.BlanksAtEnd) {
-        allowed.resize(allowed.find_last_not_of(' ') + 1);
+        allowed.resize(allowed.find_last_not_of(" \t\n\v\f\r") + 1);
     }
     return allowed;
 }
@@ -127,7 +127,7 @@ private:
     std::string numbered(const std::string& name, std::uint64_t number) const
     {
         const std::string suffix = '_' + std::to_string(number);
-        return To != nullptr ? To->nameWithSuffix(name, suffix) : name + suffix;
+        return std::string(To != nullptr ? To->cutName(name, suffix.size()) : name) + suffix;
     }
 
     void choose(std::size_t column, std::string name, const char* reason)
@@ -192,8 +192,8 @@ std::string tableName(const std::string& file, const TableOptions& options, cons
     if (isOwnTable(name, dialect) && !(given && dialect.Is == Engine::PostgreSql)) {
         name.insert(0, 1, '_');
     }
-    const bool cut = dialect.cutName(name).size() != name.size();
-    name = name.empty() ? "table_1" : std::string(dialect.cutName(name));
+    const bool cut = dialect.cutTableName(name).size() != name.size();
+    name = name.empty() ? "table_1" : std::string(dialect.cutTableName(name));
     if (name != wanted) {
         notes.push_back({changeOf("table", wanted, name, cut ? tooLong : refused)});
     }
