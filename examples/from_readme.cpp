@@ -1,29 +1,23 @@
-#include <kd_lib/kd_db.h>
+#include <kd_lib/exchange/opensource.h>
+#include <kd_lib/exchange/sqlitetarget.h>
+#include <kd_lib/exchange/transfer.h>
 
 #include <iostream>
 
+using namespace kd_lib::exchange;
+
 int main()
 {
-    // Read a .dbf table record by record.
-    kd_lib::xBaseTable table("members");
-    if (!table.open() || !table.getFieldList()) {
-        return 1;
-    }
-    for (table.firstRecord(); table.fetchRecord();) {
-        if (!table.isDeleted()) {
-            std::cout << table.Fields.getData("name") << "\n";
-        }
+    // Read a table. Values are typed, and empty where the table has none.
+    const auto clients = openSource("clients.dbf");
+    for (const Record& record : *clients) {
+        std::cout << *record["name"].text() << ": " << record["limit"].digits().value_or("no limit") << "\n";
     }
 
-    // Turn it into a script, run that into SQLite, and print a result.
-    kd_lib::xBase2Sql converter("members");
-    const std::string script = converter.convert();  // members.sql
-    kd_lib::SQLite3 database;
-    database.createDatabase(":memory:");
-    database.importSqlFile(script);
-    if (database.query("SELECT name, fee FROM members ORDER BY fee")) {
-        database.queryResults();
-        database.finalize();
-    }
-    return 0;
+    // Carry it into a database, whole or not at all. What cannot be carried is told.
+    SqliteTarget database("clients.db");
+    const Tally tally = transfer(*openSource("clients.dbf"), database,
+                                 {.OnReject = [](const Reject& reject) { std::cerr << reject.Reason << "\n"; }});
+    std::cout << tally.Stored << " records stored in " << database.destination() << "\n";
+    return tally.Loss ? 3 : 0;
 }
