@@ -130,10 +130,10 @@ std::optional<std::string_view> Value::bytes() const
     return cell != nullptr ? std::optional(cell->Text) : std::nullopt;
 }
 
-void Record::reject(std::size_t column, std::string_view reason)
+void Record::reject(std::size_t column, std::string_view reason, FlawKind kind)
 {
     Cells[column] = Cell::unreadable();
-    Flaws.push_back({column, FlawKind::Unreadable, std::string(reason)});
+    Flaws.push_back({column, kind, std::string(reason)});
 }
 
 Value Record::operator[](std::string_view column) const

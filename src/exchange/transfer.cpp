@@ -44,6 +44,7 @@ Reject rejectOf(Source& source, const Flaw& flaw, OnError policy)
     }
     reject.Reason = flaw.Reason;
     reject.Action = actionOf(flaw.Kind, policy);
+    reject.ToldByNote = flaw.Kind == FlawKind::NoMemoFile;
     return reject;
 }
 
@@ -115,7 +116,7 @@ bool applyPolicy(Source& source, OnError policy, const std::function<void(const 
         if (reject.Action == RejectAction::Stop) {
             throw Error(reject.Where, reject.Reason);
         }
-        if (flaw.Kind == FlawKind::Unreadable) {
+        if (flaw.Kind == FlawKind::Unreadable || flaw.Kind == FlawKind::NoMemoFile) {
             record.Cells[flaw.Column] = Cell::null();
         }
         used = used && reject.Action != RejectAction::Skip;

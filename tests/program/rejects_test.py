@@ -56,6 +56,15 @@ class Rejects(ProgramTest):
                 self.assertEqual(result.code, 3)
                 self.assertIn(f'column SUM: {self.number}; {verb} as NULL\n', result.err)
 
+    def test_a_missing_memo_file_is_told_once(self):
+        write('notes.dbf', table([[str(i), str(i)] for i in range(30)], [('ID', 'N', 3, 0), ('NOTE', 'M', 10, 0)]))
+        self.check(['load', 'notes.dbf', '--into', 'a.db', '--rejects', 'r.jsonl'], '',
+                   'kd_db: notes.dbf: memo file: notes.dbt is missing; its values cannot be read\n'
+                   'notes.dbf: 30 records read, 0 left out, 30 stored in table notes\n', 3)
+        lines = json_lines('r.jsonl')
+        self.assertEqual([line['record'] for line in lines], list(range(2, 31)))  # pointer 0 is NULL
+        self.assertEqual({(line['column'], line['action']) for line in lines}, {('NOTE', 'null')})
+
     def test_quiet_leaves_errors_and_rejects(self):
         self.check(['load', 'bad.dbf', '--into', 'a.db', '-q'], '',
                    f'kd_db: bad.dbf: record 2, column SUM: {self.number}; stored as NULL\n'

@@ -39,7 +39,10 @@ void Report::reject(const exchange::Reject& reject)
     if (Rejects != nullptr) {
         Rejects->write(reject);
     }
-    if (reject.Action != exchange::RejectAction::Stop && ++Count <= mostLines) {
+    if (reject.ToldByNote || reject.Action == exchange::RejectAction::Stop) {
+        return;  // a note or the error line tells it
+    }
+    if (++Count <= mostLines) {
         To.trouble(lineOf(reject, Verb));
     }
 }

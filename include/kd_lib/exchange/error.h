@@ -57,6 +57,7 @@ struct Reject {
     std::string Bytes;  ///< the cell's bytes in the file
     std::string Reason;
     RejectAction Action = RejectAction::Null;
+    bool ToldByNote = false;  ///< a note tells of all rejects of this kind: that the memo file is missing
 };
 
 /// "null", "replace", "escape", "cut", "skip" or "stop".

@@ -20,6 +20,7 @@ namespace kd_lib::exchange {
 /// What is wrong with a cell or with the whole record.
 enum class FlawKind : std::uint8_t {
     Unreadable,   ///< the cell of kind `Unreadable`
+    NoMemoFile,   ///< the same, for want of the table's memo file; a note of the source tells it once
     Replaced,     ///< bytes that the code page lacks became U+FFFD in the cell
     Escaped,      ///< such bytes became \xNN in the cell
     RowTooShort,  ///< the row has fewer cells than there are columns; the others are null
@@ -80,7 +81,7 @@ public:
     static constexpr std::size_t PlainRoom = 32;
 
     /// Marks the cell of a column as unreadable. Its text is no longer needed.
-    void reject(std::size_t column, std::string_view reason);
+    void reject(std::size_t column, std::string_view reason, FlawKind kind = FlawKind::Unreadable);
 
     Value operator[](std::size_t column) const { return Value(Cells[column], (*Columns)[column], Number); }
 

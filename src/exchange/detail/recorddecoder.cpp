@@ -230,7 +230,7 @@ void RecordDecoder::setMemo(Field& field, std::string_view pointer, Record& to)
     }
     if (Memo == nullptr) {
         MetMissingMemo = true;
-        to.reject(field.Column, "the memo file is missing");
+        to.reject(field.Column, "the memo file is missing", FlawKind::NoMemoFile);
         return;
     }
     if (const char* const reason = Memo->read(*block, field.Memo)) {
