@@ -61,7 +61,7 @@ class Rejects(ProgramTest):
         self.check(['load', 'notes.dbf', '--into', 'a.db', '--rejects', 'r.jsonl'], '',
                    'kd_db: notes.dbf: memo file: notes.dbt is missing; its values cannot be read\n'
                    'notes.dbf: 30 records read, 0 left out, 30 stored in table notes\n', 3)
-        lines = json_lines('r.jsonl')
+        lines = json_lines(content('r.jsonl').decode())
         self.assertEqual([line['record'] for line in lines], list(range(2, 31)))  # pointer 0 is NULL
         self.assertEqual({(line['column'], line['action']) for line in lines}, {('NOTE', 'null')})
 
