@@ -79,8 +79,9 @@ public:
     void finish()
     {
         Chunks.finish();
-        Session.run("COMMIT");
-        if (!Existing) {
+        if (Existing) {
+            Session.run("COMMIT");
+        } else {
             publish();
         }
     }
@@ -147,11 +148,10 @@ private:
             throw Error(Session.name(), "table " + Layout.table() + " exists already");
         }
         Loaded = Layout.dialect().nameWithSuffix(Layout.table(), "_kd_db_" + std::to_string(Session.number()));
-        // Nobody else has the table: nothing in it can be referred to, and its only unique column numbers itself.
-        Session.run("SET SESSION unique_checks = 0, SESSION foreign_key_checks = 0");
         Session.run(Layout.createTable(Loaded) + " COMMENT='" + unfinished + "'");
         Made = true;
-        Session.run("START TRANSACTION");
+        // The table is dropped after a failure: a transaction would only cost time.
+        Session.run("SET SESSION autocommit = 1");
     }
 
     /// The new table gets its name.
@@ -165,7 +165,6 @@ private:
         }
         const std::string old =
             quoted(Layout.dialect().nameWithSuffix(Layout.table(), "_kd_db_old_" + std::to_string(Session.number())));
-        Session.run("SET SESSION foreign_key_checks = 1");
         Session.run("RENAME TABLE " + quoted(Layout.table()) + " TO " + old + ", " + rename);
         if (!Session.send("DROP TABLE " + old)) {
             const std::string reason = Session.reason();
