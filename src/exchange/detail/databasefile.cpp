@@ -1,5 +1,7 @@
 #include "databasefile.h"
 
+#include "sqlitedatabase.h"
+
 #include <kd_lib/exchange/error.h>
 
 #include <cerrno>
@@ -97,7 +99,11 @@ DatabaseFile::DatabaseFile(const std::string& name) : Name(name), Final(plainPat
 
 DatabaseFile::~DatabaseFile()
 {
-    removeTemporary();
+    if (isNew()) {
+        removeTemporary();
+    } else {
+        settleJournal(Final);
+    }
 }
 
 void DatabaseFile::checkRemains() const

@@ -16,7 +16,8 @@ public:
     /// where it is not a regular file.
     explicit DatabaseFile(const std::string& name);
 
-    /// Removes an unpublished file.
+    /// Removes an unpublished file. In a database that exists, what a failed write left is rolled back; no connection of
+    /// the work may be open any longer.
     ~DatabaseFile();
     DatabaseFile(const DatabaseFile&) = delete;
     DatabaseFile& operator=(const DatabaseFile&) = delete;

@@ -54,6 +54,19 @@ std::string quotedName(std::string_view name)
     return quoted + '"';
 }
 
+void settleJournal(const std::string& path) noexcept
+{
+    struct stat status = {};
+    if (::stat((path + "-journal").c_str(), &status) != 0) {
+        return;
+    }
+    sqlite3* database = nullptr;
+    if (sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK) {
+        sqlite3_exec(database, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr);
+    }
+    sqlite3_close(database);
+}
+
 void bindText(sqlite3_stmt* statement, int parameter, std::string_view text)
 {
     const char* const bytes = text.empty() ? "" : text.data();

@@ -21,6 +21,10 @@ using StatementHandle = std::unique_ptr<sqlite3_stmt, StatementCloser>;
 /// A name as SQL, quoted so that no character of it can end it.
 std::string quotedName(std::string_view name);
 
+/// Lets SQLite roll back what a failed write left in a database, if its journal is there: it would wait for the next
+/// one who reads. What cannot be opened or read is left as it is.
+void settleJournal(const std::string& path) noexcept;
+
 /// Binds a copy of a text.
 void bindText(sqlite3_stmt* statement, int parameter, std::string_view text);
 
