@@ -46,19 +46,23 @@ bool RecordReader::skipLine()
 
 bool RecordReader::readBytes()
 {
-    const bool direct = Table.RecordLength <= longestDirect;
-    if (direct) {
-        Text.resize(Table.RecordLength);
+    std::fstream& file = Table.File;
+    const std::uint64_t length = Table.RecordLength;
+    if (length > longestDirect) {
+        char* const to = room();
+        file.read(to, static_cast<std::streamsize>(length));
+        Text.assign(to, static_cast<std::size_t>(file.gcount()));
+        return !file.fail();
     }
-    char* const to = direct ? Text.data() : room();
-    Table.File.read(to, static_cast<std::streamsize>(Table.RecordLength));
-    const auto size = static_cast<std::size_t>(Table.File.gcount());
-    if (!direct) {
-        Text.assign(to, size);
-    } else if (size < Table.RecordLength) {
-        Text.resize(size);
+    if (Text.size() != length) {
+        Text.resize(length);
     }
-    return !Table.File.fail();
+    file.read(Text.data(), static_cast<std::streamsize>(length));
+    if (!file.fail()) {
+        return true;
+    }
+    Text.resize(static_cast<std::size_t>(file.gcount()));
+    return false;
 }
 
 bool RecordReader::read()
