@@ -125,12 +125,9 @@ inline void putLiteral(TextWriter& sql, const TableField& field)
 
 void appendLiterals(TextBuffer& sql, std::span<TableField* const> fields)
 {
-    std::size_t room = 0;
+    TextWriter writer(sql, 0);
     for (const TableField* field : fields) {
-        room += literalRoom(*field);
-    }
-    TextWriter writer(sql, room);
-    for (const TableField* field : fields) {
+        writer.reserve(literalRoom(*field));
         putLiteral(writer, *field);
         writer.put(',');
     }

@@ -53,14 +53,25 @@ private:
     std::size_t Capacity = 0;
 };
 
-/// Appends pieces to a buffer, at most `count` bytes in all, without a check of each: the room is reserved once.
+/// Appends pieces to a buffer without a check of each: room for `count` bytes is reserved, and more by `reserve`.
 /// The pieces are part of the buffer's text when the writer is destroyed; until then the buffer must not change.
 class TextWriter {
 public:
-    TextWriter(TextBuffer& buffer, std::size_t count) : Buffer(buffer), End(buffer.room(count)) {}
+    TextWriter(TextBuffer& buffer, std::size_t count)
+        : Buffer(buffer), End(buffer.room(count)), Limit(buffer.Bytes.get() + buffer.Capacity)
+    {
+    }
     ~TextWriter() { Buffer.Size = static_cast<std::size_t>(End - Buffer.Bytes.get()); }
     TextWriter(const TextWriter&) = delete;
     TextWriter& operator=(const TextWriter&) = delete;
+
+    /// Reserves room for `count` bytes after what has been put.
+    void reserve(std::size_t count)
+    {
+        if (count > static_cast<std::size_t>(Limit - End)) {
+            grow(count);
+        }
+    }
 
     void put(char c) { *End++ = c; }
     void put(std::string_view text) { End = copyBytes(End, text); }
@@ -76,8 +87,16 @@ public:
     void dropLast() { --End; }
 
 private:
+    void grow(std::size_t count)
+    {
+        Buffer.Size = static_cast<std::size_t>(End - Buffer.Bytes.get());
+        End = Buffer.room(count);
+        Limit = Buffer.Bytes.get() + Buffer.Capacity;
+    }
+
     TextBuffer& Buffer;
     char* End;
+    char* Limit;
 };
 
 }  // namespace kd_lib::detail

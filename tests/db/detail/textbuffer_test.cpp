@@ -70,3 +70,19 @@ TEST(TextWriter, WhatWasWrittenBeforeAnExceptionStays)
         EXPECT_EQ(buffer.text(), "ab");
     }
 }
+
+TEST(TextWriter, ReservesMoreWhileItWrites)
+{
+    TextBuffer buffer;
+    std::string expected;
+    {
+        TextWriter writer(buffer, 0);
+        for (std::size_t size = 0; size < 300; ++size) {
+            const std::string piece(size, static_cast<char>('a' + size % 26));
+            writer.reserve(size);
+            writer.put(piece);
+            expected += piece;
+        }
+    }
+    EXPECT_EQ(buffer.text(), expected);
+}
