@@ -64,8 +64,8 @@ std::string programHelp()
 {
     std::string out = "Usage: kd_db COMMAND [OPTION]... ARGUMENT...\n"
                       "\n"
-                      "Shows, converts and loads .dbf tables, delimited and fixed-column text, and .mem\n"
-                      "files; carries them into SQLite, PostgreSQL and MariaDB, whole and right.\n"
+                      "Shows, converts and loads .dbf tables, delimited and fixed-column text, and\n"
+                      ".mem files; carries them into SQLite, PostgreSQL and MariaDB, whole and right.\n"
                       "\n"
                       "Commands:\n";
     for (const CommandSpec& command : commands()) {

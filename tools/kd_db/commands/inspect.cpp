@@ -58,11 +58,12 @@ public:
         std::string what = visible(part.What);
         what.resize(std::max(what.size() + 2, whatWidth), ' ');
         const std::string meaning = (part.Damaged ? "DAMAGED: " : "") + visible(part.Meaning);
-        Output.write(offsetText(part.Offset) + ' ' + bytesText(part.Bytes, part.Length) + "  " + what);
-        Output.write(Colored && part.Damaged ? red : "");
-        Output.write(meaning);
-        Output.write(Colored && part.Damaged ? plain : "");
-        Output.write('\n');
+        std::string line = offsetText(part.Offset) + ' ' + bytesText(part.Bytes, part.Length) + "  " + what;
+        line += Colored && part.Damaged ? red : "";
+        line += meaning;
+        line += Colored && part.Damaged ? plain : "";
+        line.resize(line.find_last_not_of(' ') + 1);
+        Output.write(line + '\n');
     }
 
 private:
