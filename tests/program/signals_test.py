@@ -47,12 +47,12 @@ class Signals(ProgramTest):
 
     def loaded(self, database):
         """The number of records in the table that is loaded; None: there is no such table."""
-        tables = self.rows(database, "SELECT count(*) FROM sqlite_master WHERE name = 'big'")
-        return int(self.rows(database, 'SELECT count(*) FROM big')[0]) if tables == ['1'] else None
+        tables = self.values(database, "SELECT count(*) FROM sqlite_master WHERE name = 'big'")
+        return self.values(database, 'SELECT count(*) FROM big')[0] if tables == [1] else None
 
     def remake(self):
         for name in os.listdir('.'):
-            if name.startswith(('new.db', 'old.db')):
+            if name.startswith(('new.db', 'old.db', '.kd_db-')):
                 os.remove(name)
         write('old.db', self.before)
 
@@ -70,7 +70,7 @@ class Killed(Signals):
                     self.check_intact(database)
                     self.assertIn(self.loaded(database), [None, RECORDS])
                 if database == 'old.db':
-                    self.assertEqual(self.rows(database, 'SELECT count(*) FROM members'), ['3'])
+                    self.assertEqual(self.values(database, 'SELECT count(*) FROM members'), [3])
         self.assertGreater(cut_short, 0)
 
     def test_load_killed_at_random_moments_holds_all_or_nothing(self):
@@ -106,6 +106,19 @@ class Ended(Signals):
     def test_import_ended_at_random_moments_rolls_back(self):
         self.check_ended('import', 'big.sql', '--into')
 
+    def test_load_of_several_files_ended_at_random_moments(self):
+        files = {'big.dbf', 'big.sql', 'members.dbf', 'old.db', 'more.dbf'}
+        write('more.dbf', content('big.dbf'))
+        for moment in self.moments(['load', 'big.dbf', 'more.dbf', '--into', 'new.db'], 6):
+            self.remake()
+            code, _, err = self.interrupt(['load', 'big.dbf', 'more.dbf', '--into', 'new.db'], signal.SIGINT, moment)
+            self.assertIn(code, [0, 130])
+            self.assertNotIn('kd_db:', err)
+            if os.path.exists('new.db'):  # what was loaded before stays
+                self.check_intact('new.db')
+                self.assertIn(self.loaded('new.db'), [None, RECORDS])
+            self.assertLessEqual(set(os.listdir('.')), files | {'new.db'})
+
     def test_script_ended_at_random_moments_leaves_nothing(self):
         write('big.dbf', many_records(5 * RECORDS))
         os.remove('big.sql')
@@ -123,6 +136,52 @@ class Ended(Signals):
                 self.assertNotIn('kd_db:', err)
                 self.assertEqual(set(os.listdir('.')), {'big.dbf', 'members.dbf', 'old.db'})
         self.assertGreater(cut_short, 0)
+
+
+class Waiting(ProgramTest):
+    """Work that waits for its input, or for the reader of its output, ends as soon as it is asked to."""
+
+    def check_ended(self, arguments, number, **streams):
+        with started(*arguments, stderr=subprocess.PIPE, **streams) as process:
+            with self.assertRaises(subprocess.TimeoutExpired):
+                process.wait(timeout=0.3)
+            process.send_signal(number)
+            self.assertEqual(process.wait(timeout=60), 128 + number)
+            self.assertEqual(process.stderr.read(), b'')
+
+    def test_input_that_does_not_come(self):
+        os.mkfifo('pipe')
+        for number in [signal.SIGINT, signal.SIGTERM, signal.SIGHUP]:
+            for arguments in [['load', '-', '--from', 'csv', '--table', 't', '--into', 'a.db'],
+                              ['load', '-', '--from', 'dbf', '--table', 't', '--into', 'a.db'],
+                              ['load', 'pipe', '--from', 'csv', '--into', 'a.db'],
+                              ['convert', '-', '--from', 'csv', '--to', 'csv', '-o', 'out'],
+                              ['list', '-', '--from', 'csv']]:
+                with self.subTest(arguments, signal=number):
+                    self.check_ended(arguments, number, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+                    self.assertEqual(self.files(), ['pipe'])
+
+    def test_reader_that_does_not_read(self):
+        write('long.csv', 'a,b\n' + 'r1c1,r1c2\n' * 200000)
+        self.run_program('load', 'long.csv', '--into', 'a.db')
+        for arguments in [['list', 'long.csv', '-q'], ['convert', 'long.csv', '--to', 'csv', '-q'],
+                          ['query', 'a.db', 'SELECT * FROM long'], ['query', 'long.csv', 'SELECT * FROM long']]:
+            with self.subTest(arguments):
+                self.check_ended(arguments, signal.SIGTERM, stdout=subprocess.PIPE)
+
+
+class Ignored(ProgramTest):
+    def test_a_signal_that_was_ignored_stays_so(self):
+        def ignore():
+            signal.signal(signal.SIGHUP, signal.SIG_IGN)
+        with started('import', '-', '--into', 'new.db', '-q', stdin=subprocess.PIPE, preexec_fn=ignore) as process:
+            with self.assertRaises(subprocess.TimeoutExpired):
+                process.wait(timeout=0.3)
+            process.send_signal(signal.SIGHUP)
+            process.stdin.write(b'CREATE TABLE t(n);')
+            process.stdin.close()
+            self.assertEqual(process.wait(timeout=60), 0)
+        self.assertEqual(self.values('new.db', 'SELECT count(*) FROM t'), [0])
 
 
 if __name__ == '__main__':

@@ -73,23 +73,30 @@ private:
     bool Loss = false;
 };
 
-/// The tables of the arguments. A file of a folder that cannot be read is left out with a note: the statement may well do
-/// without it.
+/// The tables of a folder. A file that cannot be read is left out with a note: the statement may well do without it.
+void addFolder(std::vector<exchange::FileTableOptions>& tables, const std::string& folder, const Options& options,
+               Console& console)
+{
+    for (const std::string& file : filesOf({folder}, options.Source)) {
+        try {
+            exchange::openSource(file, options.Source);
+            tables.push_back({file, {}, options.Source});
+        } catch (const exchange::Error& error) {
+            console.note(std::string(error.what()) + "; no table");
+        }
+    }
+}
+
 std::vector<exchange::FileTableOptions> tablesOf(const std::vector<std::string>& arguments, const Options& options,
                                                  Console& console)
 {
     std::vector<exchange::FileTableOptions> tables;
     for (const std::string& argument : arguments) {
-        for (const std::string& file : filesOf({argument}, options.Source)) {
-            try {
-                requireKind(file, options.Source);
-                if (isFolder(argument)) {
-                    exchange::openSource(file, options.Source);
-                }
-                tables.push_back({file, {}, options.Source});
-            } catch (const exchange::Error& error) {
-                console.note(std::string(error.what()) + "; no table");
-            }
+        if (isFolder(argument)) {
+            addFolder(tables, argument, options, console);
+        } else {
+            requireKind(argument, options.Source);
+            tables.push_back({argument, {}, options.Source});
         }
     }
     return tables;
