@@ -107,15 +107,15 @@ int runProgram(int argc, const char* const* argv)
     } catch (const UsageError& error) {
         status = usage(error, console);
     } catch (const ReaderGone&) {
-        status = statusDone;
+        status = signalReceived() != 0 ? statusSignal + signalReceived() : statusDone;
     } catch (const exchange::Stopped&) {
-        // The signal is told by the status.
+        status = statusSignal + signalReceived();
     } catch (const std::bad_alloc&) {
         console.trouble("not enough memory");
     } catch (const std::exception& error) {
         console.trouble(error.what());
     }
-    return signalReceived() != 0 ? statusSignal + signalReceived() : status;
+    return status;  // a signal that came after the work was done changes nothing
 }
 
 }  // namespace kd_tool
