@@ -72,6 +72,15 @@ bool isTrue(std::string_view text)
     return text == "T" || text == "Y" || text == "t" || text == "y";
 }
 
+/// The number without the sign of a zero.
+char* copyNumber(char* to, std::string_view text)
+{
+    if (text[0] == '-' && text.find_first_of("123456789") == std::string_view::npos) {
+        text.remove_prefix(1);
+    }
+    return copy(to, text);
+}
+
 char* copyCsvText(char* to, std::string_view text)
 {
     if (!text.empty() && text.find_first_of(",\"\r\n") == std::string_view::npos) {
@@ -99,7 +108,7 @@ char* copyCsv(char* to, char type, std::string_view value)
     if (type == 'L') {
         return copy(to, isTrue(text) ? "true" : "false");
     }
-    return type == 'D' ? copyDate(to, text) : copy(to, withoutLeadingBlanks(text));
+    return type == 'D' ? copyDate(to, text) : copyNumber(to, withoutLeadingBlanks(text));
 }
 
 char* copyRowText(char* to, std::string_view text)
@@ -124,7 +133,7 @@ char* copyRow(char* to, char type, std::string_view value)
     if (type == 'L') {
         return copy(to, isTrue(text) ? "t" : "f");
     }
-    return type == 'D' ? copyDate(to, text) : copy(to, withoutLeadingBlanks(text));
+    return type == 'D' ? copyDate(to, text) : copyNumber(to, withoutLeadingBlanks(text));
 }
 
 /// Writes the records that are not deleted, each value by `cell`.
@@ -156,7 +165,7 @@ Tally writeRecords(DbfReader& table, TextOutput& text, char between, Cell cell)
 Tally dbfToCsv(const Files& files)
 {
     DbfReader table(files.input(".dbf"));
-    TextOutput text(files.output(".csv"));
+    TextOutput text(files.output(".carried"));
     std::string header;
     for (const DbfColumn& column : table.columns()) {
         header += (header.empty() ? "" : ",") + column.Name;
@@ -169,8 +178,18 @@ Tally dbfToCsv(const Files& files)
 Tally dbfToCopy(const Files& files)
 {
     DbfReader table(files.input(".dbf"));
-    TextOutput text(files.output(".copy"));
-    return writeRecords(table, text, '\t', copyRow);
+    TextOutput text(files.output(".carried"));
+    return {writeRecords(table, text, '\t', copyRow).Records, 0};
+}
+
+Tally loadValues(const Files& files)
+{
+    return {loadRecords(files).Records, 0};
+}
+
+Tally countRecords(const Files& files)
+{
+    return {walkDbf(files).Records, 0};
 }
 
 }  // namespace kd_bench::bare

@@ -16,4 +16,9 @@ Tally importScript(const Files& files);
 Tally loadRecords(const Files& files);
 Tally printQuery(const Files& files);
 
+Tally dbfToCsv(const Files& files);
+Tally dbfToCopy(const Files& files);
+Tally loadValues(const Files& files);
+Tally countRecords(const Files& files);
+
 }  // namespace kd_bench::bare

@@ -14,4 +14,10 @@ Tally importScript(const Files& files);
 Tally loadRecords(const Files& files);
 Tally printQuery(const Files& files);
 
+Tally carryToCsv(const Files& files);
+Tally carryToCopy(const Files& files);
+Tally carryToSqlite(const Files& files);
+Tally readDelimited(const Files& files);
+Tally queryFile(const Files& files);
+
 }  // namespace kd_bench::library

@@ -12,7 +12,7 @@ namespace kd_bench {
 
 namespace {
 
-constexpr std::array<Workload, 13> all = {{
+constexpr std::array<Workload, 18> all = {{
     {"dbf_walk", "people", ".dbf", "", false, library::walkDbf, bare::walkDbf},
     {"wide_walk", "wide", ".dbf", "", false, library::walkDbf, bare::walkDbf},
     {"dbf_to_script", "people", ".dbf", ".sql", false, library::writeScript, bare::writeScript},
@@ -26,6 +26,11 @@ constexpr std::array<Workload, 13> all = {{
     {"quoted_import", "quoted", ".sql", ".db", false, library::importScript, bare::importScript},
     {"record_load", "people", ".dbf", ".db", false, library::loadRecords, bare::loadRecords},
     {"query_print", "people", ".db", "", true, library::printQuery, bare::printQuery},
+    {"carry_csv", "people", ".dbf", ".carried", false, library::carryToCsv, bare::dbfToCsv},
+    {"carry_copy", "people", ".dbf", ".carried", false, library::carryToCopy, bare::dbfToCopy},
+    {"carry_sqlite", "people", ".dbf", ".db", false, library::carryToSqlite, bare::loadValues},
+    {"delimited_read", "people", ".csv", "", false, library::readDelimited, bare::walkCsv},
+    {"file_query", "people", ".dbf", "", false, library::queryFile, bare::countRecords},
 }};
 
 }  // namespace
