@@ -1,6 +1,7 @@
 // Writes the first inputs of every target: write_seeds FOLDER makes FOLDER/<target>/<number>.
 // The settings of a target are the last bytes of its input.
 
+#include "exchange/support/xbase_file.h"
 #include "support/dbf_builder.h"
 #include "support/mem_builder.h"
 
@@ -244,6 +245,61 @@ void writeSourceSeeds(const std::filesystem::path& corpus)
                {});
 }
 
+/// Settings: the size of the memo file at the content's end, low byte before high byte, then two bytes of options.
+void writeXbaseSourceSeeds(const std::filesystem::path& corpus)
+{
+    using kd_test::little;
+    Seeds tables(corpus, "dbfsource_fuzz");
+    const auto add = [&tables](const kd_test::XbaseFile& table, const std::string& memo, bool fox) {
+        for (const int flags : {0, 1, 2, 6, 8, 64, 96, 130}) {
+            const auto size = static_cast<int>(memo.size());
+            tables.add(table.bytes() + memo, {size % 256, size / 256, fox ? 128 : 0, flags});
+            tables.add(table.bytes() + memo, {size % 256, size / 256, (fox ? 128 : 0) + flags % 8 + 24, flags});
+        }
+    };
+    kd_test::XbaseFile three(0x83, {{"A", 'C', 12}, {"B", 'N', 9, 2}, {"D", 'D', 8}, {"L", 'L', 1}, {"M", 'M', 10}});
+    three.Language = 2;
+    three.record({"it's \x81", "   -12.50", "20240229", "T", "         1"});
+    three.record({"a  b", "*********", "20230229", "x", "         9"}, '*');
+    three.record({"", "1.5E+03", "", "?", ""});
+    add(three, kd_test::memo3({"first", "second"}), false);
+    kd_test::XbaseFile four(0x8B, {{"A", 'M', 10}, {"B", 'G', 10}});
+    four.record({"         1", "         2"});
+    add(four, kd_test::memo4({"first", "second"}, 64), false);
+    kd_test::XbaseFile visual(0x32, {{"A", 'V', 8, 0, 2},
+                                     {"B", 'I', 4, 0, 2},
+                                     {"Y", 'Y', 8},
+                                     {"T", 'T', 8},
+                                     {"F", 'B', 8},
+                                     {"Q", 'Q', 5, 0, 2},
+                                     {"M", 'M', 4},
+                                     {"C", 'C', 3, 0, 4},
+                                     {"_NullFlags", '0', 1, 0, 5}});
+    visual.record({"ab     \x02", little(7, 4), little(180001, 8), little(2460375, 4) + little(47655678, 4),
+                   kd_test::littleDouble(0.1), "\x01\x02  \x02", little(8, 4), "\xFF\x01\x02", "\x09"});
+    visual.record({"", "", "", "", "", "", little(9, 4), "", "\x1F"});
+    add(visual, kd_test::memoFox({"fox", ""}), true);
+    kd_test::XbaseFile seven(4, {{"A", 'O', 8}, {"B", '@', 8}, {"P", '+', 4}, {"C", 'C', 3}});
+    seven.Driver = "DB866RU0";
+    seven.record({kd_test::big(0x3F970051EB851EB7, 8), kd_test::big(0x42CC418BA99A0000, 8), kd_test::big(0x8000000A, 4),
+                  "\x8C"});
+    add(seven, "", false);
+    kd_test::XbaseFile two(2, {{"A", 'C', 5}, {"B", 'N', 4}});
+    two.record({"x", "17"}).record({"y", ""});
+    two.Count = 5;
+    two.End = "\x1A rest";
+    add(two, "", false);
+    Seeds memos(corpus, "memofile_fuzz");
+    for (int kind = 0; kind < 5; ++kind) {
+        memos.add(kd_test::memo3({"first", "",
+                                  "it's\x1A"
+                                  "third"}),
+                  {kind * 2});
+        memos.add(kd_test::memo4({"first", "", "third"}, 64), {kind * 2});
+        memos.add(kd_test::memoFox({"first", "", "third"}, 33), {kind * 2 + 1});
+    }
+}
+
 void writeUnitSeeds(const std::filesystem::path& corpus)
 {
     Seeds pages(corpus, "codepage_fuzz");
@@ -319,6 +375,7 @@ int main(int argc, char** argv)
     writeStatementSeeds(corpus);
     writeTableSeeds(corpus);
     writeSourceSeeds(corpus);
+    writeXbaseSourceSeeds(corpus);
     writeUnitSeeds(corpus);
     writeBlockSeeds(corpus);
     writeCallSeeds(corpus);

@@ -257,6 +257,15 @@ TEST_F(InspectTest, DamagedMemoFiles)
     }
 }
 
+TEST_F(InspectTest, BlocksLargerThanTheMemoFile)
+{
+    std::string fox = memoFox({"first"});
+    fox.replace(6, 2, big(4608, 2)).replace(0, 4, big(1, 4));
+    lines("large.fpt", fox);
+    EXPECT_TRUE(coversTo(fox.size()));
+    EXPECT_EQ(Lines.back(), "512+64 rest of the header: ");
+}
+
 TEST_F(InspectTest, MemoFilesCutEverywhere)
 {
     int number = 0;

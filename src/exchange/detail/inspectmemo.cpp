@@ -46,9 +46,7 @@ public:
         }
         // The header fills its first blocks.
         std::uint64_t at = roundedUp(HeaderSize);
-        if (at > HeaderSize && at <= Size) {
-            unused(HeaderSize, at - HeaderSize, "rest of the header");
-        }
+        unused(HeaderSize, std::min(at, Size) - HeaderSize, "rest of the header");
         while (at < Size) {
             at = Kind == MemoKind::Dbt3 ? textAt(at) : Kind == MemoKind::Dbt4 ? blockOf4(at) : blockOfFox(at);
         }
