@@ -1,5 +1,6 @@
 #include "bare_dbf.h"
 
+#include "bare_output.h"
 #include "bare_work.h"
 
 #include <algorithm>
@@ -20,56 +21,6 @@ std::size_t littleEndian(const unsigned char* bytes, int count)
         value = value << 8 | bytes[i];
     }
     return value;
-}
-
-/// Gathers a script and writes it in blocks.
-class ScriptOutput {
-public:
-    explicit ScriptOutput(const std::string& path) : File(std::fopen(path.c_str(), "wb"))
-    {
-        if (File == nullptr) {
-            throw std::runtime_error(path);
-        }
-        std::setvbuf(File, nullptr, _IONBF, 0);
-    }
-    ~ScriptOutput() { std::fclose(File); }
-    ScriptOutput(const ScriptOutput&) = delete;
-    ScriptOutput& operator=(const ScriptOutput&) = delete;
-
-    /// A place for at most `size` bytes.
-    char* room(std::size_t size)
-    {
-        if (Used + size > Block.size()) {
-            flush();
-            Block.resize(std::max(Block.size(), size));
-        }
-        return Block.data() + Used;
-    }
-
-    void endAt(const char* end) { Used = static_cast<std::size_t>(end - Block.data()); }
-
-    void flush()
-    {
-        Written += Used;
-        if (std::fwrite(Block.data(), 1, Used, File) != Used) {
-            throw std::runtime_error("the script cannot be written");
-        }
-        Used = 0;
-    }
-
-    std::uint64_t written() const { return Written; }
-
-private:
-    std::FILE* File;
-    std::vector<char> Block = std::vector<char>(4 * blockSize);
-    std::size_t Used = 0;
-    std::uint64_t Written = 0;
-};
-
-char* copy(char* to, std::string_view text)
-{
-    std::memcpy(to, text.data(), text.size());
-    return to + text.size();
 }
 
 char* copyText(char* to, std::string_view text)
@@ -205,7 +156,7 @@ Tally walkDbf(const Files& files)
 Tally writeScript(const Files& files)
 {
     DbfReader table(files.input(".dbf"));
-    ScriptOutput script(files.output(".sql"));
+    TextOutput script(files.output(".sql"));
     const std::string create = definition(files.Table, table.columns());
     script.endAt(copy(script.room(create.size()), create));
     const std::string lead = insertLead(files.Table, table.columns());

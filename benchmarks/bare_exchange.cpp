@@ -1,65 +1,12 @@
 // The twins of the exchange library: a .dbf table as CSV and as the rows of COPY, by slices and plain copies. They
 // trust their input: plain ASCII, numbers in normal form.
 #include "bare_dbf.h"
+#include "bare_output.h"
 #include "bare_work.h"
-
-#include <algorithm>
-#include <stdexcept>
 
 namespace kd_bench::bare {
 
 namespace {
-
-constexpr std::size_t blockSize = 262144;
-
-/// Gathers text and writes it in blocks.
-class TextOutput {
-public:
-    explicit TextOutput(const std::string& path) : File(std::fopen(path.c_str(), "wb"))
-    {
-        if (File == nullptr) {
-            throw std::runtime_error(path);
-        }
-        std::setvbuf(File, nullptr, _IONBF, 0);
-    }
-    ~TextOutput() { std::fclose(File); }
-    TextOutput(const TextOutput&) = delete;
-    TextOutput& operator=(const TextOutput&) = delete;
-
-    /// A place for at most `size` bytes, much less than a block.
-    char* room(std::size_t size)
-    {
-        if (Used + size > Block.size()) {
-            flush();
-        }
-        return Block.data() + Used;
-    }
-
-    void endAt(const char* end) { Used = static_cast<std::size_t>(end - Block.data()); }
-
-    void flush()
-    {
-        Written += Used;
-        if (std::fwrite(Block.data(), 1, Used, File) != Used) {
-            throw std::runtime_error("the text cannot be written");
-        }
-        Used = 0;
-    }
-
-    std::uint64_t written() const { return Written; }
-
-private:
-    std::FILE* File;
-    std::vector<char> Block = std::vector<char>(blockSize);
-    std::size_t Used = 0;
-    std::uint64_t Written = 0;
-};
-
-char* copy(char* to, std::string_view text)
-{
-    std::memcpy(to, text.data(), text.size());
-    return to + text.size();
-}
 
 char* copyDate(char* to, std::string_view text)
 {
