@@ -1,5 +1,6 @@
 #include <kd_lib/xbasetable.h>
 
+#include "../formats/dbfheader.h"
 #include "detail/messages.h"
 #include "detail/recordreader.h"
 
@@ -17,29 +18,10 @@ namespace kd_lib {
 
 namespace {
 
-// The file header.
-constexpr std::size_t headerSize = 32;
-constexpr std::size_t versionAt = 0;
-constexpr std::size_t yearAt = 1;
-constexpr std::size_t monthAt = 2;
-constexpr std::size_t dayAt = 3;
-constexpr std::size_t recordCountAt = 4;
-constexpr std::size_t headerLengthAt = 8;
-constexpr std::size_t recordLengthAt = 10;
-constexpr int yearBase = 1900;
+namespace header3 = formats::dbfheader;
 
-// A field descriptor.
-constexpr std::size_t descriptorSize = 32;
-constexpr std::size_t nameWidth = 11;
-constexpr std::size_t typeAt = 11;
-constexpr std::size_t lengthAt = 16;
-constexpr std::size_t decimalsAt = 17;
-constexpr std::size_t flagAt = 31;
-constexpr unsigned char indexedFlag = 1;
-
-// A record.
-constexpr char deletionMark = '*';
-constexpr int firstFieldOffset = 1;
+// Deliberate: the descriptors of every table are read as those of dBase III.
+constexpr const formats::DescriptorShape& descriptor3 = formats::descriptorOf3;
 
 unsigned char byteAt(const char* bytes, std::size_t position)
 {
@@ -123,20 +105,21 @@ bool xBaseTable::readHeader()
     }
     Fields.clearList();
     beginFile();
-    std::array<char, headerSize> header{};
-    File.read(header.data(), headerSize);
+    std::array<char, header3::size> header{};
+    File.read(header.data(), header3::size);
     if (File.gcount() == 0) {
         return false;
     }
-    Version = byteAt(header.data(), versionAt);
-    RecordLength = signExtended(shortAt(header.data(), recordLengthAt));
-    LastUpdate = std::to_string(byteAt(header.data(), yearAt) + yearBase) +
-                 std::to_string(byteAt(header.data(), monthAt)) + std::to_string(byteAt(header.data(), dayAt));
-    const short length = shortAt(header.data(), headerLengthAt);
-    const int fieldCount = length / static_cast<int>(descriptorSize) - 1;
+    Version = byteAt(header.data(), header3::versionAt);
+    RecordLength = signExtended(shortAt(header.data(), header3::recordLengthAt));
+    LastUpdate = std::to_string(byteAt(header.data(), header3::yearAt) + header3::yearBase) +
+                 std::to_string(byteAt(header.data(), header3::monthAt)) +
+                 std::to_string(byteAt(header.data(), header3::dayAt));
+    const short length = shortAt(header.data(), header3::headerLengthAt);
+    const int fieldCount = length / static_cast<int>(descriptor3.Size) - 1;
     // A negative count exceeds the size of any vector, so this throws for it.
     Fields.List.reserve(static_cast<std::size_t>(fieldCount));
-    RecordCount = unsignedAt(header.data(), recordCountAt);
+    RecordCount = unsignedAt(header.data(), header3::recordCountAt);
     HeaderLength = signExtended(length);
     readDescriptors(fieldCount);
     File.get();
@@ -145,14 +128,15 @@ bool xBaseTable::readHeader()
 
 void xBaseTable::readDescriptors(int count)
 {
-    int offset = firstFieldOffset;
+    int offset = static_cast<int>(formats::firstFieldOffset);
     for (int i = 0; i < count; ++i) {
-        std::array<char, descriptorSize> descriptor{};
-        File.read(descriptor.data(), descriptorSize);
-        const std::string name(descriptor.data(), ::strnlen(descriptor.data(), nameWidth));
-        const int length = byteAt(descriptor.data(), lengthAt);
-        TableField field(name, convertXbaseFieldType(byteAt(descriptor.data(), typeAt)), offset, length,
-                         byteAt(descriptor.data(), decimalsAt), byteAt(descriptor.data(), flagAt) == indexedFlag);
+        std::array<char, descriptor3.Size> descriptor{};
+        File.read(descriptor.data(), descriptor3.Size);
+        const std::string name(descriptor.data(), ::strnlen(descriptor.data(), descriptor3.NameWidth));
+        const int length = byteAt(descriptor.data(), descriptor3.LengthAt);
+        TableField field(name, convertXbaseFieldType(byteAt(descriptor.data(), descriptor3.TypeAt)), offset, length,
+                         byteAt(descriptor.data(), descriptor3.DecimalsAt),
+                         byteAt(descriptor.data(), formats::indexedAt) == formats::indexedFlag);
         Fields.add(field);
         offset += length;
     }
@@ -198,7 +182,7 @@ bool xBaseTable::fetchRecord()
     detail::RecordReader reader(*this);
     const bool whole = reader.readBytes();
     std::string& record = reader.text();
-    deleted_ = !record.empty() && record.front() == deletionMark;
+    deleted_ = !record.empty() && record.front() == formats::deletedMark;
     if (deleted_ && !ReadDeleted) {
         return true;
     }
