@@ -5,8 +5,11 @@
 #include <kd_lib/sqlkeyword.h>
 #include <kd_lib/sqlliteral.h>
 #include <kd_lib/sqlquery.h>
+#include <kd_lib/xbase2sql.h>
 
 #include "support/console_capture.h"
+#include "support/dbf_builder.h"
+#include "support/scoped_directory.h"
 
 #include <gtest/gtest.h>
 
@@ -281,6 +284,18 @@ TEST_F(QuotingDatabase, CheckedNamesAreColumnNames)
     ASSERT_TRUE(Db.execute("INSERT INTO named (" + names + ") VALUES ('r1c1', 'r1c2', 'r1c3', 'r1c4')"));
     EXPECT_EQ("r1c2", first("SELECT \"select\" AS v FROM named"));
     EXPECT_EQ("|r1c1", column(Db, "SELECT " + names + " FROM named"));
+}
+
+TEST_F(QuotingDatabase, DeliberatelyANumberGoesIntoAScriptUncheckedAndIsExecuted)
+{
+    const kd_test::ScopedDirectory directory;
+    directory.write("stock.dbf", kd_test::DbfBuilder({{"QTY", 'N', 26}}).record({"0);DROP TABLE precious;--"}).bytes());
+    ASSERT_TRUE(Db.execute("CREATE TABLE precious (a)"));
+    xBase2Sql table("stock");
+    table.Path = directory.path();
+    kd_test::captured([&] { Db.importSqlFile(table.convert()); });
+    EXPECT_EQ("0", first("SELECT count(*) AS v FROM sqlite_master WHERE name = 'precious'"));
+    EXPECT_EQ("0", first("SELECT qty AS v FROM stock"));
 }
 
 TEST_F(QuotingDatabase, BoundValuesArriveAsTheyAre)
