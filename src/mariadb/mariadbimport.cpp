@@ -18,7 +18,7 @@ public:
 
     ImportTally run()
     {
-        Session.run("START TRANSACTION");
+        Session.run("SET SESSION autocommit = 0");  // also after a statement that commits
         while (Script.next((Session.handle()->server_status & SERVER_STATUS_NO_BACKSLASH_ESCAPES) == 0)) {
             runStatement();
             tell();

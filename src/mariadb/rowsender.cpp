@@ -14,6 +14,11 @@ namespace {
 /// A remark on replication, which has nothing to do with the rows.
 constexpr const char* unsafeStatement = "1592";
 
+// Classes of SQLSTATE that tell of a row.
+constexpr std::string_view invalidData = "22";
+constexpr std::string_view brokenConstraint = "23";
+constexpr std::string_view raisedByTrigger = "45000";
+
 /// The row that a message ends with: "Data too long for column 'name' at row 3".
 std::optional<std::size_t> rowOf(std::string_view message)
 {
@@ -161,10 +166,12 @@ std::optional<RowRefusal> RowSender::insert(const RowChunks::Chunk& chunk, std::
     return std::nullopt;
 }
 
-/// The last error as a refusal of a row; throws where it is another failure.
+/// The last error as a refusal of a row; throws where it is another failure: a lost connection, a deadlock, a full disk.
 std::optional<RowRefusal> RowSender::refusal() const
 {
-    if (Session.lost()) {
+    const std::string_view state = mysql_sqlstate(Session.handle());
+    if (!state.starts_with(invalidData) && !state.starts_with(brokenConstraint) && state != raisedByTrigger &&
+        !rowOf(mysql_error(Session.handle()))) {
         Session.fail();
     }
     Session.checkStop();

@@ -35,6 +35,19 @@ struct Refusal {
     std::string Column;
 };
 
+/// Whether the server refuses a row, and does not fail for another reason: a lost connection, a deadlock, a full disk.
+bool isOfRow(const PGresult* result)
+{
+    const char* const text = PQresultErrorField(result, PG_DIAG_SQLSTATE);
+    const std::string_view state = text != nullptr ? text : "";
+    constexpr std::string_view invalidData = "22";
+    constexpr std::string_view brokenConstraint = "23";
+    constexpr std::string_view brokenView = "44";
+    constexpr std::string_view raisedByTrigger = "P0";
+    const std::string_view group = state.substr(0, 2);
+    return group == invalidData || group == brokenConstraint || group == brokenView || group == raisedByTrigger;
+}
+
 /// The line that the server names, in the form "COPY people, line 3, column name".
 std::optional<std::size_t> lineOf(const PGresult* result, const std::string& table)
 {
@@ -209,7 +222,7 @@ private:
             if (PQresultStatus(result.get()) == PGRES_COMMAND_OK || refusal) {
                 continue;
             }
-            if (PQstatus(handle()) != CONNECTION_OK) {
+            if (!isOfRow(result.get())) {
                 Session.fail(result.get());
             }
             refusal = Refusal{kd_lib::detail::postgresqlReason(result.get(), handle()), lineOf(result.get(), Loaded),

@@ -244,7 +244,8 @@ class Server:
         return server
 
     def _environment(self):
-        return {'PATH': os.environ['PATH'], 'HOME': self.folder, 'LC_ALL': 'C.UTF-8', 'TZ': 'UTC'}
+        return {'PATH': os.environ['PATH'], 'HOME': self.folder, 'LC_ALL': 'C.UTF-8', 'TZ': 'UTC',
+                'PGCLIENTENCODING': 'UTF8'}
 
     def command(self):
         """The words that start the server."""
