@@ -1,64 +1,52 @@
-"""The program at a terminal: pages, keys, escapes, and the terminal's mode."""
+"""The program at a terminal: width, pager, colour, progress, Ctrl-C."""
+import fcntl
 import os
 import pty
 import select
 import signal
+import struct
 import subprocess
 import termios
 import time
 import unittest
 
-from support import PROGRAM, ProgramTest, sample, write
+from support import PROGRAM, ProgramTest, many_records, sample, write
 
-MORE = '-- more (Enter goes on, q stops) --'
-LONG = 'WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c WHERE n < 60) SELECT n FROM c'
+NUMBERS = 'WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c WHERE n < {}) SELECT n FROM c'
 
 
 class Terminal:
-    """The program at a terminal of its own."""
+    """The program at a terminal of its own; its output, bytes as the program writes them."""
 
-    def __init__(self, *arguments, **settings):
+    def __init__(self, *arguments, columns=80, rows=24, environment=None, **streams):
         self.master, slave = pty.openpty()
         mode = termios.tcgetattr(slave)
-        mode[1] &= ~termios.OPOST  # bytes as the program writes them
+        mode[1] &= ~termios.OPOST
         termios.tcsetattr(slave, termios.TCSANOW, mode)
-        self.slave = slave
-        self.before = self.mode()
-        streams = {'stdin': slave, 'stdout': slave, 'stderr': slave, **settings}
-        self.process = subprocess.Popen([PROGRAM, *arguments], start_new_session=True, **streams)
+        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack('HHHH', rows, columns, 0, 0))
+        settings = {**os.environ, 'TERM': 'xterm', 'LC_ALL': 'C.UTF-8', 'NO_COLOR': '1', **(environment or {})}
+        self.process = subprocess.Popen([PROGRAM, *arguments], start_new_session=True, env=settings,
+                                        **{'stdin': slave, 'stdout': slave, 'stderr': slave, **streams})
+        os.close(slave)
         self.text = ''
 
-    def read_until(self, end, seconds=60):
-        """Reads until the output ends with `end`; None: until the program ends."""
+    def read(self, until=None, seconds=60):
+        """Reads until `until` has come, or the program ends."""
         deadline = time.monotonic() + seconds
-        while time.monotonic() < deadline and (end is None or not self.text.endswith(end)):
+        while time.monotonic() < deadline and (until is None or until not in self.text):
             if select.select([self.master], [], [], 0.05)[0]:
-                self.text += os.read(self.master, 65536).decode('latin-1')
-            elif end is None and self.process.poll() is not None:
+                try:
+                    self.text += os.read(self.master, 65536).decode(errors='replace')
+                except OSError:
+                    break
+            elif self.process.poll() is not None:
                 break
         return self.text
-
-    def press(self, keys):
-        """Answers a prompt."""
-        self.wait_for_other_mode()
-        os.write(self.master, keys)
-
-    def mode(self):
-        return termios.tcgetattr(self.slave)
-
-    def wait_for_other_mode(self, seconds=60):
-        """The prompt is written before the mode changes."""
-        deadline = time.monotonic() + seconds
-        while self.mode() == self.before:
-            if time.monotonic() > deadline:
-                raise AssertionError('the mode of the terminal stays')
-            time.sleep(0.01)
 
     def close(self):
         self.process.kill()
         self.process.wait()
         os.close(self.master)
-        os.close(self.slave)
 
 
 class AtTheTerminal(ProgramTest):
@@ -71,65 +59,103 @@ class AtTheTerminal(ProgramTest):
         self.addCleanup(terminal.close)
         return terminal
 
-    def numbers(self, first, last):
-        return ''.join(f'{n}\n' for n in range(first, last + 1))
+    def shown(self, *arguments, **settings):
+        terminal = self.start(*arguments, **settings)
+        text = terminal.read()
+        terminal.process.wait(timeout=60)
+        return text
 
-    def test_pages_are_asked_for_and_keys_answer(self):
-        terminal = self.start('query', 'a.db', LONG)
-        page = 'n\n' + self.numbers(1, 26) + MORE
-        self.assertEqual(terminal.read_until(MORE), page)
-        terminal.press(b'x\n')
-        page += '\n' + self.numbers(27, 52) + MORE
-        self.assertEqual(terminal.read_until(self.numbers(27, 52) + MORE), page)
-        terminal.press(b'q')
-        self.assertEqual(terminal.read_until(None), page + '\n')
-        self.assertEqual(terminal.process.wait(), 0)
+    def test_tables_fit_the_width(self):
+        sample('clients.dbf', 'clients.dbt')
+        for columns in [80, 200]:
+            for locale, mark in [('C.UTF-8', '…'), ('C', '>')]:
+                with self.subTest(columns, locale=locale):
+                    text = self.shown('list', 'clients.dbf', '-q', columns=columns, environment={'LC_ALL': locale})
+                    lines = text.splitlines()
+                    self.assertEqual(len(lines), 6)
+                    self.assertLessEqual(max(map(len, lines)), columns)
+                    self.assertEqual(mark in text, columns == 80)
+                    self.assertIn('Zoë Müller', text)
 
-    def test_mode_is_restored_after_the_last_page_and_by_signals(self):
-        for ending in [b'q', signal.SIGINT, signal.SIGTERM]:
-            with self.subTest(ending):
-                terminal = self.start('query', 'a.db', LONG)
-                terminal.read_until(MORE)
-                terminal.wait_for_other_mode()
-                if ending == b'q':
-                    terminal.press(ending)
-                else:
-                    terminal.process.send_signal(ending)
-                code = terminal.process.wait(timeout=60)
-                self.assertEqual(code, 0 if ending == b'q' else 128 + ending)
-                self.assertEqual(terminal.mode(), terminal.before)
+    def test_columns_that_do_not_fit_are_told(self):
+        write('wide.csv', ','.join(f'column_{n}' for n in range(60)) + '\n' + ','.join(['value'] * 60) + '\n')
+        text = self.shown('list', 'wide.csv', columns=80)
+        self.assertRegex(text, r'wide\.csv: \d+ of 60 columns fit on the screen; --select')
 
-    def test_no_prompt_where_output_is_no_terminal(self):
-        terminal = self.start('query', 'a.db', LONG, stdout=subprocess.PIPE)
-        self.assertEqual(terminal.process.stdout.read().decode(), 'n\n' + self.numbers(1, 60))
+    def test_long_results_go_through_the_pager(self):
+        environment = {'PAGER': 'sed "s/^/paged: /"'}
+        for arguments in [['query', 'a.db', NUMBERS.format(60)], ['query', 'a.db', NUMBERS.format(60), '--format', 'csv']]:
+            text = self.shown(*arguments, environment=environment)
+            self.assertTrue(text.rstrip().endswith('paged: 60') or 'paged: 60' in text, text)
+        self.assertNotIn('paged', self.shown('query', 'a.db', NUMBERS.format(5), environment=environment))
+        self.assertNotIn('paged', self.shown('query', 'a.db', NUMBERS.format(60), '--no-pager', environment=environment))
+
+    def test_no_pager_where_output_is_no_terminal(self):
+        terminal = self.start('query', 'a.db', NUMBERS.format(60), stdout=subprocess.PIPE,
+                              environment={'PAGER': 'sed "s/^/paged: /"'})
+        out = terminal.process.stdout.read().decode()
         terminal.process.stdout.close()
-        self.assertEqual(terminal.read_until(None), '')
+        self.assertEqual(len(out.splitlines()), 62)
+        self.assertNotIn('paged', out)
 
-    def test_no_prompt_where_input_is_no_terminal(self):
-        terminal = self.start('query', 'a.db', LONG, stdin=subprocess.DEVNULL)
-        self.assertEqual(terminal.read_until(None), 'n\n' + self.numbers(1, 60))
+    def test_notes_follow_the_pager(self):
+        write('long.csv', 'x\n' + '1\n' * 100)
+        text = self.shown('list', 'long.csv', environment={'PAGER': 'cat; echo closed; true'})
+        self.assertTrue(text.endswith('closed\nlong.csv: 100 records read, 0 left out, 100 shown\n'), text[-200:])
 
-    def test_control_bytes_are_shown_as_escapes(self):
-        values = {b'\x1b]0;title\x07': '\\x1b]0;title\\x07', b'a\tb': 'a\tb', b'\x7f\x00': None, b'\r': None,
-                  b'\x9b2J': '\\x9b2J', b'\xc2\x9b2J': '\xc2\\x9b2J', b'\xc3\x9bx': '\xc3\x9bx',
-                  b'\xe2\x82\xac': '\xe2\x82\xac', b'\xf0\x9f\x98\x80': '\xf0\x9f\x98\x80', b'\x0b\x08': '\\x0b\\x08'}
-        for value, shown in values.items():
-            if shown is not None:
-                with self.subTest(value):
-                    write('c.csv', b'x\n' + value + b'\n')
-                    terminal = self.start('list', 'c.csv')
-                    self.assertEqual(terminal.read_until(None), f'Table: c.csv\nx\n{shown}\n')
+    def test_pager_that_is_missing_is_told(self):
+        text = self.shown('query', 'a.db', NUMBERS.format(60), environment={'PAGER': 'no-such-pager'})
+        self.assertIn('--no-pager does without', text)
 
-    def test_control_bytes_in_file_names_are_shown_as_escapes(self):
-        write('a\x1b[2J.csv', 'x\n1\n')
-        terminal = self.start('list', 'a\x1b[2J.csv')
-        self.assertEqual(terminal.read_until(None), 'Table: a\\x1b[2J.csv\nx\n1\n')
+    def test_a_pager_that_ends_early_ends_the_program(self):
+        terminal = self.start('query', 'a.db', NUMBERS.format(3000000), environment={'PAGER': 'head -n 3'})
+        terminal.read()
+        self.assertEqual(terminal.process.wait(timeout=60), 0)
 
-    def test_load_says_the_same_with_and_without_a_terminal(self):
-        sample('members.dbf')
-        terminal = self.start('load', 'members.dbf', '--into', 'm.db')
-        self.assertEqual(terminal.read_until(None),
-                         'Table: members.dbf\nmembers.dbf: 3 records read, 0 left out, 3 stored in table members\n')
+    def test_colour_and_how_to_do_without(self):
+        sql = "SELECT NULL AS a, '' AS b"
+        colored = {'NO_COLOR': ''}
+        self.assertIn('\x1b[2mNULL\x1b[0m', self.shown('query', 'a.db', sql, environment=colored))
+        for arguments, environment in [([], {}), (['--color', 'never'], colored), ([], {**colored, 'TERM': 'dumb'})]:
+            self.assertNotIn('\x1b', self.shown('query', 'a.db', sql, *arguments, environment=environment))
+        self.assertIn('\x1b', self.shown('query', 'a.db', sql, '--color', 'always'))
+
+    def test_control_bytes_do_not_reach_the_terminal(self):
+        write('c.csv', b'x\n\x1b]0;title\x07\x7f\n')
+        for arguments in [['list', 'c.csv'], ['list', 'c.csv', '--format', 'csv'], ['show', 'c.csv']]:
+            text = self.shown(*arguments)
+            self.assertNotIn('\x1b', text)
+            self.assertNotIn('\x07', text)
+
+    def test_ctrl_c_ends_list_and_query(self):
+        for arguments in [['list', '-', '--from', 'csv'], ['query', 'a.db', NUMBERS.format(3000000000), '--no-pager'],
+                          ['query', 'a.db', NUMBERS.format(3000000000).replace('SELECT n FROM', 'SELECT max(n) FROM')]]:
+            with self.subTest(arguments):
+                terminal = self.start(*arguments, stdin=subprocess.PIPE)
+                terminal.read('nothing of the kind', seconds=0.5)
+                terminal.process.send_signal(signal.SIGINT)
+                terminal.read()
+                self.assertEqual(terminal.process.wait(timeout=60), 130)
+
+    def test_progress_appears_after_a_second_and_is_gone_at_the_end(self):
+        for sure, ends in [(['--progress', 'auto'], True), (['--progress', 'never'], False)]:
+            terminal = self.start('load', '-', '--from', 'csv', '--table', 't', '--into', 'p.db', '--replace', *sure,
+                                  stdin=subprocess.PIPE)
+            terminal.process.stdin.write(b'x\n')
+            for _ in range(16):
+                terminal.process.stdin.write(b'1\n' * 70000)
+                terminal.process.stdin.flush()
+                time.sleep(0.1)
+            terminal.process.stdin.close()
+            text = terminal.read()
+            self.assertEqual(terminal.process.wait(timeout=60), 0)
+            self.assertEqual('records' in text.split('\x1b[K')[1] if '\x1b[K' in text else False, ends, text)
+            self.assertTrue(text.endswith('-: 1120000 records read, 0 left out, 1120000 stored in table t\n'))
+
+    def test_short_work_shows_no_progress(self):
+        write('big.dbf', many_records(1000))
+        self.assertEqual(self.shown('load', 'big.dbf', '--into', 'b.db'),
+                         'big.dbf: 1000 records read, 0 left out, 1000 stored in table big\n')
 
 
 if __name__ == '__main__':

@@ -75,9 +75,9 @@ std::string programHelp()
                  "kd_db help COMMAND       prints the options and examples of a command\n"
                  "kd_db --version          prints the version\n"
                  "\n"
-                 "FILE is - for standard input. Its extension tells its kind: .dbf, .csv, .tsv and\n"
-                 ".tab, .txt (fixed columns), .mem; --from overrides it. DATABASE is a SQLite file,\n"
-                 "postgresql://USER@HOST/NAME or mariadb://USER@HOST/NAME.\n"
+                 "FILE is - for standard input. Its extension tells its kind: .dbf, .csv, .tsv,\n"
+                 ".tab, .txt (fixed columns), .mem; --from overrides it. DATABASE is a SQLite\n"
+                 "file, postgresql://USER@HOST/NAME or mariadb://USER@HOST/NAME.\n"
                  "\n"
                  "Results go to standard output, everything else to standard error.\n"
                  "\n"
@@ -85,9 +85,9 @@ std::string programHelp()
                  "  kd_db list clients.dbf\n"
                  "  kd_db query clients.dbf \"SELECT name, town FROM clients ORDER BY name\"\n"
                  "\n"
-                 "Exit status: 0 done; 1 failed, nothing stored, one line says why; 2 wrong usage;\n"
-                 "3 done, but something could not be carried as it is, and each is told; 129, 130\n"
-                 "and 143 ended by SIGHUP, SIGINT and SIGTERM.\n";
+                 "Exit status: 0 done; 1 failed, nothing stored, one line says why; 2 wrong\n"
+                 "usage; 3 done, but something could not be carried as it is, and each is told;\n"
+                 "129, 130 and 143 ended by SIGHUP, SIGINT and SIGTERM.\n";
 }
 
 std::string commandHelp(const CommandSpec& command)

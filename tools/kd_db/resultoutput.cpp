@@ -12,6 +12,7 @@
 #include <poll.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace kd_tool {
 
@@ -50,20 +51,35 @@ ResultOutput::~ResultOutput()
 
 void ResultOutput::take(std::string_view piece)
 {
-    if (AtTerminal && !Begun) {
-        To.endWork();
-        // What comes before the end is a full block, which no screen holds.
-        if (!Command.empty() && (!Finishing || exceedsScreen(piece))) {
-            startPager();
-        }
+    if (!AtTerminal || Begun) {
+        writeShown(piece);
+        return;
     }
+    // Whether a pager is needed is not known before there is more than a screen, or the end.
+    Held += piece;
+    if (Command.empty() || exceedsScreen(Held)) {
+        begin();
+    }
+}
+
+void ResultOutput::begin()
+{
     Begun = true;
+    To.endWork();
+    if (!Command.empty() && exceedsScreen(Held)) {
+        startPager();
+    }
+    writeShown(std::exchange(Held, {}));
+}
+
+void ResultOutput::writeShown(std::string_view text)
+{
     if (Escapes) {
         Escaped.clear();
-        Escaper.append(Escaped, piece);
-        piece = Escaped;
+        Escaper.append(Escaped, text);
+        text = Escaped;
     }
-    writeOut(piece);
+    writeOut(text);
 }
 
 /// Lines that are wider than the terminal take several rows.
@@ -117,8 +133,10 @@ void ResultOutput::writeOut(std::string_view text)
 
 void ResultOutput::finish()
 {
-    Finishing = true;
     flush();
+    if (!Held.empty()) {
+        begin();
+    }
     endPager();
 }
 

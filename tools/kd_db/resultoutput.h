@@ -40,6 +40,8 @@ protected:
     void take(std::string_view piece) override;
 
 private:
+    void begin();
+    void writeShown(std::string_view text);
     void startPager();
     void endPager();
     bool exceedsScreen(std::string_view text) const;
@@ -48,9 +50,9 @@ private:
     Console& To;
     bool AtTerminal;
     bool Escapes = false;
-    bool Finishing = false;
     bool Begun = false;
     std::string Command;  // of the pager; empty: none
+    std::string Held;     // what came before it is known whether a pager is needed
     ControlEscaper Escaper{true};
     std::string Escaped;
     std::unique_ptr<Pager> Running;
