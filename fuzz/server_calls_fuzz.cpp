@@ -107,24 +107,27 @@ private:
     bool Alive = true;
 };
 
+/// Names are quoted as the form's server does it: the reading of statements relies on that.
 class Server : public kd_lib::ServerDatabase {
 public:
-    explicit Server(kd_fuzz::Calls& sequence)
-        : ServerDatabase("FUZZ", {"SELECT 1", "SELECT 2", "SELECT :table", "BEGIN", '"'}), Sequence(sequence)
+    Server(kd_fuzz::Calls& sequence, kd_lib::detail::SqlForm form)
+        : ServerDatabase("FUZZ", {"SELECT 1", "SELECT 2", "SELECT :table", "BEGIN",
+                                  form == kd_lib::detail::SqlForm::MariaDb ? '`' : '"'}),
+          Sequence(sequence), Form(form)
     {
     }
 
     using ServerDatabase::connect;
     bool connect() override
     {
-        using kd_lib::detail::SqlForm;
-        adopt(std::make_unique<ScriptedConnection>(Sequence, Sequence.flag() ? SqlForm::PostgreSql : SqlForm::MariaDb));
+        adopt(std::make_unique<ScriptedConnection>(Sequence, Form));
         return isConnected();
     }
     bool connectUri(const std::string&) override { return connect(); }
 
 private:
     kd_fuzz::Calls& Sequence;
+    kd_lib::detail::SqlForm Form;
 };
 
 void connectOrList(Server& server, kd_fuzz::Calls& calls)
@@ -257,7 +260,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const kd_fuzz::BoundedOutput output(outputLimit);
     kd_fuzz::Calls calls(std::string_view(reinterpret_cast<const char*>(data), size));
-    Server server(calls);
+    const bool mariaDb = calls.flag();
+    Server server(calls, mariaDb ? kd_lib::detail::SqlForm::MariaDb : kd_lib::detail::SqlForm::PostgreSql);
     server.connect();
     for (int i = 0; i < longestSequence && calls.more(); ++i) {
         try {
