@@ -1,0 +1,169 @@
+"""Tables that are spread over several servers, and slices of one file side by side, as docs/scale-out.md shows."""
+import os
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+import servers
+from server_faults_test import dbf, kd_db, numbered
+
+COUNT = 4000
+
+
+class ScaleOut(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix='kd_scale.')
+        self.addCleanup(folder.cleanup)
+        self.file = pathlib.Path(folder.name) / 'people.dbf'
+        self.file.write_bytes(dbf(numbered(COUNT)))
+        self.expected = [[str(number), text.decode()] for number, text in numbered(COUNT)]
+
+    def append(self, uri, *words):
+        return kd_db('load', self.file, '--append', '--into', uri, *words)
+
+    @staticmethod
+    def sorted_rows(rows):
+        return sorted(rows, key=lambda row: int(row[0]))
+
+
+class PostgreSQLPartitionsTest(ScaleOut):
+    """A table partitioned by hash over two more servers (postgres_fdw)."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.front, *cls.shards = [servers.PostgreSQL(tcp=True) for _ in range(3)]
+        for server in (cls.front, *cls.shards):
+            cls.addClassCleanup(server.stop)
+
+    def setUp(self):
+        super().setUp()
+        for server in (self.front, *self.shards):
+            server.execute('CREATE DATABASE shop')
+            self.addCleanup(server.drop, 'shop')
+        self.front.execute('CREATE EXTENSION postgres_fdw;'
+                           'CREATE TABLE people (n int, t varchar(20)) PARTITION BY HASH (n)', 'shop')
+        for i, shard in enumerate(self.shards):
+            shard.execute('CREATE TABLE people (n int, t varchar(20))', 'shop')
+            self.front.execute(
+                f"CREATE SERVER shard{i} FOREIGN DATA WRAPPER postgres_fdw OPTIONS (host '127.0.0.1', "
+                f"port '{shard.port}', dbname 'shop', batch_size '1000');"
+                f"CREATE USER MAPPING FOR postgres SERVER shard{i} "
+                f"OPTIONS (user 'postgres', password '{shard.password}');"
+                f"CREATE FOREIGN TABLE people{i} PARTITION OF people FOR VALUES WITH (MODULUS 2, REMAINDER {i}) "
+                f"SERVER shard{i} OPTIONS (table_name 'people')", 'shop')
+        self.uri = self.front.uri('shop')
+
+    def rows_of(self, server):
+        return server.execute('SELECT n, t FROM people', 'shop')
+
+    def test_every_row_is_on_one_shard(self):
+        result = self.append(self.uri)
+        self.assertEqual(result.code, 0, result.err)
+        shards = [self.rows_of(shard) for shard in self.shards]
+        self.assertTrue(all(len(rows) > COUNT // 4 for rows in shards))
+        self.assertEqual(self.sorted_rows(shards[0] + shards[1]), self.expected)
+        self.assertEqual(kd_db('verify', self.file, self.uri).code, 0)
+
+    def test_a_refusing_shard_leaves_nothing_anywhere(self):
+        for shard in self.shards:
+            shard.execute('ALTER TABLE people ADD CHECK (n < 3996)', 'shop')
+        result = self.append(self.uri)
+        self.assertEqual(result.code, 1, result.err)
+        self.assertEqual([self.rows_of(shard) for shard in self.shards], [[], []])
+
+    def test_a_shard_that_is_gone_leaves_nothing_anywhere(self):
+        self.shards[1].halt()
+        try:
+            self.assertEqual(self.append(self.uri).code, 1)
+        finally:
+            self.shards[1].restart()
+        self.assertEqual([self.rows_of(shard) for shard in self.shards], [[], []])
+
+
+class SpiderTest(ScaleOut):
+    """A table that the Spider engine shards over two more servers."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.front = servers.MariaDB(tcp=True, options=['--plugin-load-add=ha_spider.so'])
+        cls.addClassCleanup(cls.front.stop)
+        cls.shards = [servers.MariaDB(tcp=True) for _ in range(2)]
+        for server in cls.shards:
+            cls.addClassCleanup(server.stop)
+
+    def setUp(self):
+        super().setUp()
+        for server in (self.front, *self.shards):
+            server.execute('CREATE DATABASE shop')
+            self.addCleanup(server.drop, 'shop')
+        partitions = []
+        for i, shard in enumerate(self.shards):
+            shard.execute('CREATE TABLE people (n int PRIMARY KEY, t varchar(20)) CHARSET utf8mb4', 'shop')
+            self.front.execute(
+                f"CREATE OR REPLACE SERVER shard{i} FOREIGN DATA WRAPPER mysql OPTIONS (HOST '127.0.0.1', "
+                f"DATABASE 'shop', USER 'tester', PASSWORD '{shard.password}', PORT {shard.port})")
+            partitions.append(f"PARTITION p{i} COMMENT = 'srv \"shard{i}\"'")
+        self.front.execute('CREATE TABLE people (n int PRIMARY KEY, t varchar(20)) ENGINE=SPIDER CHARSET utf8mb4 '
+                           "COMMENT='wrapper \"mysql\", table \"people\"' PARTITION BY KEY (n) "
+                           f"({', '.join(partitions)})", 'shop')
+        self.uri = self.front.uri('shop')
+
+    def rows_of(self, server):
+        return server.execute('SELECT n, t FROM people', 'shop')
+
+    def test_every_row_is_on_one_shard(self):
+        result = self.append(self.uri)
+        self.assertEqual(result.code, 0, result.err)
+        shards = [self.rows_of(shard) for shard in self.shards]
+        self.assertTrue(all(len(rows) > COUNT // 4 for rows in shards), [len(rows) for rows in shards])
+        self.assertEqual(self.sorted_rows(shards[0] + shards[1]), self.expected)
+        self.assertEqual(kd_db('verify', self.file, self.uri).code, 0)
+
+    def test_a_refusing_shard_leaves_nothing_anywhere(self):
+        for shard in self.shards:
+            shard.execute('ALTER TABLE people ADD CHECK (n < 3996)', 'shop')
+        result = self.append(self.uri)
+        self.assertEqual(result.code, 1, result.err)
+        self.assertEqual([self.rows_of(shard) for shard in self.shards], [[], []])
+
+    def test_a_shard_that_is_gone_leaves_nothing_anywhere(self):
+        self.shards[1].halt()
+        try:
+            self.assertEqual(self.append(self.uri).code, 1)
+        finally:
+            self.shards[1].restart()
+        self.assertEqual([self.rows_of(shard) for shard in self.shards], [[], []])
+
+
+class SlicesTest(ScaleOut):
+    """Four processes, each with a quarter of one file."""
+
+    def check(self, server, create):
+        with server.database() as name:
+            uri = server.uri(name)
+            server.execute(create, name)
+            edges = [(i * COUNT // 4 + 1, (i + 1) * COUNT // 4) for i in range(4)]
+            processes = [subprocess.Popen([os.environ['KD_DB'], 'load', self.file, '--append', '--into', uri,
+                                           '--records', f'{first}-{last}'], stderr=subprocess.PIPE)
+                         for first, last in edges]
+            for process in processes:
+                _, err = process.communicate(timeout=120)
+                self.assertEqual(process.returncode, 0, err)
+            rows = self.sorted_rows(server.execute('SELECT n, t FROM people', name))
+            self.assertEqual(rows, self.expected)
+            # A slice again: the key refuses it whole.
+            again = self.append(uri, '--records', f'{edges[2][0]}-{edges[2][1]}')
+            self.assertEqual(again.code, 1, again.err)
+            self.assertIn(f'record {edges[2][0]}', again.err)
+            self.assertEqual(server.execute('SELECT count(*) FROM people', name), [[str(COUNT)]])
+
+    def test_postgresql(self):
+        self.check(servers.shared()[0], 'CREATE TABLE people (n int PRIMARY KEY, t varchar(20))')
+
+    def test_mariadb(self):
+        self.check(servers.shared()[1], 'CREATE TABLE people (n int PRIMARY KEY, t varchar(20))')
+
+
+if __name__ == '__main__':
+    unittest.main()
