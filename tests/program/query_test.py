@@ -83,7 +83,8 @@ class Query(ProgramTest):
 
     def test_database_that_is_none(self):
         write('x.db', 'no database at all, but long enough to be looked at: ' * 40)
-        self.check_failure(['query', 'x.db', 'SELECT 1 FROM t'], 'x.db: file is not a database')
+        self.check_failure(['query', 'x.db', 'SELECT 1 FROM t'],
+                           'x.db: file is not a database; --from reads it as a table')
         self.check_failure(['query', 'none.db', 'SELECT 1'], 'none.db: No such file or directory')
         self.assertEqual(self.files(), ['m.db', 'members.dbf', 'x.db'])
 

@@ -75,6 +75,8 @@ int runCommand(const std::string& name, const std::vector<std::string>& argument
         throw UsageError(error.what(), name);
     } catch (const UsageError& error) {
         throw UsageError(error.what(), name);
+    } catch (const std::bad_alloc&) {
+        throw exchange::Error(options.Arguments.front(), "not enough memory");
     }
 }
 
