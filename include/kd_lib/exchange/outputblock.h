@@ -63,7 +63,7 @@ protected:
     void discard() { End = Block.get(); }
 
 private:
-    static constexpr std::size_t defaultSize = 131072;
+    static constexpr std::size_t defaultSize = 524288;
 
     void makeRoom(std::size_t count);
 
