@@ -85,7 +85,7 @@ DbfSource::Reader::Reader(DbfSource& source, const SourceOptions& options)
     if (InFile.Columns.empty()) {
         throw Error(source.file(), "there is no column but memos and null flags");
     }
-    source.Columns = detail::columnsOf(InFile.Columns, Chosen);
+    source.Columns = detail::columnsOf(InFile.Columns, Chosen, options.OnEncodingError);
     source.Current.Cells.resize(source.Columns.size());
     const std::vector<detail::WantedField> wanted = wantedFields();
     openMemo(wanted);

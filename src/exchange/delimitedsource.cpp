@@ -77,7 +77,7 @@ DelimitedSource::Reader::Reader(DelimitedSource& source, const SourceOptions& op
         inferTypes(inFile);
     }
     Chosen = detail::chooseColumns(source.file(), inFile, options);
-    source.Columns = detail::columnsOf(inFile, Chosen);
+    source.Columns = detail::columnsOf(inFile, Chosen, options.OnEncodingError);
     source.Current.Cells.resize(source.Columns.size());
     Cells.setColumns(source.Columns);
     Unquoted.resize(source.Columns.size());

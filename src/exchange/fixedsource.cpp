@@ -84,7 +84,7 @@ FixedSource::Reader::Reader(FixedSource& source, const SourceOptions& options)
     checkEncoding();
     const std::vector<Column> inFile = columnsInFile(Layout);
     Chosen = detail::chooseColumns(source.file(), inFile, options);
-    source.Columns = detail::columnsOf(inFile, Chosen);
+    source.Columns = detail::columnsOf(inFile, Chosen, options.OnEncodingError);
     source.Current.Cells.resize(source.Columns.size());
     Cells.setColumns(source.Columns);
     need({});

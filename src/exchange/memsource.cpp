@@ -92,7 +92,7 @@ MemSource::Reader::Reader(MemSource& source, const SourceOptions& options)
     Form = Next == Found::Variable ? detail::memFormName(Variables.form()) : "";
     const std::vector<Column> inFile = columnsInFile();
     Chosen = detail::chooseColumns(source.file(), inFile, options);
-    source.Columns = detail::columnsOf(inFile, Chosen);
+    source.Columns = detail::columnsOf(inFile, Chosen, options.OnEncodingError);
     source.Current.Cells.resize(source.Columns.size());
     Cells.setColumns(source.Columns);
     need({});

@@ -88,8 +88,7 @@ class Trial:
         expect(len(tables) == 1, f'tables: {tables}')
         self.check_table(tables[0])
         if mode == 'load' and '--key' not in self.hazard.options:
-            words = [word for word in self.hazard.options if word not in ('--table', self.of('table'))]
-            words = self.without_policy(words)
+            words = self.without_policy(self.hazard.options)
             if words is not None:
                 self.program('verify', self.file, self.database.uri, '--table', tables[0], *words, status=0)
 
@@ -98,7 +97,8 @@ class Trial:
         """The options of a source; None where `verify` cannot know which records are there."""
         if '--on-error' in words:
             return None
-        return [word for i, word in enumerate(words) if word != '--names' and (i == 0 or words[i - 1] != '--names')]
+        left_out = ('--names', '--table')
+        return [word for i, word in enumerate(words) if word not in left_out and (i == 0 or words[i - 1] not in left_out)]
 
     def check_rejects(self, says):
         expected = self.of('rejects')

@@ -11,7 +11,7 @@ namespace kd_lib::exchange {
 
 /// The type of a column. Its cells have the kind of the same name, or are null or unreadable.
 enum class ColumnType : std::uint8_t {
-    Text,        ///< at most `Width` bytes in the source; 0: of any length
+    Text,        ///< at most `Width` characters; 0: of any length
     Number,      ///< exact, at most `Width` characters in the source (0: of any length), usually `Decimals` decimals
     Integer,     ///< whole numbers of 32 bits; cells of kind Number
     BigInteger,  ///< whole numbers of 64 bits; cells of kind Number

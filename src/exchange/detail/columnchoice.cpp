@@ -5,6 +5,7 @@
 #include <kd_lib/exchange/error.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 namespace kd_lib::exchange::detail {
@@ -50,6 +51,39 @@ std::vector<std::optional<ColumnType>> typesOf(const std::string& file, const st
     return types;
 }
 
+constexpr std::uint32_t charactersOfEscape = 4;
+
+/// The most characters that a column's values have as text. 0: not known; a binary number has more than bytes.
+std::uint32_t widthAsText(const Column& column)
+{
+    switch (column.Type) {
+    case ColumnType::Text:
+    case ColumnType::Number:
+    case ColumnType::Boolean:
+    case ColumnType::Date:
+        return column.SourceLength;
+    default:
+        return 0;
+    }
+}
+
+Column columnOf(const std::vector<Column>& inFile, const ChosenColumn& chosen)
+{
+    if (chosen.isDeletionMark()) {
+        Column mark;
+        mark.Name = deletionMarkName;
+        mark.Type = ColumnType::Boolean;
+        return mark;
+    }
+    Column column = inFile[chosen.Index];
+    if (chosen.Type && *chosen.Type != column.Type) {
+        column.Width = *chosen.Type == ColumnType::Text ? widthAsText(column) : 0;
+        column.Decimals = 0;
+        column.Type = *chosen.Type;
+    }
+    return column;
+}
+
 }  // namespace
 
 std::optional<ColumnType> typeOfName(std::string_view name)
@@ -89,29 +123,17 @@ std::vector<ChosenColumn> chooseColumns(const std::string& file, const std::vect
     return chosen;
 }
 
-Column columnOf(const std::vector<Column>& inFile, const ChosenColumn& chosen)
-{
-    if (chosen.isDeletionMark()) {
-        Column mark;
-        mark.Name = deletionMarkName;
-        mark.Type = ColumnType::Boolean;
-        return mark;
-    }
-    Column column = inFile[chosen.Index];
-    if (chosen.Type && *chosen.Type != column.Type) {
-        column.Type = *chosen.Type;
-        column.Width = column.Type == ColumnType::Text ? column.SourceLength : 0;
-        column.Decimals = 0;
-    }
-    return column;
-}
-
-std::vector<Column> columnsOf(const std::vector<Column>& inFile, const std::vector<ChosenColumn>& chosen)
+std::vector<Column> columnsOf(const std::vector<Column>& inFile, const std::vector<ChosenColumn>& chosen,
+                              EncodingErrors onError)
 {
     std::vector<Column> columns;
     columns.reserve(chosen.size());
     for (const ChosenColumn& one : chosen) {
         columns.push_back(columnOf(inFile, one));
+        Column& column = columns.back();
+        if (column.Type == ColumnType::Text && onError == EncodingErrors::Escape) {
+            column.Width *= charactersOfEscape;
+        }
     }
     return columns;
 }

@@ -32,11 +32,9 @@ struct ChosenColumn {
 std::vector<ChosenColumn> chooseColumns(const std::string& file, const std::vector<Column>& inFile,
                                         const SourceOptions& options);
 
-/// The source's column for one that was chosen.
-Column columnOf(const std::vector<Column>& inFile, const ChosenColumn& chosen);
-
-/// All of them.
-std::vector<Column> columnsOf(const std::vector<Column>& inFile, const std::vector<ChosenColumn>& chosen);
+/// The source's columns for those that were chosen. A byte that is escaped becomes four characters.
+std::vector<Column> columnsOf(const std::vector<Column>& inFile, const std::vector<ChosenColumn>& chosen,
+                              EncodingErrors onError);
 
 /// A column of the records that comes from the file.
 struct TakenColumn {

@@ -10,6 +10,7 @@
 using kd_lib::exchange::Column;
 using kd_lib::exchange::ColumnType;
 using kd_lib::exchange::DeletedRecords;
+using kd_lib::exchange::EncodingErrors;
 using kd_lib::exchange::OptionError;
 using kd_lib::exchange::SourceOptions;
 using namespace kd_lib::exchange::detail;
@@ -33,7 +34,7 @@ std::string names(const SourceOptions& options)
 {
     const std::vector<Column> inFile = threeColumns();
     std::string all;
-    for (const Column& column : columnsOf(inFile, chooseColumns("a.dbf", inFile, options))) {
+    for (const Column& column : columnsOf(inFile, chooseColumns("a.dbf", inFile, options), options.OnEncodingError)) {
         all += (all.empty() ? "" : ",") + column.Name + ':' + typeName(column.Type);
     }
     return all;
@@ -74,12 +75,32 @@ TEST(ColumnChoice, WidthsOfAnotherType)
 {
     const std::vector<Column> inFile = threeColumns();
     const SourceOptions options = {.Types = {{"ID", "text"}, {"name", "number"}}};
-    const std::vector<Column> columns = columnsOf(inFile, chooseColumns("a.dbf", inFile, options));
+    const std::vector<Column> columns =
+        columnsOf(inFile, chooseColumns("a.dbf", inFile, options), EncodingErrors::Replace);
     EXPECT_EQ(columns[0].Width, 10U);
     EXPECT_EQ(columns[0].Decimals, 0U);
     EXPECT_EQ(columns[1].Width, 0U);
     const SourceOptions same = {.Types = {{"ID", "number"}}};
-    EXPECT_EQ(columnsOf(inFile, chooseColumns("a.dbf", inFile, same))[0].Decimals, 2U);
+    EXPECT_EQ(columnsOf(inFile, chooseColumns("a.dbf", inFile, same), EncodingErrors::Replace)[0].Decimals, 2U);
+}
+
+TEST(ColumnChoice, EscapedTextIsFourTimesAsWide)
+{
+    const std::vector<Column> inFile = threeColumns();
+    const std::vector<ChosenColumn> all = chooseColumns("a.dbf", inFile, {});
+    const std::vector<Column> plain = columnsOf(inFile, all, EncodingErrors::Replace);
+    const std::vector<Column> escaped = columnsOf(inFile, all, EncodingErrors::Escape);
+    EXPECT_EQ(escaped[0].Width, plain[0].Width) << "a number";
+    EXPECT_EQ(escaped[1].Width, 4 * plain[1].Width);
+}
+
+TEST(ColumnChoice, TextOfBinaryValuesMayBeLongerThanTheirBytes)
+{
+    std::vector<Column> inFile = threeColumns();
+    inFile[0].Type = ColumnType::Integer;
+    inFile[0].SourceLength = 4;
+    const SourceOptions options = {.Types = {{"ID", "text"}}};
+    EXPECT_EQ(columnsOf(inFile, chooseColumns("a.dbf", inFile, options), EncodingErrors::Replace)[0].Width, 0U);
 }
 
 TEST(ColumnChoice, TheDeletionMarkComesLastUnlessSelected)
