@@ -54,7 +54,7 @@ public:
     const std::vector<DbfColumn>& columns() const { return Columns; }
     std::size_t recordLength() const { return RecordLength; }
 
-    /// The next record; null behind the last.
+    /// The next record; null after the last.
     const char* next()
     {
         if (Next == End && !fill()) {

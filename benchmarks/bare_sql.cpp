@@ -33,7 +33,7 @@ Connection openDatabase(const std::string& path)
     return connection;
 }
 
-/// Prepares the statement at `sql` and moves `sql` behind it; null where only blanks are left.
+/// Prepares the statement at `sql` and moves `sql` after it; null if only blanks are left.
 Statement prepare(sqlite3* database, const char*& sql)
 {
     sqlite3_stmt* statement = nullptr;

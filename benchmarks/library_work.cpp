@@ -16,7 +16,7 @@ namespace {
 void require(bool succeeded, const std::string& what)
 {
     if (!succeeded) {
-        throw std::runtime_error(what + ": the library answered false");
+        throw std::runtime_error(what + ": the library returned false");
     }
 }
 

@@ -120,7 +120,7 @@ public:
     }
 
 private:
-    /// The value and a comma behind it.
+    /// The value and a comma after it.
     void appendValue(std::string& out, const std::string& value) const
     {
         if (!Quotes) {

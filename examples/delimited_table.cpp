@@ -18,7 +18,7 @@ int main()
         return 1;
     }
 
-    // The position is now behind the line of names.
+    // The position is now after the line of names.
     while (cities.fetchRecord()) {
         // Names are looked up in any letter case. Quotes stay on the values and protect nothing:
         // removeQuotes takes an enclosing pair off, and Rome's note ends at its comma.

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// One entry: a header of 32 bytes, its name from byte 1, and behind it the value.
+/// One entry: a header of 32 bytes, its name from byte 1, and then the value.
 std::string entry(const std::string& name, char type, char length, const std::string& value)
 {
     std::string bytes(32, '\0');

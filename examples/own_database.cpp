@@ -1,4 +1,4 @@
-// An SQL back end of one's own: it runs nothing, and lists what it was asked to run.
+// Your own SQL back end: it runs nothing, but lists the statements that it was given.
 #include <kd_lib/sqldatabase.h>
 
 #include <fstream>
@@ -6,7 +6,7 @@
 
 namespace {
 
-/// A dry run. Statements are kept in order; every query answers the list of them. Script import,
+/// A dry run. Statements are kept in order; every query returns the list of them. Script import,
 /// transactions and the printing of results come from SqlDatabase.
 class StatementLog : public kd_lib::SqlDatabase {
 public:

@@ -1,4 +1,4 @@
-// A table class of one's own: a log file, whose lines are a date, a level and a free text.
+// Your own table class: a log file, whose lines are a date, a level and a free text.
 #include <kd_lib/filetable.h>
 
 #include <fstream>
@@ -7,7 +7,7 @@
 namespace {
 
 /// Lines such as "2024-03-05 WARN disk is nearly full". Opening, walking and numbering of records come
-/// from FileTable; a class of one's own says what the columns are and how a record is cut.
+/// from FileTable; this class defines the columns and cuts the records.
 class LogTable : public kd_lib::FileTable {
 public:
     explicit LogTable(const std::string& name) : FileTable(name)

@@ -20,7 +20,7 @@ int main()
         return 1;
     }
 
-    // The columns of a query have no width of their own. Give them one, and they are padded and ruled.
+    // The columns of a query have no width. With a width they are padded, and a rule is printed.
     for (kd_lib::TableField& column : numbers.queryColumns) {
         column.Length = 6;
     }

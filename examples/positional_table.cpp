@@ -10,7 +10,7 @@ int main()
                                     "0002  rome  14.0  se 2\n"
                                     "0003  lima  18.2  sw 3\n";
 
-    kd_lib::FileTable weather("weather");  // the extension is "txt" from the start
+    kd_lib::FileTable weather("weather");  // the extension is "txt" by default
     if (!weather.open()) {
         return 1;
     }

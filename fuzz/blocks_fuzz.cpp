@@ -181,7 +181,7 @@ private:
     {
         const std::string text = plainRecord(Plain, record);
         kd_fuzz::require(Table.fetchRecord(), "every record is fetched");
-        kd_fuzz::require(Table.isDeleted() == (text.front() == '*'), "the deletion mark is told");
+        kd_fuzz::require(Table.isDeleted() == (text.front() == '*'), "the deletion mark is read");
         std::size_t offset = 1;
         for (std::size_t i = 0; i < Values.size(); ++i) {
             const std::size_t length = Plain.Columns[i].Length;

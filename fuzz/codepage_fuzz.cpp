@@ -39,7 +39,7 @@ void require(bool condition, const char* what)
 
 void check(const CodePage& page, std::string_view bytes)
 {
-    // A copy of its own size, so that reading past the end is found.
+    // A copy of the exact size, so that reading past the end is found.
     const std::unique_ptr<char[]> exact(new char[bytes.size()]);
     bytes.copy(exact.get(), bytes.size());
     bytes = {exact.get(), bytes.size()};

@@ -1,6 +1,6 @@
 // The console program: its arguments, line by line, then an empty line, then the bytes of every file that
-// they can name. Whatever these are, the program ends with one of its own answers, a failure leaves no new
-// file behind, and no assertion strikes.
+// they can name. For every input the program ends with one of its exit statuses, a failure leaves no new
+// file, and no assertion fails.
 
 #include "support/input_folder.h"
 #include "support/sqlite_fence.h"

@@ -1,4 +1,4 @@
-// Any sequence of calls on the base of the server back ends, with a connection that answers as the input says; and the
+// Any sequence of calls on the base of the server back ends, with a connection that does what the input says; and the
 // reading of statements in both forms.
 
 #include "support/bounded_output.h"
@@ -39,7 +39,7 @@ constexpr std::array<const char*, 12> types = {"BIGINT",
                                                "INT(11) UNSIGNED",
                                                ""};
 
-/// Fails and answers as the input says.
+/// Fails, or returns what the input says.
 class ScriptedConnection : public kd_lib::detail::ServerConnection {
 public:
     ScriptedConnection(kd_fuzz::Calls& sequence, kd_lib::detail::SqlForm form) : Sequence(sequence), Form(form) {}

@@ -315,7 +315,7 @@ void writeUnitSeeds(const std::filesystem::path& corpus)
     }
 }
 
-/// Settings: the number of bytes of calls at the content's end, low byte before high byte. Calls of every kind stand
+/// Settings: the number of bytes of calls at the content's end, low byte before high byte. Calls of every kind are
 /// side by side so that each is reached at once.
 void addCalls(Seeds& seeds, const std::string& file, int kinds)
 {

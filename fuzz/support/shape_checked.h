@@ -9,7 +9,7 @@
 namespace kd_fuzz {
 
 /// Whether slicing a record of this many bytes would meet a column that it fills only in part: the case
-/// that stops the process by the stated assertion. A column behind the record's end comes out as
+/// that stops the process by the stated assertion. A column after the record's end causes
 /// std::out_of_range instead, so the first column that does not fit decides.
 inline bool wouldStop(const kd_lib::TableFields& fields, std::size_t recordSize)
 {

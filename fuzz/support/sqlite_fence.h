@@ -13,7 +13,7 @@ void fenceInConnections();
 /// Lets connections attach this file.
 void allowAttaching(const std::string& file);
 
-/// Gives the input that begins now a budget of its own.
+/// Starts a new budget for the next input.
 void renewBudget();
 
 }  // namespace kd_fuzz

@@ -109,7 +109,7 @@ private:
         const std::string_view digits = authority.substr(1);
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), result.Port);
         if (authority.front() != ':' || error != std::errc() || end != digits.data() + digits.size()) {
-            fail("the port is no number up to 65535");
+            fail("the port is not a number up to 65535");
         }
     }
 

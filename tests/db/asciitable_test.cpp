@@ -80,7 +80,7 @@ TEST(AsciiTable, ExtractContentKeepsItsSlot)
     EXPECT_EQ(0U, kd_test::slotOf(&AsciiTable::isCommentLine));
 }
 
-TEST(AsciiTableComment, LineIsOneWhereverTheCharacterStands)
+TEST(AsciiTableComment, LineIsOneWhereverTheCharacterIs)
 {
     AsciiTable table;
     table.CommentChar = '#';
@@ -153,7 +153,7 @@ TEST(AsciiTableExtract, RecordMayBeTheValueOfAColumn)
     }
 }
 
-TEST(AsciiTableExtract, ColumnThatStartsBehindTheRecordThrowsOutOfRange)
+TEST(AsciiTableExtract, ColumnThatStartsAfterTheRecordThrowsOutOfRange)
 {
     AsciiTable table;
     addColumn(table, "a", 5, 1);
@@ -208,7 +208,7 @@ TEST(DelimitedTable, HasNoConstructorTakingAName)
     static_assert(!std::is_copy_constructible_v<DelimitedTable>);
 }
 
-TEST(DelimitedTable, VirtualOperationsStandInTheirSlotOrder)
+TEST(DelimitedTable, VirtualOperationsAreInTheirSlotOrder)
 {
     EXPECT_EQ(7U, kd_test::slotOf(&DelimitedTable::skipHeader));
     EXPECT_EQ(11U, kd_test::slotOf(&DelimitedTable::readHeader));
@@ -302,7 +302,7 @@ TEST(DelimitedHeader, FieldListLeavesThePositionAtTheSecondLine)
     EXPECT_EQ((Rows{{"r1c1", "r1c2"}}), rowsOf(file.table));
 }
 
-TEST(DelimitedHeader, FieldListTakesTheFirstLineWhereverTheTableStands)
+TEST(DelimitedHeader, FieldListTakesTheFirstLineFromEveryPosition)
 {
     Opened<DelimitedTable> file("a|b\nr1c1|r1c2\n");
     file.table.goRecord(2);
@@ -361,7 +361,7 @@ TEST(DelimitedHeader, ZeroByteEndsTheLineAndIsNoComment)
     EXPECT_EQ(7, position(file.table));
 }
 
-TEST(DelimitedHeader, CommentCharacterBehindAZeroByteDoesNotCount)
+TEST(DelimitedHeader, CommentCharacterAfterAZeroByteDoesNotCount)
 {
     Opened<DelimitedTable> file(std::string("a|b\0#\n", 6));
     file.table.CommentChar = '#';
@@ -549,7 +549,7 @@ TEST(DelimitedRecord, EnclosingQuotesAreStored)
     EXPECT_EQ((Rows{{"\"r1c1\"", "'r1c2'"}}), rowsOf(file.table));
 }
 
-TEST(DelimitedRecord, ValuesAreVerbatimWhateverTrimSays)
+TEST(DelimitedRecord, ValuesAreVerbatimEvenWithTrim)
 {
     for (const bool trim : {true, false}) {
         Opened<DelimitedTable> file("x|y\n  a  |\tb \r\n");
@@ -587,9 +587,9 @@ TEST(DelimitedRecord, RecordMayBeTheValueOfAColumn)
         DelimitedTable table;
         table.setCsvMode();
         table.extractFieldNames("a,b");
-        table.Fields.List[column]->Value = "r1c1,a longer text that has memory of its own";
+        table.Fields.List[column]->Value = "r1c1,a longer text that has separate memory";
         EXPECT_TRUE(table.extractContent(table.Fields.List[column]->Value));
-        EXPECT_EQ((Row{"r1c1", "a longer text that has memory of its own"}), rowOf(table));
+        EXPECT_EQ((Row{"r1c1", "a longer text that has separate memory"}), rowOf(table));
     }
 }
 

@@ -436,7 +436,7 @@ TEST(BlockBoundaryMemory, EntriesOfThreeBlocksAreListedOneByOne)
 
 TEST(BlockBoundaryMemory, FileCutAtAnyByteAroundABlockEndsAsAShortOneDoes)
 {
-    // What is listed behind the long entries depends on the last of them alone.
+    // The lines after the long entries depend only on the last of these.
     const std::string tail = kd_test::memEntry("TEXT", 'C', 6, 1, std::string("abcde\0", 6)) +
                              kd_test::memEntry("NUMBER", 'N', 8, 2, "1.5@") +
                              kd_test::memEntry("DATE", 'D', 8, 0, "20240305") +

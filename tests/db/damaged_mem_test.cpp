@@ -130,7 +130,7 @@ TEST(DamagedMem, FileOfOneByteIsOneLineOfAnEntryOfZeroBytes)
     EXPECT_EQ(zeroEntry, listingOf("A"));
 }
 
-TEST(DamagedMem, EndMarkBehindTheEntriesIsTheFirstByteOfTheLastLinesEntry)
+TEST(DamagedMem, EndMarkAfterTheEntriesIsTheFirstByteOfTheLastLinesEntry)
 {
     EXPECT_EQ(textLine + numberLine + dayLine + dayLine, listingOf(valid + "\x1A"));
 }

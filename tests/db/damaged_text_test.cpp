@@ -112,7 +112,7 @@ TYPED_TEST(DamagedPositionalDeathTest, LineCutAtAnyByteStopsTheProcessOrThrows)
         file.reopen(twoLines.substr(0, size));
         SCOPED_TRACE(size);
         if (size == 8 || size == 9) {
-            // Only the third column is missing, and it starts behind the line's end.
+            // Only the third column is missing, and it starts after the end of the line.
             EXPECT_THROW(file.table.fetchRecord(), std::out_of_range);
             EXPECT_EQ((Row{"r1c1", "r1c2", ""}), rowOf(file.table));
             file.table.Fields.clearList();
@@ -123,7 +123,7 @@ TYPED_TEST(DamagedPositionalDeathTest, LineCutAtAnyByteStopsTheProcessOrThrows)
     }
 }
 
-TYPED_TEST(DamagedPositional, FileCutBehindALineOrItsLastColumnGivesWholeLines)
+TYPED_TEST(DamagedPositional, FileCutAfterALineOrItsLastColumnGivesWholeLines)
 {
     Opened<TypeParam> file("");
     defineColumns(file.table);
@@ -141,7 +141,7 @@ TYPED_TEST(DamagedPositionalDeathTest, EmptyLineStopsTheProcess)
     EXPECT_EXIT(file.table.fetchRecord(), testing::KilledBySignal(SIGABRT), this->assertion());
 }
 
-TYPED_TEST(DamagedPositional, BytesBehindTheLastColumnAreNotRead)
+TYPED_TEST(DamagedPositional, BytesAfterTheLastColumnAreNotRead)
 {
     Opened<TypeParam> file("r1c1r1c2..13 more\nr2c1r2c2..23\r\n");
     defineColumns(file.table);
@@ -182,7 +182,7 @@ TYPED_TEST(DamagedPositionalDeathTest, ZeroByteOrNewlineInARecordCutsIt)
     }
 }
 
-TYPED_TEST(DamagedPositional, ZeroByteBehindTheLastColumnDoesNotMatter)
+TYPED_TEST(DamagedPositional, ZeroByteAfterTheLastColumnDoesNotMatter)
 {
     Opened<TypeParam> file(std::string("r1c1r1c2..13\0\0more\nr2c1r2c2..23\n", 32));
     defineColumns(file.table);
@@ -321,7 +321,7 @@ TEST(DamagedDelimited, EveryByteInANameIsKeptButZeroAndCapitals)
     }
 }
 
-TEST(DamagedDelimited, ThousandSeparatorsAreIgnoredBehindTheColumns)
+TEST(DamagedDelimited, ThousandSeparatorsAreIgnoredAfterTheColumns)
 {
     Opened<DelimitedTable> file("a|b\nr1c1|r1c2" + std::string(1000, '|') + "\n");
     file.table.RecordLength = 2000;
@@ -417,7 +417,7 @@ TYPED_TEST(DamagedText, PipeIsReadLineByLineWithoutAMove)
     EXPECT_EQ((Rows{{"r1"}, {"r2"}, {"r3"}}), rowsOf(table));
 }
 
-TYPED_TEST(DamagedText, PipeCannotBeMovedAndTheFetchBehindIsFalse)
+TYPED_TEST(DamagedText, PipeCannotBeMovedAndTheFetchAfterIsFalse)
 {
     const ScopedDirectory directory;
     TypeParam table;

@@ -326,7 +326,7 @@ TEST(DamagedXBaseDeathTest, HeaderLengthTooLargeReadsARecordAsADescriptor)
     EXPECT_EXIT(file.table.fetchRecord(), testing::KilledBySignal(SIGABRT), assertion);
 }
 
-TEST(DamagedXBase, HeaderLengthBehindTheFileHasNoRecords)
+TEST(DamagedXBase, HeaderLengthAfterTheFileHasNoRecords)
 {
     Opened<xBaseTable> file(withHeaderLength(32767));
     EXPECT_TRUE(file.table.getFieldList());
@@ -335,7 +335,7 @@ TEST(DamagedXBase, HeaderLengthBehindTheFileHasNoRecords)
     EXPECT_FALSE(file.table.fetchRecord());
 }
 
-TEST(DamagedXBase, GapBehindTheTerminatorIsSkippedByFirstRecordOnly)
+TEST(DamagedXBase, GapAfterTheTerminatorIsSkippedByFirstRecordOnly)
 {
     // Two bytes end the header of some writers.
     DbfBuilder builder = valid();
@@ -381,7 +381,7 @@ TEST(DamagedXBase, RecordLengthLargerThanTheFieldsLeavesItsRestUnread)
     EXPECT_EQ((Rows{{"r1c1", "   1.01", "19990102"}, {"2c1", " 22.022", "0241225"}}), rowsFrom(withRecordLength(21)));
 }
 
-TEST(DamagedXBase, RecordLengthBehindTheFileFetchesNothing)
+TEST(DamagedXBase, RecordLengthAfterTheFileFetchesNothing)
 {
     EXPECT_EQ(Rows{}, rowsFrom(withRecordLength(32767)));
 }
@@ -451,7 +451,7 @@ TEST(DamagedXBase, EndMarkInTheMiddleEndsNothing)
     EXPECT_EQ(validRows, rowsFrom(bytes));
 }
 
-TEST(DamagedXBase, BytesBehindTheEndMarkAreARecordWhereTheySuffice)
+TEST(DamagedXBase, BytesAfterTheEndMarkAreARecordWhereTheySuffice)
 {
     Opened<xBaseTable> file("");
     for (std::size_t more = 0; more <= recordSize; ++more) {
@@ -541,7 +541,7 @@ TEST(DamagedXBase, EveryTypeByteIsConverted)
         file.table.Fields.clearList();
         file.reopen(withByte(bytes, 64 + 11, byte));
         if (byte == 'D') {
-            // "1.01" is no date: the standard library's exception passes.
+            // "1.01" is not a date: the standard library's exception passes.
             EXPECT_THROW(file.table.convert(), std::out_of_range);
         } else {
             const std::string script = kd_test::readFile(file.table.convert());

@@ -75,7 +75,7 @@ TEST(Database, DeliberatelyANewFrameIsConnectedAndDisconnectedAtOnce)
     EXPECT_TRUE(frame.isDisconnected());
 }
 
-TEST(Database, ConnectWithoutArgumentsAnswersTrueAndChangesNothing)
+TEST(Database, ConnectWithoutArgumentsReturnsTrueAndChangesNothing)
 {
     Frame frame;
     EXPECT_TRUE(frame.connect());
@@ -186,7 +186,7 @@ TEST(Database, ClearTableListPassesOverNullPointers)
     EXPECT_TRUE(frame.tableList.empty());
 }
 
-TEST(Database, ClearTableListOfAnEmptyListAnswersTrue)
+TEST(Database, ClearTableListOfAnEmptyListReturnsTrue)
 {
     Frame frame;
     EXPECT_TRUE(frame.clearTableList());
@@ -222,7 +222,7 @@ TEST(Database, DestructionThroughTheBaseClosesAndDeletesTheTables)
     EXPECT_EQ((Log{"close a", "delete a", "delete b"}), log);
 }
 
-TEST(Database, VirtualOperationsStandInTheirSlots)
+TEST(Database, VirtualOperationsAreInTheirSlots)
 {
     kd_test::expectFrameSlots<Frame>();
 }

@@ -103,7 +103,7 @@ TEST(DatabaseTable, GetFieldListAndSkipHeaderAnswerTrueAndDoNothing)
     EXPECT_EQ("", console.out + console.err);
 }
 
-TEST(DatabaseTable, CloseEmptiesTheColumnsAndAnswersTrue)
+TEST(DatabaseTable, CloseEmptiesTheColumnsAndReturnsTrue)
 {
     DatabaseTable table("parts");
     table.Fields.add("r1c1");
@@ -121,7 +121,7 @@ TEST(DatabaseTable, DefineFieldsEmptiesTheColumns)
     EXPECT_EQ(0U, table.Fields.size());
 }
 
-TEST(DatabaseTable, OpenOfTheBaseAnswersFalse)
+TEST(DatabaseTable, OpenOfTheBaseReturnsFalse)
 {
     DatabaseTable table("parts");
     EXPECT_FALSE(table.open());
@@ -191,7 +191,7 @@ TEST(DatabaseTable, ShowHeaderDeliberatelyPrintsTheCountAsOneCharacterOfItsLowEi
 
 // The order of the virtual operations
 
-TEST(DatabaseTable, VirtualOperationsStandInTheirOrder)
+TEST(DatabaseTable, VirtualOperationsAreInTheirOrder)
 {
     EXPECT_EQ(2U, kd_test::virtualSlot(static_cast<bool (DatabaseTable::*)()>(&DatabaseTable::open)));
     EXPECT_EQ(3U, kd_test::virtualSlot(static_cast<bool (DatabaseTable::*)(const std::string&)>(&DatabaseTable::open)));

@@ -140,7 +140,7 @@ TEST(FileTableNavigation, HeaderLengthNoStreamCanHoldLeavesTheStreamFailed)
     EXPECT_FALSE(file.table.fetchRecord());
 }
 
-TEST(FileTableGoRecord, WithFixedRecordsOfTwentyTheFourthIsSixtyBytesBehindTheHeader)
+TEST(FileTableGoRecord, WithFixedRecordsOfTwentyTheFourthIsSixtyBytesAfterTheHeader)
 {
     Opened<FileTable> file(kd_test::lettersOf(200));
     file.table.RecordEnd = 0;
@@ -200,7 +200,7 @@ TEST(FileTableGoRecord, NumberWhosePositionNoFileHasIsTrueAndTheNextFetchFalse)
     }
 }
 
-TEST(FileTableGoRecord, BehindTheLastLineIsTrueAndTheNextFetchFalse)
+TEST(FileTableGoRecord, AfterTheLastLineIsTrueAndTheNextFetchFalse)
 {
     Opened<FileTable> file("r1\nr2\n");
     EXPECT_TRUE(file.table.goRecord(3));

@@ -197,7 +197,7 @@ TEST(FileTableExtract, KeepsBlanksWithoutTrim)
     EXPECT_EQ("  ab  ", table.Fields.getData("a"));
 }
 
-TEST(FileTableExtract, ColumnsMayOverlapAndStandInAnyOrder)
+TEST(FileTableExtract, ColumnsMayOverlapAndBeInAnyOrder)
 {
     FileTable table;
     addColumn(table, "late", 4, 4);
@@ -241,7 +241,7 @@ TEST(FileTableExtract, ColumnsOfEveryWidthHoldTheirBytes)
     }
 }
 
-TEST(FileTableExtract, ColumnThatStartsBehindTheRecordThrowsOutOfRange)
+TEST(FileTableExtract, ColumnThatStartsAfterTheRecordThrowsOutOfRange)
 {
     FileTable table;
     addColumn(table, "a", 0, 2);

@@ -92,7 +92,7 @@ TEST(FileTable, CannotBeCopied)
     static_assert(!std::is_copy_assignable_v<FileTable>);
 }
 
-TEST(FileTable, VirtualOperationsStandInTheirSlotOrder)
+TEST(FileTable, VirtualOperationsAreInTheirSlotOrder)
 {
     using OpenName = bool (FileTable::*)(const std::string&);
     using OpenOwn = bool (FileTable::*)();
@@ -243,7 +243,7 @@ TEST(FileTableOpen, EmptyNameIsReportedAndRefused)
     EXPECT_EQ("No file name provided for table file\n", console.err);
 }
 
-TEST(FileTableOpen, MissingFileIsReportedBehindTheTableLine)
+TEST(FileTableOpen, MissingFileIsReportedAfterTheTableLine)
 {
     const ScopedDirectory directory;
     FileTable table("before");
@@ -257,7 +257,7 @@ TEST(FileTableOpen, MissingFileIsReportedBehindTheTableLine)
     EXPECT_EQ("before", table.Name);
 }
 
-TEST(FileTableOpen, UnreadableFileIsReportedBehindTheTableLine)
+TEST(FileTableOpen, UnreadableFileIsReportedAfterTheTableLine)
 {
     const ScopedDirectory directory;
     const std::string path = directory.write("secret.txt", twoLines);
@@ -298,7 +298,7 @@ TEST(FileTableOpen, UnreadableFileIsReportedBehindTheTableLine)
 
 TEST(FileTableOpen, StreamThatCannotBeOpenedIsFalseWithoutAMessage)
 {
-    // A socket exists and may be read, but it is no file to be opened.
+    // A socket exists and may be read, but it cannot be opened as a file.
     const ScopedDirectory directory;
     ASSERT_EQ(0, ::mknod(directory.file("data.txt").c_str(), S_IFSOCK | 0600, 0));
     FileTable table("before");
@@ -350,7 +350,7 @@ TEST(FileTableOpen, FailedOpenCanBeRepeatedOnceTheFileIsThere)
     EXPECT_TRUE(kd_test::openQuietly(table, directory, "late"));
 }
 
-TEST(FileTableClose, ClosedTableAnswersTrue)
+TEST(FileTableClose, ClosedTableReturnsTrue)
 {
     FileTable table;
     EXPECT_TRUE(table.close());
@@ -424,7 +424,7 @@ TEST(FileTableHeader, FieldListOfAClosedTableIsFalse)
     EXPECT_FALSE(table.getFieldList());
 }
 
-TEST(FileTableHeader, FieldListGoesToByteZeroAndAnswersTheVirtualReadHeader)
+TEST(FileTableHeader, FieldListGoesToByteZeroAndReturnsTheVirtualReadHeader)
 {
     class Headed : public FileTable {
     public:

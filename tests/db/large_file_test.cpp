@@ -1,4 +1,4 @@
-// Positions behind 4 GiB, in sparse files that take no room on the disk.
+// Positions after 4 GiB, in sparse files that take no room on the disk.
 #include "support/dbf_builder.h"
 #include "support/table_builder.h"
 
@@ -38,7 +38,7 @@ std::uint64_t position(FileTable& table)
     return static_cast<std::uint64_t>(static_cast<std::streamoff>(table.File.tellg()));
 }
 
-/// Records of 20 bytes behind a header of 33, so that none begins at a round position.
+/// Records of 20 bytes after a header of 33, so that none begins at a round position.
 class LargeFixed : public testing::Test {
 protected:
     void SetUp() override
@@ -67,7 +67,7 @@ protected:
 
 }  // namespace
 
-TEST_F(LargeFixed, GoRecordReachesARecordBehindFourGiB)
+TEST_F(LargeFixed, GoRecordReachesARecordAfterFourGiB)
 {
     ASSERT_GT(at(recordBehind), fourGiB);
     EXPECT_TRUE(Table.goRecord(recordBehind));
@@ -95,7 +95,7 @@ TEST_F(LargeFixed, NextRecordCrossesFourGiB)
     EXPECT_EQ(at(before + 1), position(Table));
 }
 
-TEST_F(LargeFixed, GoRecordBehindTheEndIsTrueAndTheFetchFalse)
+TEST_F(LargeFixed, GoRecordAfterTheEndIsTrueAndTheFetchFalse)
 {
     EXPECT_TRUE(Table.goRecord(lastRecord + 1));
     EXPECT_EQ(at(lastRecord + 1), position(Table));
@@ -104,7 +104,7 @@ TEST_F(LargeFixed, GoRecordBehindTheEndIsTrueAndTheFetchFalse)
     EXPECT_EQ(33U, position(Table));
 }
 
-TEST_F(LargeFixed, FirstRecordMayBeginBehindFourGiB)
+TEST_F(LargeFixed, FirstRecordMayBeginAfterFourGiB)
 {
     Table.HeaderLength = at(recordBehind);
     EXPECT_TRUE(Table.firstRecord());
@@ -112,7 +112,7 @@ TEST_F(LargeFixed, FirstRecordMayBeginBehindFourGiB)
     EXPECT_EQ((Row{lettersBehind}), rowOf(Table));
 }
 
-TEST(LargeLines, LinesBehindFourGiBAreSkippedAndFetched)
+TEST(LargeLines, LinesAfterFourGiBAreSkippedAndFetched)
 {
     const ScopedDirectory directory;
     const std::string path = directory.write("sample.txt", "");
@@ -129,7 +129,7 @@ TEST(LargeLines, LinesBehindFourGiBAreSkippedAndFetched)
     EXPECT_EQ((Rows{{"r1c1"}, {"r2c1"}, {"r3c1"}}), rowsOf(table));
 }
 
-TEST(LargeXBase, RecordsBehindFourGiBAreReachedByNumberAndAsTheLast)
+TEST(LargeXBase, RecordsAfterFourGiBAreReachedByNumberAndAsTheLast)
 {
     constexpr std::uint16_t recordLength = 1 + 200 + 55;
     constexpr std::uint64_t count = fourGiB / recordLength + 3000000;

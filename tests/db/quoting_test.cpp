@@ -29,7 +29,7 @@ struct LiteralRow {
     std::string literal;
 };
 
-/// A literal that is an SQL value by itself, with what SELECT then answers.
+/// A literal that is an SQL value by itself, with the result of SELECT.
 struct ArrivalRow {
     const char* name;
     FIELD_TYPE type;
@@ -96,7 +96,7 @@ protected:
     SQLite3 Db;
 };
 
-/// The values of a result as one text, each behind a bar.
+/// The values of a result as one text, each after a bar.
 std::string column(SQLite3& db, const std::string& sql)
 {
     std::string values;
@@ -238,7 +238,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 // Several in one database
 
-TEST_F(QuotingDatabase, NoTextLiteralRunsAStatementOfItsOwn)
+TEST_F(QuotingDatabase, NoTextLiteralRunsAnotherStatement)
 {
     for (const char* value : {"'); DROP TABLE t; --", "', (SELECT 1)); --", "\\'); DELETE FROM t; --",
                               "`); DROP TABLE t; --", "\"); DROP TABLE t; --", "'';DROP TABLE t;''"}) {

@@ -247,7 +247,7 @@ TEST_F(SqlDatabasePrinting, PageRowsIsTheThresholdOfTheObject)
     EXPECT_EQ("a b\n" + printed(distinctRows(9, 2), 3), result.out);
 }
 
-TEST_F(SqlDatabasePrinting, QueryResultsWithoutAResultPrintsNothingAndAnswersFalse)
+TEST_F(SqlDatabasePrinting, QueryResultsWithoutAResultPrintsNothingAndReturnsFalse)
 {
     Database.setResult({"a"}, {{"x"}});
     Database.resultRows = 0;
@@ -257,7 +257,7 @@ TEST_F(SqlDatabasePrinting, QueryResultsWithoutAResultPrintsNothingAndAnswersFal
     EXPECT_EQ(0U, Database.Fetched);
 }
 
-TEST_F(SqlDatabasePrinting, QueryResultsOfNoRowsPrintsTheHeaderAndAnswersTrue)
+TEST_F(SqlDatabasePrinting, QueryResultsOfNoRowsPrintsTheHeaderAndReturnsTrue)
 {
     Database.setResult({"a", "b"}, {});
     bool answer = false;

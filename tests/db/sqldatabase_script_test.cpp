@@ -190,14 +190,14 @@ TEST(SqlDatabaseImport, FileOfExactlyOneBlockIsReadOnce)
     EXPECT_EQ(Texts{script}, statementsOf(script));
 }
 
-TEST(SqlDatabaseImport, DeliberatelyAScriptThatRunsToItsEndAnswersFalse)
+TEST(SqlDatabaseImport, DeliberatelyAScriptThatRunsToItsEndReturnsFalse)
 {
     FakeSqlDatabase database;
     EXPECT_FALSE(importScript(database, "A;").Answer);
     EXPECT_EQ(Texts{"A;"}, database.Executed);
 }
 
-TEST(SqlDatabaseImport, DeliberatelyAScriptThatStopsAtAFailingStatementAnswersTrue)
+TEST(SqlDatabaseImport, DeliberatelyAScriptThatStopsAtAFailingStatementReturnsTrue)
 {
     FakeSqlDatabase database;
     database.Failing = {"B;"};
@@ -208,7 +208,7 @@ TEST(SqlDatabaseImport, DeliberatelyAScriptThatStopsAtAFailingStatementAnswersTr
     EXPECT_EQ((Texts{"A;", "B;"}), database.Executed) << "what ran stays run, the rest is not run";
 }
 
-TEST(SqlDatabaseImport, FailingLastByteOfTheFileStillAnswersTrue)
+TEST(SqlDatabaseImport, FailingLastByteOfTheFileStillReturnsTrue)
 {
     FakeSqlDatabase database;
     database.Failing = {"B;"};
@@ -271,7 +271,7 @@ TEST(SqlDatabaseImport, PathIsExpandedAndTheExpandedPathReported)
     EXPECT_EQ(Texts{"A;"}, database.Executed);
 }
 
-TEST(SqlDatabaseImport, FileThatCannotBeOpenedAnswersFalse)
+TEST(SqlDatabaseImport, FileThatCannotBeOpenedReturnsFalse)
 {
     const ScopedDirectory scratch;
     // A socket exists and cannot be opened as a file, not even by root.
@@ -291,7 +291,7 @@ TEST(SqlDatabaseImport, FileThatCannotBeOpenedAnswersFalse)
     EXPECT_EQ("", console.err);
 }
 
-TEST(SqlDatabaseImport, DirectoryAnswersFalse)
+TEST(SqlDatabaseImport, DirectoryReturnsFalse)
 {
     const ScopedDirectory scratch;
     FakeSqlDatabase database;

@@ -56,7 +56,7 @@ TEST(SqlDatabase, MembersHaveTheirTypes)
     EXPECT_TRUE((std::is_same_v<decltype(SqlDatabase::pageRows), std::uint64_t>));
 }
 
-TEST(SqlDatabase, VirtualOperationsStandInTheirSlots)
+TEST(SqlDatabase, VirtualOperationsAreInTheirSlots)
 {
     kd_test::expectSqlSlots<SqlDatabase>();
 }
@@ -94,7 +94,7 @@ TEST(SqlDatabase, CreateDatabaseExecutesCreateDatabaseWithTheNameInBackquotes)
     EXPECT_EQ("", database.database);
 }
 
-TEST(SqlDatabase, UseDatabaseAndCreateDatabaseAnswerWhatTheStatementAnswers)
+TEST(SqlDatabase, UseDatabaseAndCreateDatabaseReturnTheResultOfTheStatement)
 {
     FakeSqlDatabase database;
     database.Failing = {"USE `x`", "CREATE DATABASE `y`"};
@@ -193,7 +193,7 @@ TEST(SqlDatabase, AddDatabaseAppends)
     EXPECT_EQ((Texts{"one", "two", "one"}), database.databaseList);
 }
 
-TEST(SqlDatabase, IsAttachedListsTheSchemasAnewAndLooksForTheWholeName)
+TEST(SqlDatabase, IsAttachedListsTheSchemasAgainAndLooksForTheWholeName)
 {
     FakeSqlDatabase database;
     database.addDatabase("old");
@@ -278,7 +278,7 @@ INSTANTIATE_TEST_SUITE_P(Unknown, SqlDatabaseTypeText,
 
 // Result
 
-TEST(SqlDatabase, ClearResultsEmptiesTheResultAndAnswersTrue)
+TEST(SqlDatabase, ClearResultsEmptiesTheResultAndReturnsTrue)
 {
     FakeSqlDatabase database;
     database.setResult({"a", "b"}, {});
@@ -344,7 +344,7 @@ TEST(SqlDatabaseCount, IsZeroWhereNoCountCouldBeFetched)
     EXPECT_EQ(0, database.getRecords("without the column"));
 }
 
-TEST(SqlDatabaseCount, TakesTheValueWhateverTheFetchAnswers)
+TEST(SqlDatabaseCount, TakesTheValueEvenIfTheFetchFails)
 {
     class Silent : public FakeSqlDatabase {
     public:
@@ -360,7 +360,7 @@ TEST(SqlDatabaseCount, TakesTheValueWhateverTheFetchAnswers)
     EXPECT_EQ(7, database.getRecords("t"));
 }
 
-TEST(SqlDatabaseCount, PassesTheStandardExceptionOfATextThatIsNoNumber)
+TEST(SqlDatabaseCount, PassesTheStandardExceptionOfATextThatIsNotANumber)
 {
     FakeSqlDatabase database;
     database.Columns = {"count"};

@@ -1,4 +1,4 @@
-// What a client does beside the library's operations: steps of its own, overrides, statements that it has kept.
+// What a client does beside the library's operations: steps, overrides, statements that it has kept.
 #include "support/console_capture.h"
 #include "support/sql_calls.h"
 #include "support/sql_sqlite.h"
@@ -197,7 +197,7 @@ TEST_F(SqliteKeptStatement, ThatIsResetDoesNotPileUp)
 
 // Prepared records without a reason
 
-TEST_F(SqliteClient, PreparedRecordWithoutAConnectionIsFalseInSilence)
+TEST_F(SqliteClient, PreparedRecordWithoutAConnectionIsFalseSilently)
 {
     SQLite3 database;
     const Console console = captured([&] { EXPECT_FALSE(database.preparedRecord(record({{":a", "1"}}))); });

@@ -77,7 +77,7 @@ TEST_F(SqliteStatement, KeptTextKeepsItsZeroBytesUnlikeCopiedText)
     EXPECT_EQ("6162006364,6162\n", bare("SELECT hex(a), hex(b) FROM t"));
 }
 
-TEST_F(SqliteStatement, NotANumberIsBoundAsNullAndAnswersTrue)
+TEST_F(SqliteStatement, NotANumberIsBoundAsNullAndReturnsTrue)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     ASSERT_TRUE(Database.prepare("INSERT INTO t VALUES (?, ?)"));
@@ -115,7 +115,7 @@ TEST_F(SqliteStatement, BindingOutsideTheParametersIsReported)
     }
 }
 
-TEST_F(SqliteStatement, BindNullOutsideTheParametersIsFalseInSilence)
+TEST_F(SqliteStatement, BindNullOutsideTheParametersIsFalseSilently)
 {
     ASSERT_TRUE(Database.prepare("INSERT INTO t VALUES (?, ?)"));
     EXPECT_EQ("", printedBy([&] { EXPECT_FALSE(Database.bindNULL(3)); }));
@@ -210,7 +210,7 @@ TEST_F(SqliteStatement, DeliberatelyEveryValueOfARecordIsBoundAsTextAndAnEmptyOn
     EXPECT_EQ("12", fields.getData(0UL)) << "the list was copied";
 }
 
-TEST_F(SqliteStatement, EmptyRecordAnswersFalseInSilence)
+TEST_F(SqliteStatement, EmptyRecordReturnsFalseSilently)
 {
     ASSERT_TRUE(Database.prepare("INSERT INTO t VALUES (:a, :b)"));
     EXPECT_EQ("", printedBy([&] { EXPECT_FALSE(Database.preparedRecord(TableFields())); }));

@@ -109,7 +109,7 @@ TEST_F(SqliteConnection, DeliberatelyABackquoteInThePathOfAttachBecomesADoubleQu
     EXPECT_FALSE(std::filesystem::exists("a`b.db"));
 }
 
-TEST_F(SqliteConnection, AliasStandsInTheStatementAsItIs)
+TEST_F(SqliteConnection, AliasGoesIntoTheStatementUnchanged)
 {
     ASSERT_TRUE(Database.createDatabase(":memory:"));
     EXPECT_TRUE(Database.attach(":memory:", "`two words`"));
@@ -134,7 +134,7 @@ TEST_F(SqliteConnection, DetachWithoutAConnectionFailsSilently)
 
 // Extensions
 
-TEST_F(SqliteConnection, EnableLoadAnswersFalseAndChangesNothing)
+TEST_F(SqliteConnection, EnableLoadReturnsFalseAndChangesNothing)
 {
     Database.errorText = "kept";
     EXPECT_EQ("", printedBy([&] { EXPECT_FALSE(Database.enableLoad()); }));
@@ -142,7 +142,7 @@ TEST_F(SqliteConnection, EnableLoadAnswersFalseAndChangesNothing)
     EXPECT_EQ("kept", Database.errorText);
 }
 
-TEST_F(SqliteConnection, LoadExtensionAlwaysAnswersFalse)
+TEST_F(SqliteConnection, LoadExtensionAlwaysReturnsFalse)
 {
     EXPECT_EQ("Enable SQLite3 to load extensions\n", printedBy([&] { EXPECT_FALSE(Database.loadExtension("x")); }));
     EXPECT_EQ("Enable SQLite3 to load extensions", Database.errorText);
@@ -260,7 +260,7 @@ TEST_F(SqliteConnection, RecordsAreCountedAndTheCountFinalised)
     kd_lib::SqlDatabase& base = Database;
     EXPECT_EQ(3, base.getRecords("t"));
     EXPECT_EQ(nullptr, Database.statement);
-    EXPECT_EQ(2, Database.getRecords("t WHERE a > 1")) << "the table's text stands as it is";
+    EXPECT_EQ(2, Database.getRecords("t WHERE a > 1")) << "the table's text is unchanged";
 }
 
 TEST_F(SqliteConnection, RecordsOfAMissingTableAreZeroAndReportedOnce)
@@ -310,7 +310,7 @@ TEST_F(SqliteConnection, StorageClassesAreMappedByTheirCodes)
 
 // Damaged files and locks
 
-TEST_F(SqliteConnection, FileThatIsNoDatabaseOpensAndFailsAtItsFirstStatement)
+TEST_F(SqliteConnection, FileThatIsNotADatabaseOpensAndFailsAtItsFirstStatement)
 {
     const std::string line = failureLine(26, "file is not a database");
     Scratch.write("x.db", std::string(4096, 'x'));

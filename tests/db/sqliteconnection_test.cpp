@@ -54,7 +54,7 @@ TEST(Sqlite3Object, HasTheInitialValues)
     EXPECT_EQ(0U, database.rowsFetched);
 }
 
-TEST(Sqlite3Object, IsDisconnectedAtFirstAndDisconnectAnswersTrue)
+TEST(Sqlite3Object, IsDisconnectedAtFirstAndDisconnectReturnsTrue)
 {
     SQLite3 database;
     EXPECT_FALSE(database.isConnected());
@@ -73,7 +73,7 @@ TEST(Sqlite3Object, ConnectOfTheFrameAssignsTheSettingsAndOpensNothing)
     EXPECT_TRUE(database.isDisconnected());
 }
 
-TEST(Sqlite3Object, VirtualOperationsStandInTheirSlots)
+TEST(Sqlite3Object, VirtualOperationsAreInTheirSlots)
 {
     kd_test::expectSqlSlots<SQLite3>();
 }
@@ -306,7 +306,7 @@ TEST_F(SqliteConnection, DeliberatelyTheEncodingGoesToTheConnectionThatWasOpenBe
     EXPECT_EQ("UTF-8\n", bareQuery(Database.handle, "PRAGMA encoding"));
 }
 
-TEST_F(SqliteConnection, EncodingPragmaStandsAsGivenAndIsFinalised)
+TEST_F(SqliteConnection, EncodingPragmaIsUnchangedAndIsFinalised)
 {
     ASSERT_TRUE(Database.createDatabase(":memory:"));
     sqliteCalls.reset();

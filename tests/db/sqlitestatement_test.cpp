@@ -357,7 +357,7 @@ TEST_F(SqliteStatement, FinalizeThatMeetsAReportedFailureIsFalseWithoutASecondLi
     EXPECT_EQ(nullptr, Database.statement);
 }
 
-TEST_F(SqliteStatement, FinalizeReportsAFailureThatFetchRowPassedOverInSilence)
+TEST_F(SqliteStatement, FinalizeReportsAFailureThatFetchRowPassedOverSilently)
 {
     bare("INSERT INTO t VALUES (1, 2)");
     ASSERT_TRUE(Database.query("INSERT INTO t VALUES (1, 3)"));
@@ -408,7 +408,7 @@ TEST_F(SqliteStatement, QueryMakesOneFieldPerColumnAndStepsNothing)
     }
 }
 
-TEST_F(SqliteStatement, QueryOfAStatementWithoutColumnsAnswersTrueToo)
+TEST_F(SqliteStatement, QueryOfAStatementWithoutColumnsReturnsTrueToo)
 {
     EXPECT_TRUE(Database.query("INSERT INTO t VALUES (1, 2)"));
     EXPECT_EQ(1U, Database.resultRows);
@@ -417,7 +417,7 @@ TEST_F(SqliteStatement, QueryOfAStatementWithoutColumnsAnswersTrueToo)
     EXPECT_EQ("", rows()) << "nothing is stepped";
 }
 
-TEST_F(SqliteStatement, QueryThatCannotBePreparedAnswersFalse)
+TEST_F(SqliteStatement, QueryThatCannotBePreparedReturnsFalse)
 {
     EXPECT_EQ(failureLine(1, "no such table: none"),
               printedBy([&] { EXPECT_FALSE(Database.query("SELECT * FROM none")); }));
@@ -487,7 +487,7 @@ TEST_F(SqliteStatement, ColumnsOfOneNameKeepTheirPlaces)
     EXPECT_EQ("3", Database.queryColumns.getData(2UL));
 }
 
-TEST_F(SqliteStatement, FetchRowWithoutColumnsOfItsOwnIsHarmless)
+TEST_F(SqliteStatement, FetchRowWithoutColumnsIsHarmless)
 {
     ASSERT_TRUE(Database.query("SELECT 1 AS a, 2 AS b"));
     ASSERT_TRUE(Database.prepare("SELECT 3 AS c"));
@@ -519,7 +519,7 @@ TEST_F(SqliteStatement, StatementThatFailsAgainIsReportedAgain)
               }));
 }
 
-TEST_F(SqliteStatement, FetchRowAnswersOtherCodesInSilence)
+TEST_F(SqliteStatement, FetchRowReturnsFalseSilentlyForOtherCodes)
 {
     for (const int code : {SQLITE_CORRUPT, SQLITE_LOCKED, SQLITE_MISUSE, SQLITE_NOMEM, SQLITE_OK}) {
         SCOPED_TRACE(code);

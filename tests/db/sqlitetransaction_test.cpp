@@ -86,7 +86,7 @@ TEST_F(SqliteTransaction, DeliberatelyAFailedBeginSetsTheFlag)
     EXPECT_EQ(nullptr, Database.statement);
 }
 
-TEST_F(SqliteTransaction, BeginWithoutAConnectionSetsTheFlagInSilence)
+TEST_F(SqliteTransaction, BeginWithoutAConnectionSetsTheFlagSilently)
 {
     SQLite3 database;
     EXPECT_EQ("", printedBy([&] { database.beginTransaction(); }));

@@ -216,7 +216,7 @@ TEST(SqlKeyword, WordsAreDistinctAndInUpperCase)
     }
 }
 
-TEST(SqlKeyword, UnderscoreSortsBehindTheLettersAndHyphenBeforeThem)
+TEST(SqlKeyword, UnderscoreSortsAfterTheLettersAndHyphenBeforeThem)
 {
     const SqlKeyword keyword;
     const auto place = [&keyword](const std::string& word) {
@@ -238,7 +238,7 @@ TEST(SqlKeyword, CreateListAgainDoesNotDoubleTheList)
     EXPECT_EQ(allWords(), keyword.keywords);
 }
 
-TEST(SqlKeyword, QuotesWithTheDoubleQuoteFromTheStart)
+TEST(SqlKeyword, QuotesWithTheDoubleQuoteByDefault)
 {
     EXPECT_EQ(34, SqlKeyword().quoteChar);
 }
@@ -300,7 +300,7 @@ TEST(IsReserved, NothingWithoutWords)
     EXPECT_FALSE(keyword.isReserved(""));
 }
 
-TEST(IsReserved, LooksTheListUpAsItStands)
+TEST(IsReserved, SearchesTheCurrentList)
 {
     SqlKeyword keyword;
     keyword.keywords = {"ZEBRA", "APPLE"};

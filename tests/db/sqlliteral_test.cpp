@@ -93,7 +93,7 @@ TEST(FieldDefinition, FloatIsTheNameAndTheWord)
     EXPECT_EQ("RATE float", definition("RATE", FLOAT_TYPE, 12, 4));
 }
 
-TEST(FieldDefinition, NameStandsAsItIs)
+TEST(FieldDefinition, NameIsUnchanged)
 {
     EXPECT_EQ("Mixed Name \"x\" date", definition("Mixed Name \"x\"", DATE_TYPE, 8, 0));
     EXPECT_EQ(" memo", definition("", MEMO_TYPE, 10, 0));
@@ -155,7 +155,7 @@ TEST(DateLiteral, OfEightDigitsIsCutAndQuoted)
     EXPECT_EQ("'2024-03-15'", literal(DATE_TYPE, "  20240315  "));
 }
 
-TEST(DateLiteral, LongerThanEightCharactersStandsAsItIs)
+TEST(DateLiteral, LongerThanEightCharactersIsUnchanged)
 {
     EXPECT_EQ("'2024-03-15'", literal(DATE_TYPE, "2024-03-15"));
     EXPECT_EQ("'2024-03-15'", literal(DATE_TYPE, " 2024-03-15 "));
@@ -209,7 +209,7 @@ TEST(TimeLiteral, OfFiveDigitsHasAShortPiece)
     EXPECT_EQ("09:30:4'", literal(TIME_TYPE, "09304"));
 }
 
-TEST(TimeLiteral, LongerThanSixCharactersStandsAsItIsWithAClosingQuoteOnly)
+TEST(TimeLiteral, LongerThanSixCharactersIsUnchangedWithAClosingQuoteOnly)
 {
     EXPECT_EQ("12:34:56'", literal(TIME_TYPE, "12:34:56"));
     EXPECT_EQ("1234567'", literal(TIME_TYPE, " 1234567"));

@@ -71,7 +71,7 @@ TEST(SqlQuery, ResetEmptiesEveryPiece)
     EXPECT_FALSE(query.distinct);
 }
 
-TEST(SqlQuery, IsFilledAnewAfterReset)
+TEST(SqlQuery, IsFilledAgainAfterReset)
 {
     SqlQuery query = people();
     query.resetQuery();
@@ -207,7 +207,7 @@ TEST(SelectQuery, WritesTheFromLineWithoutTables)
     EXPECT_EQ("SELECT 1\n  FROM  \n", query.selectQuery());
 }
 
-TEST(SelectQuery, WritesTheJoinOnALineOfItsOwn)
+TEST(SelectQuery, WritesTheJoinOnASeparateLine)
 {
     SqlQuery query = simple();
     query.join = "JOIN u ON u.id = t.id";
@@ -230,7 +230,7 @@ TEST(SelectQuery, SubFilterWithoutFilterIsTheWhereClause)
     EXPECT_EQ("SELECT f\n  FROM  t\n WHERE ( (a = 1)\n OR(b = 2)\n)\n", query.selectQuery());
 }
 
-TEST(SelectQuery, SubFilterBehindAFilterIsJoinedByAnd)
+TEST(SelectQuery, SubFilterAfterAFilterIsJoinedByAnd)
 {
     SqlQuery query = simple();
     query.setFilter("a = 1", "");

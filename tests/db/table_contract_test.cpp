@@ -1,6 +1,6 @@
 // What every table class does alike: one set of tests walks over five rows of each kind of file. A kind says which
-// class reads it, what its file holds, and which columns and rows are read. A new class gets a kind of its own, named
-// in `Kinds`, with columns and rows of its own: five rows, in records of one length.
+// class reads it, what its file holds, and which columns and rows are read. A new class gets a new kind, named in
+// `Kinds`, with its columns and rows: five rows, in records of one length.
 #include "support/dbf_builder.h"
 #include "support/table_builder.h"
 
@@ -119,7 +119,7 @@ TYPED_TEST_SUITE(TableContract, Kinds, KindNames);
 
 }  // namespace
 
-TYPED_TEST(TableContract, WalkBehindTheDefinitionGivesEveryRow)
+TYPED_TEST(TableContract, WalkAfterTheDefinitionGivesEveryRow)
 {
     EXPECT_EQ(this->Columns, kd_test::namesOf(this->table()));
     EXPECT_EQ(this->Expected, rowsOf(this->table()));
@@ -152,7 +152,7 @@ TYPED_TEST(TableContract, EveryRecordIsReachedByItsNumberInAnyOrder)
     }
 }
 
-TYPED_TEST(TableContract, WalkGoesOnBehindTheRecordReached)
+TYPED_TEST(TableContract, WalkContinuesAfterTheRecordReached)
 {
     EXPECT_TRUE(this->table().goRecord(TypeParam::firstRecord + 2));
     EXPECT_EQ((Rows{this->Expected[2], this->Expected[3], this->Expected[4]}), rowsOf(this->table()));
@@ -168,7 +168,7 @@ TYPED_TEST(TableContract, EndOfTheWalkKeepsTheLastRowAndStaysFalse)
     EXPECT_TRUE(this->table().File.fail());
 }
 
-TYPED_TEST(TableContract, BehindTheLastRecordThePositionIsTakenAndTheFetchFalse)
+TYPED_TEST(TableContract, AfterTheLastRecordThePositionIsTakenAndTheFetchFalse)
 {
     EXPECT_TRUE(this->table().goRecord(TypeParam::firstRecord + 5));
     EXPECT_FALSE(this->table().fetchRecord());
@@ -196,7 +196,7 @@ TYPED_TEST(TableContract, ReopenedTableIsWalkedWithTheColumnsItHad)
     EXPECT_EQ(this->Expected, rowsOf(this->table()));
 }
 
-TYPED_TEST(TableContract, DefinedAnewTheColumnsAreThoseOfTheFile)
+TYPED_TEST(TableContract, DefinedAgainTheColumnsAreThoseOfTheFile)
 {
     this->table().defineFields();
     TypeParam::define(this->File.table);

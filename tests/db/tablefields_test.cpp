@@ -349,7 +349,7 @@ TEST(TableFields, ShowNumbersMoreThanTenColumns)
 
 // Copying and moving
 
-TEST(TableFields, CopyHasColumnsOfItsOwnWithTheirValues)
+TEST(TableFields, CopyHasSeparateColumnsWithTheirValues)
 {
     TableFields fields = valuedFields();
     TableFields copy = fields;

@@ -1,5 +1,5 @@
 // Different objects in different threads. Built with -fsanitize=thread, these tests show that the
-// library shares nothing behind its objects. (The row printer counts for all objects together, by its
+// library shares nothing between its objects. (The row printer counts for all objects together, by its
 // own rule, and is left out.)
 
 #include <kd_lib/kd_db.h>
@@ -57,7 +57,7 @@ std::string cell(int thread, int row, int column)
     return "t" + std::to_string(thread) + "r" + std::to_string(row) + "c" + std::to_string(column);
 }
 
-/// The values of column 0 of every record, each behind a bar.
+/// The values of column 0 of every record, each after a bar.
 std::string walked(FileTable& table)
 {
     std::string values;

@@ -80,7 +80,7 @@ TEST_P(WordLoops, TrimsTakeBlanksAndNothingElse)
     });
 }
 
-TEST_P(WordLoops, PlainAsciiIsToldFromEveryOtherByte)
+TEST_P(WordLoops, PlainAsciiIsDistinguishedFromEveryOtherByte)
 {
     const bool plainFiller = GetParam() >= ' ' && GetParam() <= '~';
     forEveryByteAndPlace(GetParam(), [plainFiller](const std::string& text) {
@@ -100,7 +100,7 @@ TEST_P(WordLoops, EveryQuoteOfATextBecomesABackquoteAndNoOtherByteChanges)
     });
 }
 
-TEST(WordLoopLists, NumbersAndTextsOfEverySizeStandSideBySide)
+TEST(WordLoopLists, NumbersAndTextsOfEverySizeAreSideBySide)
 {
     kd_lib::xBase2Sql table("t");
     std::string expected = "INSERT INTO t(";

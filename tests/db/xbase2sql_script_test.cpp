@@ -57,7 +57,7 @@ TEST(xBase2SqlConvert, WithoutInsertRecordsWritesTheDefinitionOnly)
     EXPECT_FALSE(conversion.Table.is_open());
 }
 
-TEST(xBase2SqlConvert, KeyColumnStandsInTheDefinitionOnly)
+TEST(xBase2SqlConvert, KeyColumnIsInTheDefinitionOnly)
 {
     Conversion conversion("stock", twoColumns().record({"r1c1", ""}).bytes());
     conversion.Table.KeyColumn = "ID";
@@ -160,7 +160,7 @@ TEST(xBase2SqlConvert, WritesAllRecordsAfterAWholeWalk)
     EXPECT_EQ(expected, conversion.script());
 }
 
-TEST(xBase2SqlConvert, OpenThatAnswersTrueWithoutOpeningIsATableThatIsNotOpen)
+TEST(xBase2SqlConvert, OpenThatReturnsTrueWithoutOpeningIsATableThatIsNotOpen)
 {
     struct NeverOpen : kd_lib::xBase2Sql {
         using xBase2Sql::open;
@@ -331,7 +331,7 @@ TEST(xBase2SqlConvert, EveryRecordIsWrittenWithTheNamesOfItsMoment)
     EXPECT_EQ(definition + file.table.Inserts, out.str());
 }
 
-TEST(xBase2SqlConvert, ShortDateLetsTheStandardExceptionPassBehindTheWholeStatementsBeforeIt)
+TEST(xBase2SqlConvert, ShortDateLetsTheStandardExceptionPassAfterTheWholeStatementsBeforeIt)
 {
     Conversion conversion("t", DbfBuilder({{"D", 'D', 8}}).record({"20240305"}).record({"1999"}).bytes());
     captured([&] { EXPECT_THROW(conversion.Table.convert(), std::out_of_range); });

@@ -242,7 +242,7 @@ TEST(xBaseFetchDeathTest, FieldsWiderThanTheRecordStopTheProcessInTheUnitOfFileT
                 "Fields\\.get\\(f\\)->getLength\\(\\)' failed\\.\n$");
 }
 
-TEST(xBaseFetch, FieldThatStartsBehindTheRecordThrowsOutOfRange)
+TEST(xBaseFetch, FieldThatStartsAfterTheRecordThrowsOutOfRange)
 {
     DbfBuilder builder = threeColumns().record({"r1c1", "1", "2"});
     builder.recordLength = 20;

@@ -59,7 +59,7 @@ TEST(xBaseTable, NameConstructorSetsTheNameAndTheSameDefaults)
     EXPECT_EQ(0, table.Version);
 }
 
-TEST(xBaseTable, VirtualOperationsStandInTheirSlotOrder)
+TEST(xBaseTable, VirtualOperationsAreInTheirSlotOrder)
 {
     EXPECT_EQ(7U, kd_test::slotOf(&xBaseTable::skipHeader));
     EXPECT_EQ(9U, kd_test::slotOf(&xBaseTable::showHeader));
@@ -81,7 +81,7 @@ TEST(xBaseTable, OpenReadsNoHeader)
 
 // The header
 
-TEST(xBaseHeader, HeaderLength129YieldsThreeFieldsOneBehindTheOther)
+TEST(xBaseHeader, HeaderLength129YieldsThreeFieldsOneAfterTheOther)
 {
     ASSERT_EQ(129, threeColumns().headerLength);
     Opened<xBaseTable> file(threeRecords());
@@ -90,7 +90,7 @@ TEST(xBaseHeader, HeaderLength129YieldsThreeFieldsOneBehindTheOther)
     EXPECT_EQ((Row{"name", "price", "born"}), namesOf(file.table));
 }
 
-TEST(xBaseHeader, EveryNumberStandsAtItsOffset)
+TEST(xBaseHeader, EveryNumberIsAtItsOffset)
 {
     std::string bytes = threeRecords();
     bytes[0] = '\xF5';
@@ -198,7 +198,7 @@ TEST(xBaseHeader, AddressAndReservedBytesOfADescriptorAreNotRead)
     EXPECT_EQ((Rows{{"r1"}}), rowsOf(file.table));
 }
 
-TEST(xBaseHeader, DescriptorCountIsTheQuotientLessOneWhateverTheTerminatorSays)
+TEST(xBaseHeader, DescriptorCountIsTheQuotientLessOneForEveryTerminator)
 {
     const struct {
         std::uint16_t headerLength;
@@ -213,7 +213,7 @@ TEST(xBaseHeader, DescriptorCountIsTheQuotientLessOneWhateverTheTerminatorSays)
     }
 }
 
-TEST(xBaseHeader, PositionBehindTheHeaderIsTheFirstRecordOfAnOrdinaryFile)
+TEST(xBaseHeader, PositionAfterTheHeaderIsTheFirstRecordOfAnOrdinaryFile)
 {
     Opened<xBaseTable> file(threeRecords());
     EXPECT_TRUE(file.table.readHeader());

@@ -83,7 +83,7 @@ TEST_F(InspectTest, EveryByteOfATable)
                                             "15+1 encryption: ",
                                             "16+12 reserved: ",
                                             "28+1 flags: ",
-                                            "29+1 language byte: not told",
+                                            "29+1 language byte: not stated",
                                             "30+2 reserved: ",
                                             "32+32 column 1: ID: type N, 4 bytes at byte 1 of the record, number",
                                             "64+32 column 2: BORN: type D, 8 bytes at byte 5 of the record, date",

@@ -319,7 +319,7 @@ TEST_F(VirtualTables, ChangedFileIsReadAnew)
     Folder.write("numbers.dbf", DbfBuilder({{"OTHER", 'C', 3}}).record({"x"}).bytes());
     EXPECT_EQ(
         connection.rows("SELECT count(*) FROM t"),
-        Values{"error: " + Folder.file("numbers.dbf") + ": the columns of the file have changed; make the table anew"});
+        Values{"error: " + Folder.file("numbers.dbf") + ": the columns of the file have changed; create the table again"});
     std::filesystem::remove(Folder.file("numbers.dbf"));
     EXPECT_EQ(connection.rows("SELECT count(*) FROM t"),
               Values{"error: " + Folder.file("numbers.dbf") + ": No such file or directory"});

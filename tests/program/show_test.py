@@ -68,7 +68,7 @@ class Hints(ProgramTest):
             self.check_usage(['list', name],
                              f'{name}: its extension does not tell what it is; --from dbf|csv|tsv|fixed|mem does')
         self.check_usage(['list', sample('parts.txt')],
-                         'parts.txt: fixed columns are told by --columns; --from csv reads delimited text')
+                         'parts.txt: fixed columns are given by --columns; --from csv reads delimited text')
 
     def test_missing_file_is_missing_before_its_extension_is_wrong(self):
         for command in ['list', 'convert', 'load', 'verify', 'show']:

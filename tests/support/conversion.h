@@ -39,7 +39,7 @@ inline DbfBuilder allTypes()
                        {"X", 'X', 5}});
 }
 
-/// A table without fields of its own file, as `prepareInsert` and `insert` need none.
+/// Adds text columns to a table without a file: `prepareInsert` and `insert` need none.
 inline void addTextColumns(xBase2Sql& table, const std::vector<std::string>& names)
 {
     table.Fields.CaseSensitive = true;
@@ -58,7 +58,7 @@ public:
         Table.Path = Directory.path();
     }
 
-    /// The script; the path that `convert` answers must be the one beside the table.
+    /// The script; the path that `convert` returns must be the one beside the table.
     std::string script()
     {
         std::string path;

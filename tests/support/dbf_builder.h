@@ -16,7 +16,7 @@ struct DbfColumn {
 };
 
 /// Builds a valid `.dbf` file byte by byte; a test then bends the bytes or the header's numbers.
-/// Values are placed as they are: too short ones get blanks behind them, too long ones are cut.
+/// Values are placed unchanged: too short ones are padded with blanks, too long ones are cut.
 class DbfBuilder {
 public:
     explicit DbfBuilder(std::vector<DbfColumn> columns);
@@ -26,8 +26,8 @@ public:
     DbfBuilder& deletedRecord(const std::vector<std::string>& values);
 
     unsigned char version = 3;
-    bool terminator = true;      ///< 0x0D behind the descriptors
-    bool endMark = true;         ///< 0x1A behind the records
+    bool terminator = true;      ///< 0x0D after the descriptors
+    bool endMark = true;         ///< 0x1A after the records
     std::uint32_t recordCount;   ///< as in the header; `record` adds one
     std::uint16_t headerLength;  ///< as in the header; starts as 32 + 32 n + 1
     std::uint16_t recordLength;  ///< as in the header; starts as 1 + the sum of the lengths

@@ -31,7 +31,7 @@ public:
     Fifo(const Fifo&) = delete;
     Fifo& operator=(const Fifo&) = delete;
 
-    /// The reader meets the end behind the bytes; call it once the reader has opened the pipe.
+    /// The reader meets the end after the bytes; call it once the reader has opened the pipe.
     void end()
     {
         if (Descriptor >= 0) {

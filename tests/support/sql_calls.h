@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-// Functions of SQLite that stand in front of the real ones: the library's calls come here first. They
+// Functions of SQLite that replace the real ones: the library's calls come here first. They
 // are defined in this header, so one source file of a program includes it.
 
 namespace kd_test {
@@ -21,7 +21,7 @@ struct OpenCall {
     bool NamesFileSystem;
 };
 
-/// The calls since the last `reset`, and the answers to give in place of SQLite's.
+/// The calls since the last `reset`, and the results to return instead of SQLite's.
 struct SqliteCalls {
     std::vector<OpenCall> Opens;
     std::vector<std::string> Prepared;     ///< the texts given to `sqlite3_prepare_v2`
@@ -29,7 +29,7 @@ struct SqliteCalls {
     int Steps = 0;
     int Closes = 0;
 
-    /// Answers by function: the given code so many times, without the real call.
+    /// Results by function: the given code so many times, without the real call.
     struct Answer {
         int Code = SQLITE_OK;
         int Times = 0;
@@ -38,7 +38,7 @@ struct SqliteCalls {
 
     void reset() { *this = SqliteCalls(); }
 
-    /// Whether the call is answered here; it is counted down.
+    /// Whether the call is replaced here; it is counted down.
     bool takes(const std::string& function, int& code)
     {
         Answer& answer = Answers[function];
@@ -49,7 +49,7 @@ struct SqliteCalls {
 
 inline SqliteCalls sqliteCalls;
 
-/// The function of this name behind the one defined here.
+/// The real function of this name.
 template <class Function>
 Function* realCall(const char* name)
 {
@@ -90,7 +90,7 @@ int sqlite3_reset(sqlite3_stmt* statement)
     return kd_test::sqliteCalls.takes("reset", code) ? code : real(statement);
 }
 
-/// A statement is destroyed whatever the answer is, as SQLite does it.
+/// A statement is destroyed with every result, as SQLite does it.
 int sqlite3_finalize(sqlite3_stmt* statement)
 {
     static auto* const real = kd_test::realCall<decltype(sqlite3_finalize)>("sqlite3_finalize");

@@ -23,7 +23,7 @@ public:
     std::vector<std::string> Queried;   ///< the statements given to `query`
     std::vector<std::string> Failing;   ///< `execute` and `query` answer false to these
     bool RollsBackOnFailure = false;    ///< a failing `execute` calls `rollback`, as a real back end may
-    bool ListsDatabases = true;         ///< what `getDatabaseList` answers
+    bool ListsDatabases = true;         ///< the result of `getDatabaseList`
     std::vector<std::string> Schemas;   ///< what it lists
     std::vector<std::string> Columns;   ///< the columns of every query
     Rows Result;                        ///< the rows of every query
@@ -109,7 +109,7 @@ private:
     bool fails(const std::string& sql) const { return std::find(Failing.begin(), Failing.end(), sql) != Failing.end(); }
 };
 
-/// What a paged listing printed, and how many of the answers it took.
+/// What a paged listing printed, and how many lines of input it read.
 struct Paged {
     std::string out;
     std::size_t asked = 0;

@@ -10,7 +10,7 @@
 
 namespace kd_test {
 
-/// Another process with a connection of its own to a database file. It is made before this process
+/// Another process with a separate connection to a database file. It is made before this process
 /// opens the file: SQLite's bookkeeping of locks must not cross a fork.
 class OtherProcess {
 public:

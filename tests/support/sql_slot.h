@@ -36,7 +36,7 @@ void expectFrameSlots()
     EXPECT_EQ(8U, virtualSlot(&Class::createDatabase));
 }
 
-/// Expects these and behind them the operations of an SQL database.
+/// Expects these and after them the operations of an SQL database.
 template <class Class>
 void expectSqlSlots()
 {

@@ -53,7 +53,7 @@ public:
         EXPECT_TRUE(openQuietly(table, Directory));
     }
 
-    /// Replaces the file and opens it anew; the columns stay. The old file is removed first: a file
+    /// Replaces the file and opens it again; the columns stay. The old file is removed first: a file
     /// system may take much longer to overwrite one.
     void reopen(const std::string& bytes)
     {
@@ -81,7 +81,7 @@ inline Row rowOf(const kd_lib::FileTable& table)
     return row;
 }
 
-/// Fetches from the current position until `fetchRecord` answers false, which it must before `limit`.
+/// Fetches from the current position until `fetchRecord` returns false, which it must before `limit`.
 inline Rows rowsOf(kd_lib::FileTable& table, std::size_t limit = 100000)
 {
     Rows rows;

@@ -43,7 +43,7 @@ Console displayOf(const std::string& text)
     return captured([&text] { kd_lib::display(text); });
 }
 
-/// What `more` answered and printed with these bytes in a file as standard input.
+/// What `more` returned and printed with these bytes in a file as standard input.
 struct Answer {
     bool goesOn = false;
     Console console;
@@ -76,7 +76,7 @@ public:
 
     int descriptor() const { return Slave; }
 
-    /// Keys are answered after this time (tenths of a second) even when none was pressed.
+    /// Reading a key ends after this time (tenths of a second) even when none was pressed.
     void stopWaitingAfter(unsigned char tenths)
     {
         AtStart.c_cc[VMIN] = 0;
@@ -301,7 +301,7 @@ TEST(Inserter, WritesToStandardOutput)
 
 // isVerbose, setVerbose
 
-TEST(Verbosity, IsOffFromTheStart)
+TEST(Verbosity, IsOffByDefault)
 {
     EXPECT_FALSE(verboseAtStart);
 }

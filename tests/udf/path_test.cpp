@@ -121,7 +121,7 @@ TEST(AddEndSlash, AppendsOneToADirectoryWithoutIt)
     EXPECT_EQ("back\\/", withEndSlash("back\\"));
 }
 
-TEST(AddEndSlash, ChangesNothingBehindASlash)
+TEST(AddEndSlash, ChangesNothingAfterASlash)
 {
     EXPECT_EQ("tables/", withEndSlash("tables/"));
     EXPECT_EQ("/", withEndSlash("/"));

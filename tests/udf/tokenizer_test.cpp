@@ -102,7 +102,7 @@ TEST(Tokenizer, ASecondSplitReplacesThePieces)
     EXPECT_EQ((Pieces{"r2c1", "r2c2"}), tokenizer.tokens);
 }
 
-TEST(Tokenizer, SplitsOneOfItsOwnPieces)
+TEST(Tokenizer, SplitsOneOfItsPieces)
 {
     Tokenizer tokenizer;
     tokenizer.split("a long first piece, with a comma;r1c2", ";");
@@ -120,7 +120,7 @@ TEST(Tokenizer, ZeroByteAndHighByteSeparate)
     EXPECT_EQ((Pieces{"r1c1", "r1c2", "r1c3"}), split("r1c1\0r1c2\xFFr1c3"s, "\0\xFF"s));
 }
 
-TEST(PieceReader, AnswersFalseBehindTheLastPieceAndStaysThere)
+TEST(PieceReader, ReturnsFalseAfterTheLastPieceAndStaysThere)
 {
     PieceReader pieces("r1c1,", ",");
     std::string_view piece;

@@ -1,5 +1,5 @@
-// A process whose user has no entry in the user database, or one without a directory. The test answers in
-// the database's place.
+// A process whose user has no entry in the user database, or one without a directory. The test replaces
+// the database.
 
 #include <kd_lib/path.h>
 

@@ -86,7 +86,7 @@ std::string programHelp()
                  "  kd_db query clients.dbf \"SELECT name, town FROM clients ORDER BY name\"\n"
                  "\n"
                  "Exit status: 0 done; 1 failed, nothing stored, one line says why; 2 wrong\n"
-                 "usage; 3 done, but something could not be carried as it is, and each is told;\n"
+                 "usage; 3 done, but something could not be carried as it is, and each is named;\n"
                  "129, 130 and 143 ended by SIGHUP, SIGINT and SIGTERM.\n";
 }
 

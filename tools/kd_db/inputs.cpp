@@ -100,7 +100,7 @@ void requireKind(const std::string& file, const exchange::SourceOptions& options
         throw UsageError(file + ": its extension does not tell what it is; --from dbf|csv|tsv|fixed|mem does");
     }
     if (extensionOf(file) == "txt" && options.FixedColumns.empty()) {
-        throw UsageError(file + ": fixed columns are told by --columns; --from csv reads delimited text");
+        throw UsageError(file + ": fixed columns are given by --columns; --from csv reads delimited text");
     }
 }
 

@@ -22,7 +22,7 @@ struct Parameter {
 };
 
 /// One open connection with one current statement. An operation that fails returns false and leaves its reason in
-/// `Failure`, on one line and without a password. Whatever runs is read to its end before the next one is sent.
+/// `Failure`, on one line and without a password. A statement that runs is read to its end before the next one is sent.
 class ServerConnection {
 public:
     ServerConnection() = default;

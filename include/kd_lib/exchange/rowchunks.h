@@ -19,7 +19,7 @@ namespace kd_lib::exchange {
 class KD_LIB_EXPORT RowChunks {
 public:
     struct Chunk {
-        std::string Text;                    ///< the rows, one behind the other
+        std::string Text;                    ///< the rows, one after the other
         std::vector<std::size_t> Ends;       ///< of each row in `Text`
         std::vector<std::uint64_t> Records;  ///< the number of each row's record
 

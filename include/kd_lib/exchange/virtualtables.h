@@ -20,7 +20,7 @@ namespace detail {
 class SqliteDatabase;
 }
 
-/// Who is told what happens while statements read files. The callbacks must not throw, and must not use the
+/// Callbacks for events while statements read files. The callbacks must not throw, and must not use the
 /// connection.
 struct VirtualTableEvents {
     std::function<void(const Reject&)> OnReject = {};                       ///< a cell became NULL; once for each cell
@@ -36,7 +36,7 @@ struct VirtualTableEvents {
 ///
 /// Records are streamed, memory is flat. Only the columns that a statement uses are decoded (and rejected). `rowid` is
 /// the record's number; conditions on it find their records without reading the others where the file's records
-/// have a fixed length. The tables cannot be changed. The file is opened anew by each statement, and must
+/// have a fixed length. The tables cannot be changed. Each statement opens the file again, and the file must
 /// keep its columns.
 ///
 /// Names and declared types are those of a load into SQLite, and so are the values, with an unreadable cell as NULL.

@@ -58,7 +58,7 @@ std::string lastChange(const DbfLayout& layout)
     const std::string told =
         std::to_string(layout.Year) + ", " + std::to_string(layout.Month) + ", " + std::to_string(layout.Day);
     if (layout.Month == 0 && layout.Day == 0) {
-        return "not told";
+        return "not stated";
     }
     const std::optional<Date> day = dayOfCalendar(
         static_cast<unsigned>(layout.Year), static_cast<unsigned>(layout.Month), static_cast<unsigned>(layout.Day));

@@ -87,7 +87,7 @@ OpenTable FileTable::take()
     }
     OpenTable table = open();
     if (!sameColumns(table.From->columns(), Columns)) {
-        throw Error(Arguments.File, "the columns of the file have changed; make the table anew");
+        throw Error(Arguments.File, "the columns of the file have changed; create the table again");
     }
     return table;
 }

@@ -113,7 +113,7 @@ private:
     std::string language() const
     {
         const std::string page = CodePage::nameOfLanguageByte(Layout.LanguageByte);
-        return Layout.LanguageByte == 0 ? "not told" : page.empty() ? "not known" : page;
+        return Layout.LanguageByte == 0 ? "not stated" : page.empty() ? "not known" : page;
     }
 
     void field(std::size_t index)
