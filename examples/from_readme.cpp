@@ -14,7 +14,7 @@ int main()
         std::cout << *record["name"].text() << ": " << record["limit"].digits().value_or("no limit") << "\n";
     }
 
-    // Carry it into a database, whole or not at all. What cannot be carried is told.
+    // Carry it into a database, whole or not at all. What cannot be carried is named.
     SqliteTarget database("clients.db");
     const Tally tally = transfer(*openSource("clients.dbf"), database,
                                  {.OnReject = [](const Reject& reject) { std::cerr << reject.Reason << "\n"; }});
