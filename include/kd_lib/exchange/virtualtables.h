@@ -35,8 +35,8 @@ struct VirtualTableEvents {
 ///     SELECT town, count(*) FROM people GROUP BY town;
 ///
 /// Records are streamed, memory is flat. Only the columns that a statement uses are decoded (and rejected). `rowid` is
-/// the record's number; conditions on it find their records without reading the others where the file's records
-/// have a fixed length. The tables cannot be changed. Each statement opens the file again, and the file must
+/// the record's number; conditions on it find their records without reading the others in a .dbf; text is read up to
+/// them. The tables cannot be changed. Each statement opens the file again, and the file must
 /// keep its columns.
 ///
 /// Names and declared types are those of a load into SQLite, and so are the values, with an unreadable cell as NULL.

@@ -1,5 +1,7 @@
 #include "filetable.h"
 
+#include "sourcekind.h"
+
 #include <kd_lib/exchange/transfer.h>
 
 #include <algorithm>
@@ -72,7 +74,8 @@ OpenTable FileTable::open() const
 
 void FileTable::estimate(const Source& source)
 {
-    Fixed = std::ranges::all_of(Columns, [](const Column& c) { return c.SourceLength != 0; });
+    const SourceKind kind = Arguments.Options.Kind;
+    Fixed = (kind == SourceKind::Automatic ? kindOfName(Arguments.File) : kind) == SourceKind::Dbf;
     const std::uint64_t length =
         std::accumulate(Columns.begin(), Columns.end(), std::uint64_t{1},
                         [](std::uint64_t sum, const Column& c) { return sum + c.SourceLength; });
