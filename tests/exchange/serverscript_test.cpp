@@ -1,0 +1,105 @@
+#include "support/scoped_directory.h"
+
+#include <kd_lib/exchange/serverscript.h>
+
+#include <kd_lib/exchange/error.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace kd_test {
+
+using namespace kd_lib::exchange;
+
+std::vector<std::string> statements(const std::string& text, Engine engine, bool backslashes = false)
+{
+    const ScopedDirectory folder;
+    ServerScript script(folder.write("script.sql", text), engine);
+    std::vector<std::string> all;
+    while (script.next(backslashes)) {
+        all.emplace_back(script.statement());
+    }
+    return all;
+}
+
+using Texts = std::vector<std::string>;
+
+TEST(ServerScript, StatementsEndAtSemicolons)
+{
+    for (const Engine engine : {Engine::PostgreSql, Engine::MySql}) {
+        EXPECT_EQ((Texts{"a", "b 'x;y'", "c \"x;y\"", "last"}), statements("a;\nb 'x;y';; c \"x;y\";last", engine));
+        EXPECT_EQ((Texts{"a /* ; */ b -- ; '\n c"}), statements("-- first; '\n/* ; */ a /* ; */ b -- ; '\n c;", engine));
+        EXPECT_EQ(Texts{}, statements(" ;\n-- only; this", engine));
+        EXPECT_EQ((Texts{"a 'it''s; x'"}), statements("\xEF\xBB\xBF"
+                                                      "a 'it''s; x';",
+                                                      engine));
+    }
+}
+
+TEST(ServerScript, BackslashesCountWhereTheSessionSaysSo)
+{
+    EXPECT_EQ((Texts{"a 'x\\';b' c"}), statements("a 'x\\';b' c;", Engine::MySql, true));
+    EXPECT_EQ((Texts{"a 'x\\'", "b"}), statements("a 'x\\';b;", Engine::MySql, false));
+    EXPECT_EQ((Texts{"a E'x\\';b' c"}), statements("a E'x\\';b' c;", Engine::PostgreSql, false));
+    EXPECT_EQ((Texts{"a 'x\\'", "b"}), statements("a 'x\\';b;", Engine::PostgreSql, false));
+}
+
+TEST(ServerScript, PostgresqlsOwnQuotesCommentsAndBodies)
+{
+    EXPECT_EQ((Texts{"f $$a;b$$", "g $x$ ; $$ ; $x$", "h $1"}),
+              statements("f $$a;b$$; g $x$ ; $$ ; $x$; h $1;", Engine::PostgreSql));
+    EXPECT_EQ((Texts{"a /* /* ; */ ; */ b"}), statements("a /* /* ; */ ; */ b;", Engine::PostgreSql));
+    EXPECT_EQ((Texts{"create rule r do (a; b)"}), statements("create rule r do (a; b);", Engine::PostgreSql));
+    EXPECT_EQ((Texts{"CREATE FUNCTION f() BEGIN ATOMIC a; CASE b END; c; END", "d"}),
+              statements("CREATE FUNCTION f() BEGIN ATOMIC a; CASE b END; c; END; d;", Engine::PostgreSql));
+    EXPECT_EQ((Texts{"BEGIN", "END"}), statements("BEGIN; END;", Engine::PostgreSql));
+    EXPECT_EQ((Texts{"a"}), statements("\\restrict abc\n\\set ON_ERROR_STOP on\na;\n\\unrestrict abc\n", Engine::PostgreSql));
+    EXPECT_THROW(statements("a;\n\\connect other\n", Engine::PostgreSql), Error);
+}
+
+TEST(ServerScript, MysqlsCommentsAndDelimiters)
+{
+    EXPECT_EQ((Texts{"a", "b"}), statements("# x; y\na;\n#\nb", Engine::MySql));
+    EXPECT_EQ((Texts{"/*!40101 SET NAMES utf8 */", "a--1"}), statements("/*!40101 SET NAMES utf8 */; a--1;", Engine::MySql));
+    EXPECT_EQ((Texts{"a; b", "c"}), statements("delimiter //\na; b//\nDELIMITER ;\nc;", Engine::MySql));
+    EXPECT_THROW(statements("DELIMITER \n a;", Engine::MySql), Error);
+}
+
+TEST(ServerScript, RowsOfACopyAreHandedOutAsTheyAre)
+{
+    const ScopedDirectory folder;
+    std::string rows;
+    for (int i = 0; i < 20000; ++i) {
+        rows += std::to_string(i) + "\tit's; \\N\n";
+    }
+    ServerScript script(folder.write("script.sql", "COPY t FROM stdin;\n" + rows + "\\.\nCOPY u FROM stdin;\n\\.\nlast;"),
+                        Engine::PostgreSql);
+    ASSERT_TRUE(script.next(false));
+    EXPECT_EQ("COPY t FROM stdin", script.statement());
+    std::string all;
+    for (std::string_view piece = script.copyRows(); !piece.empty(); piece = script.copyRows()) {
+        EXPECT_EQ('\n', piece.back());
+        all += piece;
+    }
+    EXPECT_TRUE(rows == all);
+    ASSERT_TRUE(script.next(false));
+    EXPECT_EQ("COPY u FROM stdin", script.statement());
+    EXPECT_EQ(2U, script.number());
+    EXPECT_EQ(20003U, script.line());
+    EXPECT_EQ("", script.copyRows());
+    ASSERT_TRUE(script.next(false));
+    EXPECT_EQ("last", script.statement());
+    EXPECT_EQ(20005U, script.line());
+    EXPECT_FALSE(script.next(false));
+}
+
+TEST(ServerScript, StatementsLongerThanABlock)
+{
+    const std::string text = "a '" + std::string(300000, ';') + "'";
+    EXPECT_EQ((Texts{text, "b"}), statements(text + ";b;", Engine::PostgreSql));
+    EXPECT_EQ((Texts{"a '" + std::string(70000, 'x')}), statements("a '" + std::string(70000, 'x'), Engine::MySql));
+}
+
+}  // namespace kd_test
