@@ -40,9 +40,9 @@ public:
     bool connect() override;
 
     /// Connects with a URI, "mariadb://" or "mysql://". Its options are those of the option files: socket, ssl,
-    /// ssl-ca, ssl-capath, ssl-cert, ssl-cipher, ssl-crl, ssl-key, ssl-verify-server-cert, connect-timeout. Any of
-    /// the ssl options makes the connection fail where the server does not offer TLS, unless it is "ssl=0"; ssl-ca and
-    /// ssl-capath make it fail where the server's certificate or name is not right.
+    /// ssl-ca, ssl-capath, ssl-cert, ssl-cipher, ssl-crl, ssl-key, ssl-verify-server-cert, connect-timeout. "ssl=1"
+    /// and every option that begins with "ssl-" make the connection fail where the server does not offer TLS; ssl-ca and
+    /// ssl-capath also where the server's certificate or name is not right.
     bool connectUri(const std::string& uri) override;
 
     /// Makes another database of the same server the current one.

@@ -71,6 +71,14 @@ void set(MYSQL* handle, const std::string& name, const std::string& value)
     }
 }
 
+/// Whether the options ask for TLS.
+bool wantsTls(const MariadbSettings& settings)
+{
+    return std::ranges::any_of(settings.Options, [](const auto& option) {
+        return option.first.starts_with("ssl-") || (option.first == "ssl" && stringToBool(option.second));
+    });
+}
+
 const char* orNull(const std::string& text)
 {
     return text.empty() ? nullptr : text.c_str();
@@ -142,6 +150,11 @@ Mysql openMariadb(const MariadbSettings& settings, std::string& reason)
         // An option file may have asked for another one.
         mysql_set_character_set(handle.get(), characterSet) != 0) {
         reason = mariadbReason(mysql_error(handle.get()), mysql_errno(handle.get()));
+        return nullptr;
+    }
+    // libmariadb goes on without TLS where the server has none, although it was told to enforce it.
+    if (wantsTls(settings) && mysql_get_ssl_cipher(handle.get()) == nullptr) {
+        reason = "the server does not offer TLS, which the URI asks for";
         return nullptr;
     }
     mysql_set_local_infile_handler(handle.get(), refuseFile, readNothing, endFile, sayRefused, nullptr);
