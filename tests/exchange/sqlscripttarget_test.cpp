@@ -310,6 +310,7 @@ TEST_F(SqliteScripts, CarryEveryValue)
                                     columnOf("m", ColumnType::Number, 10, 2)};
     const std::string zero("a\0b\r\n", 5);
     const auto day = Cell::timestamp({{2024, 2, 29}, 1});
+    const std::string words = "\\r\\0\r" + zero;
     std::string manyReturns;
     for (int i = 0; i < 3000; ++i) {
         manyReturns += "line\r\n";
@@ -318,7 +319,7 @@ TEST_F(SqliteScripts, CarryEveryValue)
                      Cell::boolean(true), Cell::number("12.50")}},
                    {{Cell::text(manyReturns), Cell::number("0.5"), Cell::real(-5), Cell::bytes(""), Cell::null(),
                      Cell::boolean(false), Cell::number("-7")}},
-                   {{Cell::text("\\r\\0\r" + zero), Cell::number("9223372036854775807"),
+                   {{Cell::text(words), Cell::number("9223372036854775807"),
                      Cell::real(std::numeric_limits<double>::infinity()), Cell::null(), Cell::null(), Cell::null(),
                      Cell::null()}}};
     MemorySource source(of, values);
