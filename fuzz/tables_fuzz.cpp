@@ -120,7 +120,8 @@ void checkVerify(const Input& input, const std::string& database)
     const Verification found = verify(*source, *table, layout);
     if (!found.agrees()) {
         finding("a load does not agree with its file: " +
-                (found.Differences.empty() ? "counts" : found.Differences[0].InSource + " / " + found.Differences[0].InTable));
+                (found.Differences.empty() ? "counts"
+                                           : found.Differences[0].InSource + " / " + found.Differences[0].InTable));
     }
 }
 

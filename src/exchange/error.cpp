@@ -36,12 +36,18 @@ Error::Error(Place place, std::string reason)
 const char* actionName(RejectAction action)
 {
     switch (action) {
-        case RejectAction::Null: return "null";
-        case RejectAction::Replace: return "replace";
-        case RejectAction::Escape: return "escape";
-        case RejectAction::Cut: return "cut";
-        case RejectAction::Skip: return "skip";
-        case RejectAction::Stop: return "stop";
+    case RejectAction::Null:
+        return "null";
+    case RejectAction::Replace:
+        return "replace";
+    case RejectAction::Escape:
+        return "escape";
+    case RejectAction::Cut:
+        return "cut";
+    case RejectAction::Skip:
+        return "skip";
+    case RejectAction::Stop:
+        return "stop";
     }
     return "";
 }

@@ -44,10 +44,7 @@ protected:
         transfer(source, target);
     }
 
-    void importLines()
-    {
-        importScript(Script, Database);
-    }
+    void importLines() { importScript(Script, Database); }
 
     /// Puts the database back to what it was before: one that holds a table, or none.
     void makeOld(bool exists)
@@ -145,27 +142,32 @@ protected:
 
 TEST_P(SqliteFaults, NewDatabase)
 {
-    failAtEach(false, [this] { load(TableMode::Create); }, std::to_string(records));
+    failAtEach(
+        false, [this] { load(TableMode::Create); }, std::to_string(records));
 }
 
 TEST_P(SqliteFaults, ReplacedTable)
 {
-    failAtEach(true, [this] { load(TableMode::Replace); }, std::to_string(records));
+    failAtEach(
+        true, [this] { load(TableMode::Replace); }, std::to_string(records));
 }
 
 TEST_P(SqliteFaults, AppendedRecords)
 {
-    failAtEach(true, [this] { load(TableMode::Append); }, std::to_string(records + 1));
+    failAtEach(
+        true, [this] { load(TableMode::Append); }, std::to_string(records + 1));
 }
 
 TEST_P(SqliteFaults, ImportIntoANewDatabase)
 {
-    failAtEach(false, [this] { importLines(); }, std::to_string(records));
+    failAtEach(
+        false, [this] { importLines(); }, std::to_string(records));
 }
 
 TEST_P(SqliteFaults, ImportIntoADatabaseThatExists)
 {
-    failAtEach(true, [this] { importLines(); }, std::to_string(records + 1));
+    failAtEach(
+        true, [this] { importLines(); }, std::to_string(records + 1));
 }
 
 TEST_P(SqliteFaults, QueryIsNeverCutShort)
@@ -198,6 +200,8 @@ TEST_P(SqliteFaults, QueryIsNeverCutShort)
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, SqliteFaults, testing::Values(FaultyFiles::Kind::Once, FaultyFiles::Kind::FromThenOn),
-                         [](const auto& kind) { return kind.param == FaultyFiles::Kind::Once ? "Once" : "FromThenOn"; });
+                         [](const auto& kind) {
+                             return kind.param == FaultyFiles::Kind::Once ? "Once" : "FromThenOn";
+                         });
 
 }  // namespace

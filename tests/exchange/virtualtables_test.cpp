@@ -131,7 +131,8 @@ TEST_F(VirtualTables, ValuesAreThoseOfALoad)
 TEST_F(VirtualTables, NumericColumnsHoldWhatATableOfSqliteWould)
 {
     DbfBuilder builder({{"N", 'N', 12, 2}, {"BIG", 'N', 20, 2}, {"F", 'F', 20, 2}});
-    for (const char* text : {"2.00", "-2.00", "0.00", "2.50", "1E+30", "1E+15", "1E+14", "-1E+20", "999999999.99", "1.5E-7"}) {
+    for (const char* text :
+         {"2.00", "-2.00", "0.00", "2.50", "1E+30", "1E+15", "1E+14", "-1E+20", "999999999.99", "1.5E-7"}) {
         builder.record({text, text, text});
     }
     const std::string file = Folder.write("t.dbf", builder.bytes());
@@ -317,9 +318,9 @@ TEST_F(VirtualTables, ChangedFileIsReadAnew)
     numbers(7);
     EXPECT_EQ(connection.rows("SELECT count(*), max(name) FROM t"), Values{"6|name7"});
     Folder.write("numbers.dbf", DbfBuilder({{"OTHER", 'C', 3}}).record({"x"}).bytes());
-    EXPECT_EQ(
-        connection.rows("SELECT count(*) FROM t"),
-        Values{"error: " + Folder.file("numbers.dbf") + ": the columns of the file have changed; create the table again"});
+    EXPECT_EQ(connection.rows("SELECT count(*) FROM t"),
+              Values{"error: " + Folder.file("numbers.dbf") +
+                     ": the columns of the file have changed; create the table again"});
     std::filesystem::remove(Folder.file("numbers.dbf"));
     EXPECT_EQ(connection.rows("SELECT count(*) FROM t"),
               Values{"error: " + Folder.file("numbers.dbf") + ": No such file or directory"});

@@ -46,7 +46,9 @@ const sqlite3_io_methods methods = {
     [](sqlite3_file* f, sqlite3_int64 size) {
         return fails() ? SQLITE_IOERR_TRUNCATE : realOf(f)->pMethods->xTruncate(realOf(f), size);
     },
-    [](sqlite3_file* f, int flags) { return fails() ? SQLITE_IOERR_FSYNC : realOf(f)->pMethods->xSync(realOf(f), flags); },
+    [](sqlite3_file* f, int flags) {
+        return fails() ? SQLITE_IOERR_FSYNC : realOf(f)->pMethods->xSync(realOf(f), flags);
+    },
     [](sqlite3_file* f, sqlite3_int64* size) { return realOf(f)->pMethods->xFileSize(realOf(f), size); },
     [](sqlite3_file* f, int lock) { return realOf(f)->pMethods->xLock(realOf(f), lock); },
     [](sqlite3_file* f, int lock) { return realOf(f)->pMethods->xUnlock(realOf(f), lock); },

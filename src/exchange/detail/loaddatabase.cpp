@@ -7,8 +7,8 @@ namespace kd_lib::exchange::detail {
 
 bool holdsTable(SqliteDatabase& database, const std::string& table)
 {
-    const StatementHandle statement = database.prepare(
-        "SELECT 1 FROM sqlite_master WHERE type IN ('table', 'view') AND name = ?1 COLLATE NOCASE");
+    const StatementHandle statement =
+        database.prepare("SELECT 1 FROM sqlite_master WHERE type IN ('table', 'view') AND name = ?1 COLLATE NOCASE");
     bindText(statement.get(), 1, table);
     return database.step(statement.get());
 }
