@@ -9,7 +9,9 @@
 
 namespace kd_lib::exchange {
 
-std::unique_ptr<Source> openSource(const std::string& file, const SourceOptions& options)
+namespace {
+
+std::unique_ptr<Source> openKind(const std::string& file, const SourceOptions& options)
 {
     const SourceKind kind = options.Kind != SourceKind::Automatic ? options.Kind : detail::kindOfName(file);
     switch (kind) {
@@ -24,6 +26,22 @@ std::unique_ptr<Source> openSource(const std::string& file, const SourceOptions&
         return std::make_unique<MemSource>(file, options);
     default:
         throw OptionError(file, "the kind of the file is not known by its name");
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<Source> openSource(const std::string& file, const SourceOptions& options)
+{
+    try {
+        return openKind(file, options);
+    } catch (const OptionError&) {
+        throw;
+    } catch (const Error& error) {
+        if (!error.Where.File.empty()) {
+            throw;
+        }
+        throw Error(file, error.Reason);  // what the file needs failed, not the file
     }
 }
 

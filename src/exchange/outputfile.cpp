@@ -18,6 +18,12 @@ void OutputFile::take(std::string_view piece)
     File->write(piece);
 }
 
+void OutputFile::sync()
+{
+    flush();
+    File->sync();
+}
+
 void OutputFile::commit()
 {
     flush();

@@ -3,6 +3,7 @@
 import os
 import random
 import signal
+import stat
 import subprocess
 import time
 
@@ -85,15 +86,27 @@ class EndingSignalTest(support.FaultTest):
     RECORDS = 400000
 
     def wait_until_at_work(self, child, before):
-        """Until a file that was not there before has content."""
+        """Until a file that was not there before, or one without a name, has content."""
         deadline = time.monotonic() + 60
         while time.monotonic() < deadline and child.poll() is None:
+            if any(self.sizes_of_nameless(child)):
+                return
             for path in self.folder.rglob("*"):
                 try:
                     if path not in before and path.is_file() and path.stat().st_size > 0:
                         return
                 except FileNotFoundError:
                     pass
+
+    @staticmethod
+    def sizes_of_nameless(child):
+        """The sizes of the files that the process writes and that no folder holds."""
+        try:
+            for descriptor in os.scandir(f"/proc/{child.pid}/fd"):
+                state = os.stat(descriptor.path)
+                yield state.st_size if stat.S_ISREG(state.st_mode) and state.st_nlink == 0 else 0
+        except OSError:  # the process or a file of it has gone
+            return
 
     def interrupt(self, number, arguments):
         before = set(self.folder.rglob("*"))

@@ -31,6 +31,10 @@ public:
     /// Abandons what is not committed.
     ~OutputFile() override;
 
+    /// Writes what is left to the disk, which may take long. Then `commit` has little more to do than to give the file
+    /// its name.
+    void sync();
+
     /// Writes what is left and makes the file appear. Nothing can be written afterwards.
     void commit();
 

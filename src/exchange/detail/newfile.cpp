@@ -210,15 +210,20 @@ void NewFile::write(std::string_view text)
     }
 }
 
+void NewFile::sync()
+{
+    if (!Straight && ::fsync(Descriptor) != 0) {
+        fail(errno);
+    }
+}
+
 void NewFile::commit()
 {
     if (Straight) {
         close();
         return;
     }
-    if (::fsync(Descriptor) != 0) {
-        fail(errno);
-    }
+    sync();
     giveName();
     close();
     syncFolder(folderOf(Final));

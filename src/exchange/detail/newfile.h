@@ -17,6 +17,7 @@ public:
     NewFile& operator=(const NewFile&) = delete;
 
     void write(std::string_view text);
+    void sync();
     void commit();
     void abandon() noexcept;
     bool isStraight() const { return Straight; }

@@ -2,6 +2,8 @@
 /// The system's converter to UTF-8.
 #pragma once
 
+#include <kd_lib/exchange/error.h>
+
 #include <cerrno>
 #include <cstddef>
 #include <iconv.h>
@@ -24,6 +26,9 @@ public:
     explicit SystemConverter(const std::string& from)
         : Handle(isName(from) ? ::iconv_open("UTF-8", from.c_str()) : invalid())
     {
+        if (!isOpen() && isName(from) && !canOpenAny()) {
+            throw Error(std::string(), "the system's tables of code pages cannot be opened");
+        }
     }
     ~SystemConverter()
     {
@@ -51,6 +56,13 @@ public:
     Stop finish(char*& to, std::size_t& toLeft) { return stopOf(::iconv(Handle, nullptr, nullptr, &to, &toLeft)); }
 
 private:
+    /// False where even a page that every system has cannot be opened, for want of memory or file descriptors.
+    static bool canOpenAny()
+    {
+        const iconv_t any = ::iconv_open("UTF-8", "ISO-8859-2");
+        return any != invalid() && ::iconv_close(any) == 0;
+    }
+
     static iconv_t invalid() { return reinterpret_cast<iconv_t>(-1); }
 
     /// iconv takes "" for the page of the environment, and a part after a slash for an instruction.

@@ -103,7 +103,7 @@ void write(ClassicTable& table, exchange::OutputFile& file)
     } catch (const std::out_of_range&) {
         table.failRecord("holds a date that is too short for SQL");
     }
-    file.commit();
+    file.sync();
 }
 
 void tellWhatDiffers(ClassicTable& table, const std::string& file, Console& console)
@@ -155,6 +155,9 @@ int script(const Options& options, Console& console)
     }
     ResultOutput output(console);
     output.write(path + '\n');
+    // Last, so that nothing can fail once the script is there.
+    throwIfStopped(argument);
+    file.commit();
     output.finish();
     return statusDone;
 }
