@@ -109,7 +109,7 @@ public:
         Verification found = inOrder();
         found.Rejects = Records.tally().Rejects;
         if (!found.agrees() && goBack()) {
-            found.Differences = whateverTheOrder();
+            found.Differences = whateverTheOrder(found.Records, found.Rows);
         }
         return found;
     }
@@ -145,7 +145,7 @@ private:
         }
     }
 
-    std::vector<ColumnDifference> whateverTheOrder()
+    std::vector<ColumnDifference> whateverTheOrder(std::uint64_t records, std::uint64_t rows)
     {
         SetOff rest;
         while (Records.next(true)) {
@@ -158,20 +158,55 @@ private:
         rest.settle();
         Records.source().seek(1);
         Table.seek(1);
+        return differencesOf(rest, records > rows ? records - rows : rows - records,
+                             records > rows ? SetOff::Side::First : SetOff::Side::Second);
+    }
+
+    /// Compares what is left. `longer` has `surplus` elements more: one that has little in common with its counterpart is
+    /// taken for one of those.
+    std::vector<ColumnDifference> differencesOf(SetOff& rest, std::uint64_t surplus, SetOff::Side longer)
+    {
         Differences differences(Columns.size());
-        std::optional<std::uint64_t> record = rest.left(SetOff::Side::First);
-        std::optional<std::uint64_t> row = rest.left(SetOff::Side::Second);
-        while (record && row) {
-            Records.source().seek(*record);
-            Table.seek(*row);
-            if (!Records.next(true) || !Table.next()) {
-                break;
+        bool both = takeRecord(rest) && takeRow(rest);
+        while (both) {
+            const bool counterparts = surplus == 0 || haveMuchInCommon();
+            if (counterparts) {
+                compare(differences);
+                both = takeRecord(rest) && takeRow(rest);
+            } else {
+                --surplus;
+                both = longer == SetOff::Side::First ? takeRecord(rest) : takeRow(rest);
             }
-            compare(differences);
-            record = rest.left(SetOff::Side::First);
-            row = rest.left(SetOff::Side::Second);
         }
         return listed(differences);
+    }
+
+    bool takeRecord(SetOff& rest)
+    {
+        const std::optional<std::uint64_t> number = rest.left(SetOff::Side::First);
+        if (number) {
+            Records.source().seek(*number);
+        }
+        return number && Records.next(true);
+    }
+
+    bool takeRow(SetOff& rest)
+    {
+        const std::optional<std::uint64_t> number = rest.left(SetOff::Side::Second);
+        if (number) {
+            Table.seek(*number);
+        }
+        return number && Table.next();
+    }
+
+    bool haveMuchInCommon()
+    {
+        std::size_t equal = 0;
+        for (std::size_t i = 0; i < Columns.size(); ++i) {
+            const Cell& inSource = Records.record().Cells[i];
+            equal += detail::equalValues(Columns[i].Type, inSource, Table.record().Cells[i], Scratch) ? 1U : 0U;
+        }
+        return equal * 2 >= Columns.size();
     }
 
     using Differences = std::vector<std::optional<ColumnDifference>>;

@@ -133,6 +133,14 @@ TEST(Verify, MissingAndSurplusRowsAreCounted)
     EXPECT_FALSE(surplus.agrees());
 }
 
+TEST(Verify, ChangedRowIsNotTakenForAMissingOne)
+{
+    const std::vector<std::pair<const char*, const char*>> more = {{"1", "a"}, {"2", "b"}, {"3", "c"}, {"4", "d"}};
+    const std::vector<std::pair<const char*, const char*>> fewer = {{"1", "a"}, {"3", "c"}, {"4", "x"}};
+    EXPECT_EQ(differences(compare(twoColumns, people(more), people(fewer))), "NAME in record 4: 'd' and 'x'\n");
+    EXPECT_EQ(differences(compare(twoColumns, people(fewer), people(more))), "NAME in record 3: 'x' and 'd'\n");
+}
+
 TEST(Verify, EqualRecordsAreCountedTooWhateverTheOrder)
 {
     const std::vector<std::pair<const char*, const char*>> file = {{"1", "a"}, {"1", "a"}, {"2", "b"}};

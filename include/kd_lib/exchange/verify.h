@@ -40,6 +40,8 @@ struct Verification {
 /// has no order of its own gives its rows as it likes. Then both are read once more, equal records and rows are
 /// set off against each other whatever their order, and the differences are those of what is left, again in order. For
 /// that both must be able to `seek` back; else the differences are those of the first comparison.
+/// Where the counts differ, a record that has less than half of its values in common with its counterpart counts as the
+/// one that is missing on the other side.
 /// Memory: some hashes, which go to a temporary file when they are many.
 /// Throws what the sources throw.
 KD_LIB_EXPORT Verification verify(Source& source, Source& table, TableLayout& layout,
