@@ -98,7 +98,6 @@ private:
             }
             result.Host = std::string(authority.substr(1, end - 1));
             authority.remove_prefix(end + 1);
-            colon = 0;
         } else {
             result.Host = decoded(authority.substr(0, colon), "host");
             authority.remove_prefix(std::min(colon, authority.size()));
