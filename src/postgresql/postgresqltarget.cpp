@@ -20,6 +20,10 @@ namespace {
 /// Sent in pieces, so that libpq's own buffer stays small.
 constexpr std::size_t pieceSize = 65536;
 
+// What a COPY has at the most: the records of its rows are remembered, and perhaps their texts.
+constexpr std::size_t chunkRows = 262144;
+constexpr std::size_t chunkBytes = 4 << 20;
+
 constexpr const char* partsOfTable =
     "SELECT c.relname, 'INDEX' FROM pg_index i JOIN pg_class c ON c.oid = i.indexrelid "
     "WHERE i.indrelid = to_regclass(quote_ident($1)) "
@@ -86,8 +90,7 @@ public:
     Load(const std::string& uri, const TableOptions& table, const ServerOptions& options, const std::string& file,
          const std::vector<Column>& columns)
         : SourceFile(file), Source(columns), Layout(dialectOf(Engine::PostgreSql), file, columns, table),
-          Session(uri, options), Loaded(Layout.table()), Chunks([this](const RowChunks::Chunk& chunk) { send(chunk); }),
-          Rows(Chunks)
+          Session(uri, options), Loaded(Layout.table()), Rows(*this)
     {
         for (const std::string& statement : Layout.session()) {
             Session.run(statement);
@@ -108,8 +111,6 @@ public:
         Copy = "COPY " + quoted(Loaded) + " (" + columnList() + ") FROM STDIN";
     }
 
-    ~Load() { Chunks.discard(); }
-
     const TableLayout& layout() const { return Layout; }
 
     void fit(Record& record)
@@ -124,13 +125,19 @@ public:
     void write(const Record& record)
     {
         writeCopyRow(record, Rows);
-        Rows.flush();
-        Chunks.endRow(record.Number);
+        Sent.Records.push_back(record.Number);
+        if (Existing) {
+            Rows.flush();
+            Sent.Ends.push_back(Sent.Text.size());
+        }
+        if (Sent.Records.size() >= chunkRows || Sent.Text.size() >= chunkBytes) {
+            endChunk();
+        }
     }
 
     void finish()
     {
-        Chunks.finish();
+        endChunk();
         if (Layout.mode() == TableMode::Replace) {
             exchangeTables();
         }
@@ -143,20 +150,22 @@ public:
     /// Returns once the server has taken everything back, unless the connection is gone.
     void abandon() noexcept
     {
-        Chunks.discard();
+        Rows.discard();
         Result(PQexec(handle(), "ROLLBACK"));
     }
 
 private:
-    /// Takes the text of rows into the chunk under way.
+    /// Takes the text of rows to the server.
     class RowBlock final : public OutputBlock {
     public:
-        explicit RowBlock(RowChunks& chunks) : To(chunks) {}
+        explicit RowBlock(Load& load) : OutputBlock(pieceSize), To(load) {}
+
+        using OutputBlock::discard;
 
     private:
-        void take(std::string_view piece) override { To.text().append(piece); }
+        void take(std::string_view piece) override { To.put(piece); }
 
-        RowChunks& To;
+        Load& To;
     };
 
     PGconn* handle() const { return Session.handle(); }
@@ -203,10 +212,25 @@ private:
         }
     }
 
-    /// Copies rows; nothing where the server takes them.
-    std::optional<Refusal> copy(std::string_view rows)
+    /// Hands rows to the server, which is slower than this: a second thread would gain nothing.
+    void put(std::string_view rows)
     {
-        Session.run(Copy, true);
+        if (!std::exchange(Copying, true)) {
+            Session.checkStop();
+            // Only a table that exists can refuse a row for a reason of its own, and without naming it.
+            if (Existing) {
+                Session.run("SAVEPOINT chunk");
+            }
+            Session.run(Copy, true);
+        }
+        send(rows);
+        if (Existing) {
+            Sent.Text.append(rows);
+        }
+    }
+
+    void send(std::string_view rows)
+    {
         while (!rows.empty()) {
             const std::string_view piece = rows.substr(0, pieceSize);
             if (PQputCopyData(handle(), piece.data(), static_cast<int>(piece.size())) != 1) {
@@ -214,6 +238,12 @@ private:
             }
             rows.remove_prefix(piece.size());
         }
+    }
+
+    /// Ends a COPY; nothing where the server takes its rows.
+    std::optional<Refusal> endCopy()
+    {
+        Copying = false;
         if (PQputCopyEnd(handle(), nullptr) != 1) {
             Session.fail(nullptr);
         }
@@ -231,34 +261,34 @@ private:
         return refusal;
     }
 
-    /// On the thread of the chunks: until it returns, nobody else uses the connection.
-    void send(const RowChunks::Chunk& chunk)
+    /// Ends the COPY under way. The rows of a chunk are remembered until the server has taken them.
+    void endChunk()
     {
-        Session.checkStop();
-        // Only a table that exists can refuse a row for a reason of its own, and without naming it.
-        if (Existing) {
-            Session.run("SAVEPOINT chunk");
-        }
-        std::optional<Refusal> refusal = copy(chunk.Text);
-        if (!refusal) {
-            return;
-        }
-        if (!refusal->Row && Existing) {
+        Rows.flush();
+        std::optional<Refusal> refusal = Copying ? endCopy() : std::nullopt;
+        if (refusal && !refusal->Row && Existing) {
             Session.run("ROLLBACK TO chunk");
-            refusal->Row = RowChunks::rowsTaken(chunk, [&](std::size_t rows) {
-                const bool taken = !copy(chunk.first(rows));
+            refusal->Row = RowChunks::rowsTaken(Sent, [&](std::size_t rows) {
+                Session.run(Copy, true);
+                send(Sent.first(rows));
+                const bool taken = !endCopy();
                 Session.run("ROLLBACK TO chunk");
                 return taken;
             });
         }
-        refuse(chunk, *refusal);
+        if (refusal) {
+            refuse(*refusal);
+        }
+        Sent.Text.clear();
+        Sent.Ends.clear();
+        Sent.Records.clear();
     }
 
-    [[noreturn]] void refuse(const RowChunks::Chunk& chunk, const Refusal& refusal) const
+    [[noreturn]] void refuse(const Refusal& refusal) const
     {
         Place place{SourceFile, 0, {}, {}};
-        if (refusal.Row && *refusal.Row < chunk.Records.size()) {
-            place.Record = chunk.Records[*refusal.Row];
+        if (refusal.Row && *refusal.Row < Sent.Records.size()) {
+            place.Record = Sent.Records[*refusal.Row];
         }
         for (std::size_t i = 0; i < Source.size(); ++i) {
             const std::string& name = Existing ? Existing->all()[i].Name : Layout.columns()[i].Name;
@@ -276,7 +306,8 @@ private:
     std::string Loaded;  // the table that is copied into, which is renamed at the end where it replaces another
     std::optional<ExistingColumns> Existing;
     std::string Copy;
-    RowChunks Chunks;
+    RowChunks::Chunk Sent;  // its texts only where the server may not name a row that it refuses
+    bool Copying = false;
     RowBlock Rows;
 };
 
