@@ -19,10 +19,7 @@ ServerDatabase::ServerDatabase(const char* engineName, const Words& words) : The
     user.clear();
 }
 
-ServerDatabase::~ServerDatabase()
-{
-    ServerDatabase::disconnect();
-}
+ServerDatabase::~ServerDatabase() = default;
 
 void ServerDatabase::adopt(std::unique_ptr<detail::ServerConnection> connection)
 {
