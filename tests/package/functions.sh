@@ -27,11 +27,11 @@ expectOutput()
     [ "$output" = "$expected" ] || fail "$1 printed: $output"
 }
 
-# installLibraries BUILD_TREE PREFIX: what a client needs, without the program.
+# installLibraries BUILD_TREE PREFIX: what a client and the program need, without the program.
 installLibraries()
 {
     local component
-    for component in kd_udf kd_db kd_exchange development; do
+    for component in kd_udf kd_db kd_exchange kd_postgresql kd_mariadb development; do
         quietly cmake --install "$1" --prefix "$2" --component $component
     done
 }
