@@ -73,11 +73,15 @@ public:
     /// The columns in order. Adding a column, and whatever makes the pointers of `List` invalid, invalidates the
     /// iterators.
     /// @{
-    using iterator = detail::FieldIterator<TableField>;
-    using const_iterator = detail::FieldIterator<const TableField>;
+    using iterator = detail::FieldIterator<TableField>;              ///< to a column
+    using const_iterator = detail::FieldIterator<const TableField>;  ///< to a column that stays as it is
+    /// The first column.
     iterator begin() { return iterator(List.data()); }
+    /// After the last column.
     iterator end() { return iterator(List.data() + List.size()); }
+    /// The first column.
     const_iterator begin() const { return const_iterator(List.data()); }
+    /// After the last column.
     const_iterator end() const { return const_iterator(List.data() + List.size()); }
     /// @}
 

@@ -16,10 +16,10 @@ namespace kd_lib::exchange {
 // Each operation appends one row of at least one cell. No cell of the record is unreadable, and each fits into its target (`Target::fit`).
 // Long texts are written piece by piece: the block does not become as large as they are.
 
-/// A line of PostgreSQL's COPY in text format, with the "\n" at its end: values between tabs, \N for NULL.
+/// A line of PostgreSQL's COPY in text format, with the "\n" at its end: values between tabs, \\N for NULL.
 KD_LIB_EXPORT void writeCopyRow(const Record& record, OutputBlock& out);
 
-/// A line for MySQL's LOAD DATA with its default FIELDS and LINES, with the "\n" at its end: values between tabs, \N for
+/// A line for MySQL's LOAD DATA with its default FIELDS and LINES, with the "\n" at its end: values between tabs, \\N for
 /// NULL. Bytes are themselves, so the statement names CHARACTER SET binary.
 KD_LIB_EXPORT void writeLoadDataRow(const Record& record, OutputBlock& out);
 
