@@ -30,7 +30,8 @@ TEST(ServerScript, StatementsEndAtSemicolons)
 {
     for (const Engine engine : {Engine::PostgreSql, Engine::MySql}) {
         EXPECT_EQ((Texts{"a", "b 'x;y'", "c \"x;y\"", "last"}), statements("a;\nb 'x;y';; c \"x;y\";last", engine));
-        EXPECT_EQ((Texts{"a /* ; */ b -- ; '\n c"}), statements("-- first; '\n/* ; */ a /* ; */ b -- ; '\n c;", engine));
+        EXPECT_EQ((Texts{"a /* ; */ b -- ; '\n c"}),
+                  statements("-- first; '\n/* ; */ a /* ; */ b -- ; '\n c;", engine));
         EXPECT_EQ(Texts{}, statements(" ;\n-- only; this", engine));
         EXPECT_EQ((Texts{"a 'it''s; x'"}), statements("\xEF\xBB\xBF"
                                                       "a 'it''s; x';",
@@ -55,14 +56,16 @@ TEST(ServerScript, PostgresqlsOwnQuotesCommentsAndBodies)
     EXPECT_EQ((Texts{"CREATE FUNCTION f() BEGIN ATOMIC a; CASE b END; c; END", "d"}),
               statements("CREATE FUNCTION f() BEGIN ATOMIC a; CASE b END; c; END; d;", Engine::PostgreSql));
     EXPECT_EQ((Texts{"BEGIN", "END"}), statements("BEGIN; END;", Engine::PostgreSql));
-    EXPECT_EQ((Texts{"a"}), statements("\\restrict abc\n\\set ON_ERROR_STOP on\na;\n\\unrestrict abc\n", Engine::PostgreSql));
+    EXPECT_EQ((Texts{"a"}),
+              statements("\\restrict abc\n\\set ON_ERROR_STOP on\na;\n\\unrestrict abc\n", Engine::PostgreSql));
     EXPECT_THROW(statements("a;\n\\connect other\n", Engine::PostgreSql), Error);
 }
 
 TEST(ServerScript, MysqlsCommentsAndDelimiters)
 {
     EXPECT_EQ((Texts{"a", "b"}), statements("# x; y\na;\n#\nb", Engine::MySql));
-    EXPECT_EQ((Texts{"/*!40101 SET NAMES utf8 */", "a--1"}), statements("/*!40101 SET NAMES utf8 */; a--1;", Engine::MySql));
+    EXPECT_EQ((Texts{"/*!40101 SET NAMES utf8 */", "a--1"}),
+              statements("/*!40101 SET NAMES utf8 */; a--1;", Engine::MySql));
     EXPECT_EQ((Texts{"a; b", "c"}), statements("delimiter //\na; b//\nDELIMITER ;\nc;", Engine::MySql));
     EXPECT_THROW(statements("DELIMITER \n a;", Engine::MySql), Error);
 }
@@ -74,8 +77,9 @@ TEST(ServerScript, RowsOfACopyAreHandedOutAsTheyAre)
     for (int i = 0; i < 20000; ++i) {
         rows += std::to_string(i) + "\tit's; \\N\n";
     }
-    ServerScript script(folder.write("script.sql", "COPY t FROM stdin;\n" + rows + "\\.\nCOPY u FROM stdin;\n\\.\nlast;"),
-                        Engine::PostgreSql);
+    ServerScript script(
+        folder.write("script.sql", "COPY t FROM stdin;\n" + rows + "\\.\nCOPY u FROM stdin;\n\\.\nlast;"),
+        Engine::PostgreSql);
     ASSERT_TRUE(script.next(false));
     EXPECT_EQ("COPY t FROM stdin", script.statement());
     std::string all;

@@ -315,13 +315,13 @@ TEST_F(SqliteScripts, CarryEveryValue)
     for (int i = 0; i < 3000; ++i) {
         manyReturns += "line\r\n";
     }
-    Rows values = {{{Cell::text(zero), Cell::number("123456789012345.6789"), Cell::real(1e300), Cell::bytes(zero), day,
-                     Cell::boolean(true), Cell::number("12.50")}},
-                   {{Cell::text(manyReturns), Cell::number("0.5"), Cell::real(-5), Cell::bytes(""), Cell::null(),
-                     Cell::boolean(false), Cell::number("-7")}},
-                   {{Cell::text(words), Cell::number("9223372036854775807"),
-                     Cell::real(std::numeric_limits<double>::infinity()), Cell::null(), Cell::null(), Cell::null(),
-                     Cell::null()}}};
+    Rows values = {
+        {{Cell::text(zero), Cell::number("123456789012345.6789"), Cell::real(1e300), Cell::bytes(zero), day,
+          Cell::boolean(true), Cell::number("12.50")}},
+        {{Cell::text(manyReturns), Cell::number("0.5"), Cell::real(-5), Cell::bytes(""), Cell::null(),
+          Cell::boolean(false), Cell::number("-7")}},
+        {{Cell::text(words), Cell::number("9223372036854775807"), Cell::real(std::numeric_limits<double>::infinity()),
+          Cell::null(), Cell::null(), Cell::null(), Cell::null()}}};
     MemorySource source(of, values);
     EXPECT_EQ(run(scriptOf(source, Engine::Sqlite)), Texts{});
     EXPECT_EQ(
