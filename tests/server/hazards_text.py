@@ -117,7 +117,7 @@ MEMOS = [
     memo('dBase III, line ends and blanks kept', 0x83, memo3(b' a\r\nb \n'), '         1', ' a\r\nb \n'),
     memo('dBase III, code page', 0x83, memo3(b'\xe9t\xe9'), '         1', '\u00e9t\u00e9'),
     memo('dBase III, a pointer past the end', 0x83, memo3(b'text'), '        99', None, rejects=1),
-    memo('dBase III, a pointer that is no number', 0x83, memo3(b'text'), '       x1 ', None, rejects=1),
+    memo('dBase III, a pointer that is not a number', 0x83, memo3(b'text'), '       x1 ', None, rejects=1),
     memo('dBase IV', 0x8b, memo4(b'First memo'), '         1', 'First memo'),
     memo('dBase IV, block size 1024', 0x8b, memo4(b'First memo', block=1024), '         1', 'First memo'),
     memo('dBase IV, block size 0 is 512', 0x8b, memo4(b'First memo', stated=0), '         1', 'First memo'),

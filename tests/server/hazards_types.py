@@ -74,7 +74,7 @@ NUMBERS = [
     whole('decimals in a column without', '1.5', None, 9, rejects=1, rows_sqlite=None, rejects_sqlite=None),
     whole('whole decimals in a column without', '15.0', 15, 9, rejects=None),
     whole('an exponent beyond 32 bits in width 9', '1E12', None, 9, rejects=1, rows_sqlite=[(10 ** 12,)], rejects_sqlite=0),
-    number('a wide decimal that is no double', '123456789012345.6789', Decimal('123456789012345.6789'), 20, 4),
+    number('a wide decimal that is not a double', '123456789012345.6789', Decimal('123456789012345.6789'), 20, 4),
     number('a wide decimal that is a double', '4503599627370496.5', Decimal('4503599627370496.5'), 20, 4),
     number('nineteen digits and a point', '99999999999999.99999', Decimal('99999999999999.99999'), 20, 5),
     number('width 15 with decimals', '123456789012.34', Decimal('123456789012.34'), 15, 2),
