@@ -94,8 +94,9 @@ void checkFlaws(Source& source)
     const bool cut =
         std::ranges::any_of(record.Flaws, [](const auto& flaw) { return flaw.Kind == FlawKind::RecordCut; });
     for (std::size_t i = 0; i < record.Cells.size() && !cut; ++i) {
-        const auto flaws = std::ranges::count_if(
-            record.Flaws, [i](const auto& flaw) { return flaw.Kind == FlawKind::Unreadable && flaw.Column == i; });
+        const auto flaws = std::ranges::count_if(record.Flaws, [i](const auto& flaw) {
+            return (flaw.Kind == FlawKind::Unreadable || flaw.Kind == FlawKind::NoMemoFile) && flaw.Column == i;
+        });
         require(flaws == (record.Cells[i].Kind == CellKind::Unreadable ? 1 : 0), "unreadable without a flaw, or twice");
     }
     for (const auto& flaw : record.Flaws) {
