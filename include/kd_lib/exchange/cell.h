@@ -36,11 +36,11 @@ struct Timestamp {
     std::uint32_t Milliseconds;  ///< since midnight, 0 to 86399999
 };
 
-/// A value. It owns nothing: `Text` views memory of the source, which keeps it until its next record.
-/// The members that `Kind` does not name are not read.
+/// A value. It owns nothing: `Text` views memory of the source, which keeps it until its next record. Only the members
+/// that belong to its `Kind` are read.
 struct Cell {
-    /// Text: UTF-8. Number: an optional "-", digits without leading zeros (at least one before the point), and
-    /// where there are decimals "." and one digit or more; zero has no sign. Bytes: the bytes. Unreadable: empty.
+    /// Text: UTF-8. Number: an optional "-", then digits without leading zeros, at least one before the point; with
+    /// decimals "." and at least one digit; zero has no sign. Bytes: the bytes. Unreadable: empty.
     std::string_view Text;
     union {
         Timestamp Moment = {};  ///< Date (its `Day`), Time (its `Milliseconds`), Timestamp

@@ -13,11 +13,11 @@
 
 namespace kd_lib::exchange {
 
-/// A byte that the code page lacks: it becomes U+FFFD, or its cell is unreadable, or it becomes the four
-/// characters \xNN.
+/// How a byte that the code page lacks is decoded: as U+FFFD (`Replace`), not at all, the cell being unreadable
+/// (`Strict`), or as the four characters \xNN (`Escape`).
 enum class EncodingErrors : std::uint8_t { Replace, Strict, Escape };
 
-/// True where all bytes are below 128.
+/// True if all bytes are below 128.
 inline bool isAscii(std::string_view bytes)
 {
     using kd_lib::detail::Word;
@@ -38,9 +38,8 @@ inline bool isAscii(std::string_view bytes)
     return true;
 }
 
-/// One code page, for decoding. Pages of one byte a character are a table of 256 entries; the others go through the
-/// system's converter, whose handle is kept.
-/// Threads: one thread per object.
+/// One code page, for decoding. Pages with one byte per character use a table of 256 entries, the others the system's
+/// converter, whose handle is kept. Threads: one thread per object.
 ///
 ///     CodePage page("cp852");
 ///     std::string scratch;
@@ -48,19 +47,19 @@ inline bool isAscii(std::string_view bytes)
 ///     use(text.Text);
 class KD_LIB_EXPORT CodePage {
 public:
-    /// Takes the page of a name, without regard to case: any name that iconv knows; a number with or without a prefix
+    /// Finds a page by its name, without regard to case: any name that iconv knows; a number with or without a prefix
     /// (`852`, `cp852`, `ANSI 1252`, `windows-1252`, `65001`); ISO 8859 in any spelling (`ISO 88591`, `885915`);
-    /// `LDID/87`, the page of a .dbf language byte; `kamenicky`, `mazovia`, `macgreek`, `shiftjis`.
-    /// Throws an `OptionError` for any other name.
+    /// `LDID/87`, the page of a .dbf language byte; `kamenicky`, `mazovia`, `macgreek`, `shiftjis`. Throws an
+    /// `OptionError` for any other name.
     explicit CodePage(std::string_view name);
     ~CodePage();
     CodePage(CodePage&&) noexcept;
     CodePage& operator=(CodePage&&) noexcept;
 
-    /// Whether the constructor takes this name.
+    /// Whether the constructor accepts this name.
     static bool knows(std::string_view name);
 
-    /// The page of a .dbf file's language byte, as a name that the constructor takes; empty where the byte names none.
+    /// The page of a .dbf file's language byte, as a name that the constructor accepts; empty if the byte names none.
     static std::string nameOfLanguageByte(std::uint8_t byte);
 
     /// The page's name for messages: "CP852", "UTF-8".
@@ -68,10 +67,10 @@ public:
 
     bool isUtf8() const { return Utf8; }
 
-    /// Each character is one byte.
+    /// Every character is one byte.
     bool isSingleByte() const { return SingleByte; }
 
-    /// Bytes below 128 are the ASCII characters, wherever they are a character of their own.
+    /// Bytes below 128 are the ASCII characters, unless they are the second byte of a character.
     bool isAsciiBased() const { return AsciiBased; }
 
     /// What `decode` returns.
@@ -83,15 +82,15 @@ public:
             Failed     ///< it lacks bytes and the text is unusable (`Strict`)
         };
 
-        std::string_view Text;  ///< UTF-8; empty where `Failed`
+        std::string_view Text;  ///< UTF-8; empty if `Failed`
         Outcome Result = Outcome::Known;
         std::size_t FirstUnknown = 0;  ///< index of the first byte that the page lacks, unless `Known`
     };
 
-    /// Decodes. The text is `bytes` itself where that is the same UTF-8, otherwise it is in `scratch`, which only
-    /// grows (at most four times the size of `bytes` and a few more) and whose contents mean nothing by themselves.
-    /// What the page lacks becomes one U+FFFD: a byte of a page with one byte a character; a double-byte character,
-    /// also one that the end cuts; the longest beginning of a character in UTF-8.
+    /// Decodes. The text is `bytes` itself if that is the same in UTF-8, otherwise it is in `scratch`, which only grows
+    /// (to at most four times the size of `bytes` and a few bytes more). Do not use the contents of `scratch` directly.
+    /// One U+FFFD replaces what the page lacks: a byte of a page with one byte per character; a double-byte character,
+    /// also one cut by the end; the longest beginning of a character in UTF-8.
     Decoded decode(std::string_view bytes, EncodingErrors onError, std::string& scratch) const
     {
         if (AsciiBased && isAscii(bytes)) {

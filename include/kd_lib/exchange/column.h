@@ -26,7 +26,7 @@ enum class ColumnType : std::uint8_t {
 
 /// A column as the source describes it. Targets choose their own names and types from it.
 struct Column {
-    std::string Name;  ///< as in the source, decoded to UTF-8; may be empty, or that of another column too
+    std::string Name;  ///< as in the source, decoded to UTF-8; may be empty or the same as another column's
     ColumnType Type = ColumnType::Text;
     std::uint32_t Width = 0;
     std::uint32_t Decimals = 0;

@@ -19,8 +19,8 @@ public:
     /// `path`: as for `OutputFile`, "-" is standard output.
     explicit CsvTarget(std::string path, NameCase names = NameCase::Lower);
 
-    /// Writes to a block of the caller, which must live until the end of the work: `finish` flushes it, `abandon`
-    /// leaves it as it is.
+    /// Writes to a block of the caller, which must outlive this object: `finish` flushes it, `abandon` leaves it as it
+    /// is.
     explicit CsvTarget(OutputBlock& out, NameCase names = NameCase::Lower);
     ~CsvTarget() override;
 

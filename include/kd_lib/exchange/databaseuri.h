@@ -12,19 +12,19 @@
 
 namespace kd_lib::exchange {
 
-/// The kind of database that a name means.
+/// The kind of database that a name denotes.
 enum class DatabaseKind : std::uint8_t {
     Sqlite,      ///< the path of a file
     PostgreSql,  ///< `postgresql://` or `postgres://`
     MariaDb      ///< `mariadb://` or `mysql://`
 };
 
-/// The kind of database that `name` means: every name that does not begin with one of the four schemes, in any case of
-/// letters, is a path.
+/// The kind of database that `name` denotes: a path, unless it begins with one of the four schemes, in any case of
+/// letters.
 KD_LIB_EXPORT DatabaseKind databaseKind(std::string_view name);
 
-/// `name` as messages may show it: a URI loses its password and its options, among which another may be; any other
-/// name stays as it is.
+/// `name` as messages may show it: a URI without its password and without its options, which may contain another
+/// password; any other name unchanged.
 KD_LIB_EXPORT std::string withoutPassword(std::string_view name);
 
 /// The parts of a URI, with their percent escapes decoded:
@@ -40,7 +40,7 @@ struct DatabaseUri {
     std::string Database;
     std::vector<std::pair<std::string, std::string>> Options;
 
-    /// Reads a URI. Throws an `OptionError`, which shows no password, where it is malformed: an escape without two
+    /// Reads a URI. Throws an `OptionError`, which shows no password, if it is malformed: an escape without two
     /// hexadecimal digits or for a zero byte, a port that is not a number up to 65535, an option without "=".
     KD_LIB_EXPORT static DatabaseUri parse(std::string_view uri);
 };

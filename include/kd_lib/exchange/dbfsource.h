@@ -15,8 +15,8 @@
 namespace kd_lib::exchange {
 
 /// A .dbf file of any kind: dBase II to IV and 7, FoxBASE, FoxPro 2, Visual FoxPro, Clipper. Texts are decoded by the
-/// code page that is asked for, else that of a .cpg file beside the table, else the header's. Memo texts come from the
-/// memo file beside the table.
+/// code page of the options, else that of a .cpg file in the table's folder, else the header's. Memo texts come from
+/// the memo file in the table's folder.
 ///
 /// What each type of field becomes:
 ///
@@ -27,11 +27,11 @@ namespace kd_lib::exchange {
 ///     L D T @          boolean, date, timestamp
 ///     G P W Q, others  bytes
 ///
-/// Bytes read at a time do not depend on the size of the file; of a memo file, the longest text is kept.
+/// Memory does not depend on the size of the file, only on that of the longest memo text.
 class KD_LIB_EXPORT DbfSource : public Source {
 public:
-    /// Opens a table; "-" is standard input, which has no memo file beside it. Throws an `Error` where the file cannot
-    /// be opened, is not a table, or a memo file is named that cannot be read; an `OptionError` for options that do not
+    /// Opens a table; "-" is standard input, which has no memo file. Throws an `Error` if the file cannot be opened or
+    /// is not a table, or if the options name a memo file that cannot be read; an `OptionError` for options that do not
     /// fit.
     explicit DbfSource(const std::string& file, const SourceOptions& options = {});
     ~DbfSource() override;

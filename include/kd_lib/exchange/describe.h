@@ -1,5 +1,5 @@
 /// \file
-/// What a file is, for somebody who has not seen it yet.
+/// A description of a file: its kind, columns, counts and flaws.
 #pragma once
 
 #include <kd_lib/exchange/column.h>
@@ -14,24 +14,24 @@
 
 namespace kd_lib::exchange {
 
-/// What there is to know about a file.
+/// The description of a file.
 struct Description {
     std::string File;  ///< as the caller named it
 
-    /// "kind", "records", "deleted" where some are, and then what the source tells of itself. Of a .dbf: "last change",
-    /// "code page", "memo file", "record length", "database", "state", those that there are.
+    /// "kind", "records", "deleted" if some are, then the facts of the source. A .dbf may have "last change", "code
+    /// page", "memo file", "record length", "database" and "state".
     std::vector<Fact> Facts;
 
-    /// As the source of this file and these options gives them.
+    /// The columns that the source has with these options.
     std::vector<Column> Columns;
 
-    /// What is odd, and what would not be carried as it is: the source's notes, and a line for each column and reason
-    /// ("column BORN: 3 cells unreadable, the first in record 12: not a day of the calendar").
+    /// What is unusual, and what would not be carried as it is: the source's notes, and a line for each column and
+    /// reason ("column BORN: 3 cells unreadable, the first in record 12: not a day of the calendar").
     std::vector<Note> Notes;
 };
 
-/// Opens a file and reads all of it. Needs and throws what `openSource` does. Of `transfer`, the progress callback and
-/// the stop token count.
+/// Opens a file and reads all of it. Arguments and exceptions are those of `openSource`. Of `transfer`, only the
+/// progress callback and the stop token are used.
 KD_LIB_EXPORT Description describe(const std::string& file, const SourceOptions& options = {},
                                    const TransferOptions& transfer = {});
 

@@ -1,5 +1,5 @@
 /// \file
-/// What can go wrong, as values: errors that end the work, rejects of single cells or records, and notes.
+/// Failures: errors that end the work, rejects of single cells or records, and notes.
 #pragma once
 
 #include <kd_lib/export.h>
@@ -14,9 +14,9 @@ namespace kd_lib::exchange {
 /// The place of an error or a reject. Members that do not apply keep their defaults.
 struct Place {
     std::string File = {};                     ///< as the caller named it; "-" is standard input
-    std::uint64_t Record = 0;                  ///< number from 1; 0: no single record
-    std::string Column = {};                   ///< as in the file; empty: no single column
-    std::optional<std::uint64_t> Offset = {};  ///< byte in the file, from 0
+    std::uint64_t Record = 0;                  ///< number from 1; 0: not a single record
+    std::string Column = {};                   ///< as in the file; empty: not a single column
+    std::optional<std::uint64_t> Offset = {};  ///< of the byte in the file, from 0
 };
 
 /// The work cannot be done, or cannot go on. `what()` is one line: the place and the reason.
@@ -29,13 +29,13 @@ public:
     std::string Reason;  ///< without the place
 };
 
-/// An option that makes no sense: an unknown code page, a column to select that the source lacks.
+/// An invalid option: an unknown code page, a selected column that the source lacks.
 class KD_LIB_EXPORT OptionError : public Error {
 public:
     using Error::Error;
 };
 
-/// The caller asked for the end of the work, through a stop token.
+/// The caller has stopped the work through a stop token.
 class KD_LIB_EXPORT Stopped : public Error {
 public:
     using Error::Error;
@@ -43,21 +43,21 @@ public:
 
 /// What was done with a cell or record that could not be carried as it is.
 enum class RejectAction : std::uint8_t {
-    Null,     ///< the cell became NULL; the cells that a short row lacks did
+    Null,     ///< the cell became NULL, or the cells that a short row lacks
     Replace,  ///< bytes became U+FFFD
     Escape,   ///< bytes became \xNN
-    Cut,      ///< the cells that a row has too many were left out
+    Cut,      ///< the surplus cells of a long row were left out
     Skip,     ///< the record was left out
     Stop      ///< the work ended
 };
 
-/// One decision about a cell, or about a whole record (`Where.Column` is empty).
+/// What was done with one cell, or with a whole record (`Where.Column` is empty).
 struct Reject {
     Place Where;
     std::string Bytes;  ///< the cell's bytes in the file
     std::string Reason;
     RejectAction Action = RejectAction::Null;
-    bool ToldByNote = false;  ///< a note tells of all rejects of this kind: that the memo file is missing
+    bool ToldByNote = false;  ///< one note reports all rejects of this kind: the memo file is missing
 };
 
 /// "null", "replace", "escape", "cut", "skip" or "stop".

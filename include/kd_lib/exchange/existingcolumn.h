@@ -15,12 +15,11 @@
 
 namespace kd_lib::exchange {
 
-/// What a column keeps of a value, as far as the server would change the value without a word. What it refuses by itself
-/// is not described.
+/// How a column would silently change a value. Values that the server refuses are not described.
 struct ExistingColumn {
     enum class Kind : std::uint8_t {
-        Other,    ///< takes the value, or refuses it
-        Text,     ///< at most `Limit` characters, blanks at the end beyond that are cut; 0: of any length
+        Other,    ///< keeps the value, or refuses it
+        Text,     ///< at most `Limit` characters, further blanks at the end are cut; 0: of any length
         Whole,    ///< whole numbers
         Decimal,  ///< `Limit` decimals, others are rounded
         Float,    ///< about `Limit` significant digits
@@ -33,12 +32,12 @@ struct ExistingColumn {
     std::uint32_t Limit = 0;
 };
 
-/// The column of this name: the same, else without regard to the case of ASCII letters. Throws an `Error` with `database`
-/// as its place where the table, or the column, is missing.
+/// The column of exactly this name, else of this name without regard to the case of ASCII letters. Throws an `Error`
+/// with `database` as its place if the table or the column is missing.
 KD_LIB_EXPORT const ExistingColumn& findColumn(const std::vector<ExistingColumn>& columns, const std::string& name,
                                                const std::string& table, const std::string& database);
 
-/// The columns of a table that records are appended to, in the order of the source's columns.
+/// The columns of an existing table to which records are appended, in the order of the source's columns.
 class KD_LIB_EXPORT ExistingColumns {
 public:
     /// Finds the columns of `layout` among those of the table, as `findColumn` does.
@@ -46,8 +45,8 @@ public:
 
     const std::vector<ExistingColumn>& all() const { return Columns; }
 
-    /// Marks the cells that the columns would keep only a part of, by `Record::reject`. Decimals that are all zeros are
-    /// taken off whole numbers.
+    /// Marks the cells of which the columns would keep only a part, by `Record::reject`. Removes decimals that are all
+    /// zeros from whole numbers.
     void fit(Record& record, Engine engine) const;
 
 private:

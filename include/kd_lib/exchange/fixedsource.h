@@ -14,20 +14,20 @@
 
 namespace kd_lib::exchange {
 
-/// Text with a record a line, in which a column is a range of bytes. `FixedColumns` lists them:
+/// Text with one record per line, in which a column is a range of bytes. `FixedColumns` lists them:
 ///
 ///     name:1-8,town:9-24    bytes from 1, both inclusive; "flag:9" is one byte. Columns may leave bytes out, and overlap
 ///     5|12|20               the classic list: a column begins at each of these bytes, counted from 0, and is as wide
 ///                           as the distance from the one before; they are `field#0`, `field#1`, ...
 ///
-/// Lines end with LF or CR LF; with CR where the first one does. Blanks and zero bytes at the end of a cell are left
-/// out, those at its beginning stay; a cell of blanks is the empty text. A line that ends within a column gives a
-/// shorter cell, and one that ends before it NULL. Empty lines are skipped, but for a table of one column, where they
-/// are NULL. All columns are texts, unless types are asked for.
+/// Lines end with LF or CR LF, or with CR if the first one does. Blanks and zero bytes at the end of a cell are left
+/// out, those at its beginning stay; a cell of blanks is the empty text. If a line ends within a column, the cell is
+/// shorter; if it ends before the column, the cell is NULL. Empty lines are skipped, except in a table of one column,
+/// where they are NULL. All columns are texts, unless the options give types.
 class KD_LIB_EXPORT FixedSource : public Source {
 public:
-    /// Opens a text; "-" is standard input. Throws an `Error` where the file cannot be read or is UTF-16; an
-    /// `OptionError` for options that do not fit, such as an encoding that is not based on ASCII.
+    /// Opens a text; "-" is standard input. Throws an `Error` if the file cannot be read or is UTF-16; an `OptionError`
+    /// for options that do not fit, such as an encoding that is not based on ASCII.
     explicit FixedSource(const std::string& file, const SourceOptions& options);
     ~FixedSource() override;
 

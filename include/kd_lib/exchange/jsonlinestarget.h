@@ -12,14 +12,14 @@
 
 namespace kd_lib::exchange {
 
-/// Writes one object a record, each on a line of its own (`JsonRow`). The file appears when it is finished.
+/// Writes one object per record, each on its own line (`JsonRow`). The file appears when it is finished.
 class KD_LIB_EXPORT JsonLinesTarget : public Target {
 public:
     /// `path`: as for `OutputFile`, "-" is standard output.
     explicit JsonLinesTarget(std::string path, NameCase names = NameCase::Lower);
 
-    /// Writes to a block of the caller, which must live until the end of the work: `finish` flushes it, `abandon`
-    /// leaves it as it is.
+    /// Writes to a block of the caller, which must outlive this object: `finish` flushes it, `abandon` leaves it as it
+    /// is.
     explicit JsonLinesTarget(OutputBlock& out, NameCase names = NameCase::Lower);
     ~JsonLinesTarget() override;
 

@@ -20,15 +20,16 @@ namespace kd_lib::exchange {
 ///     type     text    "text", "number", "date" or "boolean"
 ///     value    text    "Ann  ", "-86.4", "1999-12-31", "true"; NULL for an empty date
 ///
-/// Numbers are the shortest digits that give the double of the file back. Texts are decoded by the code page that is
-/// asked for, else CP1252, because the file names none. Also read is the form that has texts alone (`xBaseMemory` lists
-/// it).
+/// Numbers are the shortest digits that convert back to the file's double. Texts are decoded by the code page of the
+/// options, else CP1252, because the file names none. The form that holds only texts (`xBaseMemory` lists it) is read
+/// too.
 ///
-/// A value that its type cannot be is unreadable. A variable that the end of the file cuts is a flaw of that record. A
-/// variable whose type is not known (arrays, for one) ends the records with a note of loss: it has no known length.
+/// A value that is invalid for its type is unreadable. A variable that is cut by the end of the file is a flaw of that
+/// record. A variable of unknown type (an array, for example) has no known length, so it ends the records, with a note
+/// of loss.
 class KD_LIB_EXPORT MemSource : public Source {
 public:
-    /// Opens a file; "-" is standard input. Throws an `Error` where the file cannot be read, or does not begin with a
+    /// Opens a file; "-" is standard input. Throws an `Error` if the file cannot be read, or does not begin with a
     /// variable or the end mark; an `OptionError` for options that do not fit.
     explicit MemSource(const std::string& file, const SourceOptions& options = {});
     ~MemSource() override;

@@ -21,7 +21,7 @@ namespace kd_lib::exchange {
 /// (fixed columns); .mem.
 enum class SourceKind : std::uint8_t { Automatic, Dbf, Csv, Tsv, Fixed, Mem };
 
-/// Deleted records: left out, kept as any other, or kept with a last boolean column `_deleted`.
+/// Deleted records are left out, kept like any other, or kept with a last boolean column `_deleted`.
 enum class DeletedRecords : std::uint8_t { Skip, Keep, Mark };
 
 /// Record numbers, from 1, both inclusive.
@@ -30,8 +30,8 @@ struct RecordRange {
     std::uint64_t Last = std::numeric_limits<std::uint64_t>::max();
 };
 
-/// How a file is read. The defaults suit most files; members that do not concern the file's kind are refused by
-/// an `OptionError` where they would change what is read.
+/// How a file is read. The defaults suit most files. An option that does not apply to the file's kind is an
+/// `OptionError` if it would change what is read.
 struct SourceOptions {
     SourceKind Kind = SourceKind::Automatic;
     std::vector<std::string> Select = {};  ///< only these columns, in this order; empty: all
@@ -42,7 +42,7 @@ struct SourceOptions {
     std::vector<std::pair<std::string, std::string>> Types = {};  ///< column and type: text, integer, number, float,
                                                                   ///< boolean, date, time, timestamp, bytes
 
-    std::string MemoFile = {};  ///< of a .dbf; empty: found beside it
+    std::string MemoFile = {};  ///< of a .dbf; empty: found in its folder
     bool NoMemo = false;        ///< memo columns of a .dbf are left out
 
     std::string FixedColumns = {};  ///< `name:1-8,town:9-24`, or `5|12|20`
@@ -51,13 +51,13 @@ struct SourceOptions {
     std::string Quote = "\"";              ///< one character; empty: none
     bool Header = true;                    ///< the first row holds the names of the columns
     bool Infer = false;                    ///< finds the types of the columns, by reading all rows first
-    std::optional<std::string> Null = {};  ///< an unquoted cell of this text is null as well
+    std::optional<std::string> Null = {};  ///< an unquoted cell with this text is null as well
 
     std::stop_token Stop = {};  ///< when a stop is requested, a source that waits for a pipe throws `Stopped`
 };
 
-/// Opens a file; "-" is standard input and needs a `Kind`. Throws an `Error` where the file cannot be read as what
-/// it should be, and an `OptionError` where the options do not fit.
+/// Opens a file; "-" is standard input and needs a `Kind`. Throws an `Error` if the file cannot be read as its kind,
+/// and an `OptionError` if the options do not fit.
 KD_LIB_EXPORT std::unique_ptr<Source> openSource(const std::string& file, const SourceOptions& options = {});
 
 }  // namespace kd_lib::exchange

@@ -11,7 +11,7 @@
 
 namespace kd_lib::exchange {
 
-/// Gathers text in a block and hands it on when the block is full. A child class says where it goes.
+/// Collects text in a block and writes the block when it is full. A derived class defines where to.
 ///
 ///     char* to = block.reserve(8);
 ///     to = std::copy_n("NULL", 4, to);
@@ -22,8 +22,8 @@ public:
     OutputBlock(const OutputBlock&) = delete;
     OutputBlock& operator=(const OutputBlock&) = delete;
 
-    /// The end of the text, with room for `count` bytes after it; valid until the next call. What was gathered before
-    /// may be handed on. Ask for what one value needs: the block becomes as large as the largest `count`.
+    /// The end of the text, with room for `count` bytes after it; valid until the next call. May write the text
+    /// collected before. Reserve what one value needs: the block becomes as large as the largest `count`.
     char* reserve(std::size_t count)
     {
         if (count > static_cast<std::size_t>(Limit - End)) {
@@ -32,10 +32,10 @@ public:
         return End;
     }
 
-    /// The text goes on up to `end`, which lies in the room reserved.
+    /// The text now ends at `end`, which lies in the reserved room.
     void advance(char* end) { End = end; }
 
-    /// Appends a text of any length; a long one passes the block by.
+    /// Appends a text of any length; a long one is written without being copied to the block.
     void write(std::string_view text);
 
     void write(char c)
@@ -45,7 +45,7 @@ public:
         advance(to + 1);
     }
 
-    /// Hands on what was gathered.
+    /// Writes the text collected so far.
     void flush();
 
     /// Bytes written so far.
@@ -55,11 +55,11 @@ protected:
     /// The block has `size` bytes. Nothing is allocated before the first byte.
     explicit OutputBlock(std::size_t size = defaultSize);
 
-    /// Takes the next piece of the output. What it throws comes out of the operation that handed the piece on; the
-    /// piece is not handed on again.
+    /// Writes the next piece of the output. Its exceptions leave the operation that called it; the piece is not written
+    /// again.
     virtual void take(std::string_view piece) = 0;
 
-    /// Forgets what was gathered.
+    /// Discards the text collected so far.
     void discard() { End = Block.get(); }
 
 private:

@@ -15,33 +15,33 @@ namespace detail {
 class NewFile;
 }
 
-/// An output file. It has no name, or a temporary one in the folder of its own, until `commit` brings it to the disk
-/// and puts it in the place of what was there. It keeps mode and, where permitted, owner of a file that it replaces.
-/// Through a symbolic link it replaces the file that the link leads to.
+/// An output file. It has no name, or a temporary one in the same folder, until `commit` writes it to the disk and puts
+/// it in the place of an existing file. It keeps the mode and, if permitted, the owner of the file that it replaces. If
+/// the path is a symbolic link, the file that the link leads to is replaced.
 ///
-/// "-" is standard output. That, a pipe, a device (/dev/stdout) and the like are written straight: what was handed on
+/// "-" is standard output. Standard output, pipes and devices (/dev/stdout) are written directly: what has been written
 /// stays.
 ///
-/// Every operation throws an `Error` that names the file when it fails. Threads: one thread per object.
+/// An operation that fails throws an `Error` that names the file. Threads: one thread per object.
 class KD_LIB_EXPORT OutputFile : public OutputBlock {
 public:
-    /// Opens the file for writing. What is there stays as it is.
+    /// Opens the file for writing. An existing file stays as it is until `commit`.
     explicit OutputFile(const std::string& path);
 
-    /// Abandons what is not committed.
+    /// Discards the output unless it is committed.
     ~OutputFile() override;
 
-    /// Writes what is left to the disk, which may take long. Then `commit` has little more to do than to give the file
-    /// its name.
+    /// Writes the rest to the disk, which may take long. After that, `commit` does little more than give the file its
+    /// name.
     void sync();
 
-    /// Writes what is left and makes the file appear. Nothing can be written afterwards.
+    /// Writes the rest and makes the file appear. Nothing can be written afterwards.
     void commit();
 
-    /// Leaves nothing of the file; what was there stays.
+    /// Discards the output; an existing file stays as it is.
     void abandon() noexcept;
 
-    /// True where the output goes straight to where others may read it already.
+    /// True if others may already read the output, because it is written directly.
     bool isStraight() const;
 
 protected:

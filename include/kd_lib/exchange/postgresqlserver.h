@@ -1,5 +1,5 @@
 /// \file
-/// PostgreSQL as a place where tables go to and come from; in libkd_postgresql.
+/// Databases on PostgreSQL servers; in libkd_postgresql.
 #pragma once
 
 #include <kd_lib/exchange/databaseserver.h>
@@ -10,12 +10,13 @@
 
 namespace kd_lib::exchange {
 
-/// The database that a URI names, in any form that libpq knows: "postgresql://user@host/database?sslmode=...". Nothing is
-/// connected yet.
-/// - `target` copies rows (COPY) in one transaction. A failure, a lost connection and the end of this process leave
-///   nothing. A replaced table is exchanged at the end of it.
-/// - `importScript` runs a script in one transaction as well, all or nothing. Transactions of its own become part of that:
-///   BEGIN makes a savepoint, COMMIT releases it, ROLLBACK goes back to it. Rows after COPY ... FROM stdin are copied.
+/// The database that a URI names, in any form that libpq accepts: "postgresql://user@host/database?sslmode=...".
+/// Nothing is connected yet.
+/// - `target` copies rows (COPY) in one transaction. Nothing remains after a failure, a lost connection or the end of
+///   this process. A replaced table is exchanged at the end of the transaction.
+/// - `importScript` runs a script in one transaction as well, all or nothing. The script's transactions become part of
+///   it: BEGIN makes a savepoint, COMMIT releases it, ROLLBACK goes back to it. Rows after COPY ... FROM stdin are
+///   loaded.
 KD_LIB_EXPORT std::unique_ptr<DatabaseServer> postgresqlServer(const std::string& uri,
                                                                const ServerOptions& options = {});
 

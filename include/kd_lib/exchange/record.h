@@ -20,23 +20,23 @@ namespace kd_lib::exchange {
 /// What is wrong with a cell or with the whole record.
 enum class FlawKind : std::uint8_t {
     Unreadable,   ///< the cell of kind `Unreadable`
-    NoMemoFile,   ///< the same, for want of the table's memo file; a note of the source tells it once
+    NoMemoFile,   ///< the same, because the table's memo file is missing; a note of the source reports it once
     Replaced,     ///< bytes that the code page lacks became U+FFFD in the cell
     Escaped,      ///< such bytes became \xNN in the cell
     RowTooShort,  ///< the row has fewer cells than there are columns; the others are null
-    RowTooLong,   ///< the row has more cells than there are columns; they are not in the record
+    RowTooLong,   ///< the row has more cells than there are columns; the surplus is not in the record
     RecordCut     ///< the file ends within this last record, which is left out; its cells are unreadable
 };
 
 struct Flaw {
-    std::size_t Column = 0;  ///< index into the columns; for a row or record: unused
+    std::size_t Column = 0;  ///< index of the column; unused for a row or record
     FlawKind Kind = FlawKind::Unreadable;
     std::string Reason;  ///< "not a number", "the memo file ends before the text"
 };
 
-/// A cell with its column: it gives the value in the form asked for, or nothing for NULL.
-/// Each operation throws an `Error` with record and column where the cell is unreadable, and where the column's type
-/// is another one, so that no value can be taken for something else.
+/// A cell with its column: each operation returns the value in one form, or nothing for NULL. Each operation throws an
+/// `Error` with record and column if the cell is unreadable or the column's type is another one, so that no value can
+/// be mistaken.
 class KD_LIB_EXPORT Value {
 public:
     Value(const Cell& cell, const Column& column, std::uint64_t record)
@@ -72,11 +72,12 @@ public:
     std::uint64_t Number = 0;  ///< from 1; deleted records count
     std::uint64_t Offset = 0;  ///< the record's first byte in the file
     bool Deleted = false;      ///< marked as deleted
-    std::vector<Cell> Cells;   ///< in the order of the columns
+    std::vector<Cell> Cells;   ///< in column order
     std::vector<Flaw> Flaws;   ///< empty for nearly all records
 
-    /// A promise of the source that saves work; false promises nothing. True: all texts and numbers of this record are
-    /// of printable ASCII characters, and `PlainRoom` bytes can be read from the beginning of each, whatever its size.
+    /// Set by the source to save work. True: all texts and numbers of this record consist of printable ASCII
+    /// characters, and `PlainRoom` bytes can be read from the beginning of each, whatever its size. False: nothing is
+    /// known.
     bool Plain = false;
     static constexpr std::size_t PlainRoom = 32;
 
@@ -85,8 +86,8 @@ public:
 
     Value operator[](std::size_t column) const { return Value(Cells[column], (*Columns)[column], Number); }
 
-    /// The cell of the first column of this name; without regard to the case of ASCII letters where none is equal.
-    /// Throws an `Error` where the source has no such column.
+    /// The cell of the first column of this name; if none is equal, without regard to the case of ASCII letters. Throws
+    /// an `Error` if the source has no such column.
     Value operator[](std::string_view column) const;
 
     const std::vector<Column>* Columns = nullptr;  ///< the source's

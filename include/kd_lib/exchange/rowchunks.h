@@ -14,7 +14,7 @@
 
 namespace kd_lib::exchange {
 
-/// Texts of rows, gathered in chunks of some MiB. A second thread hands a chunk on while the next one is gathered, so
+/// Texts of rows, collected in chunks of some MiB. A second thread sends a chunk while the next one is collected, so
 /// that neither the server nor the source waits for the other. Memory: two chunks.
 class KD_LIB_EXPORT RowChunks {
 public:
@@ -30,27 +30,28 @@ public:
         std::size_t end(std::size_t rows) const { return rows == 0 ? 0 : Ends[rows - 1]; }
     };
 
-    /// `send` is called on another thread, by one call after the other. What it throws comes out of a later `endRow`, or
-    /// of `finish`; nothing is sent after it.
+    /// `send` is called on another thread, one call at a time. Its exception leaves a later `endRow` or `finish`;
+    /// nothing is sent after it.
     explicit RowChunks(std::function<void(const Chunk&)> send);
     ~RowChunks();  ///< as `discard`
     RowChunks(const RowChunks&) = delete;
     RowChunks& operator=(const RowChunks&) = delete;
 
-    /// Where the text of the row is to be appended.
+    /// The text to which the row is appended.
     std::string& text() { return Gathered.Text; }
 
-    /// The row of the record of this number is complete.
+    /// Marks the row as complete; it comes from the record of this number.
     void endRow(std::uint64_t record);
 
-    /// Sends what is left, and returns when all has been taken.
+    /// Sends the rest, and returns when all of it has been sent.
     void finish();
 
-    /// Returns when nothing is being sent any more, and forgets the rest.
+    /// Waits until nothing is being sent any more, and discards the rest.
     void discard() noexcept;
 
-    /// How many rows of a chunk are taken, where `takes` says whether the first so many of them are: to find a refused row
-    /// that the server does not name. Calls `takes` about 16 times; what it takes must be undone by itself.
+    /// Finds a refused row that the server does not name: returns how many rows at the beginning of a chunk are
+    /// accepted. `takes(n)` returns whether the first n rows are accepted, and must undo what it stored. It is called
+    /// about 16 times.
     static std::size_t rowsTaken(const Chunk& chunk, const std::function<bool(std::size_t rows)>& takes);
 
 private:

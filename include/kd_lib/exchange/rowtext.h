@@ -13,25 +13,25 @@
 
 namespace kd_lib::exchange {
 
-// Each operation appends one row of at least one cell. No cell of the record is unreadable, and each fits into its target (`Target::fit`).
-// Long texts are written piece by piece: the block does not become as large as they are.
+// Each operation appends one row of at least one cell. No cell of the record may be unreadable, and each must fit into
+// its target (`Target::fit`). Long texts are written piece by piece, so that the block does not grow with them.
 
 /// A line of PostgreSQL's COPY in text format, with the "\n" at its end: values between tabs, \\N for NULL.
 KD_LIB_EXPORT void writeCopyRow(const Record& record, OutputBlock& out);
 
-/// A line for MySQL's LOAD DATA with its default FIELDS and LINES, with the "\n" at its end: values between tabs, \\N for
-/// NULL. Bytes are themselves, so the statement names CHARACTER SET binary.
+/// A line for MySQL's LOAD DATA with its default FIELDS and LINES, with the "\n" at its end: values between tabs, \\N
+/// for NULL. Bytes are written as they are, so the statement must name CHARACTER SET binary.
 KD_LIB_EXPORT void writeLoadDataRow(const Record& record, OutputBlock& out);
 
-/// The values of a row between "(" and ")", as literals of the layout's dialect: (1,'a',NULL). PostgreSQL's need
-/// standard_conforming_strings, MySQL's a sql_mode without NO_BACKSLASH_ESCAPES. Texts arrive as they are also through
-/// clients that change line ends.
+/// The values of a row between "(" and ")", as literals of the layout's dialect: (1,'a',NULL). PostgreSQL needs
+/// standard_conforming_strings, MySQL a sql_mode without NO_BACKSLASH_ESCAPES. Texts survive clients that change line
+/// ends.
 KD_LIB_EXPORT void writeInsertRow(const TableLayout& layout, const Record& record, OutputBlock& out);
 
 /// A line of comma separated values by RFC 4180, with "\n" at its end. NULL is nothing, the empty text is "".
 KD_LIB_EXPORT void writeCsvRow(const Record& record, OutputBlock& out);
 
-/// A text as CSV: between quotes where it must be, or is empty.
+/// A text as CSV: between quotes if it needs them or is empty.
 KD_LIB_EXPORT void writeCsvText(std::string_view text, OutputBlock& out);
 
 /// A text as a string of JSON, with its quotes.

@@ -1,5 +1,5 @@
 /// \file
-/// Cuts a script for a server into its statements.
+/// Splits a script for a server into its statements.
 #pragma once
 
 #include <kd_lib/exchange/dialect.h>
@@ -17,24 +17,24 @@ namespace kd_lib::exchange {
 /// - A ";" ends a statement, unless it is inside quotes, comments, $tag$ quotes, round brackets or the BEGIN ATOMIC ... END
 ///   of a routine (PostgreSQL). DELIMITER names another end (MySQL).
 /// - After COPY ... FROM stdin come rows, up to a line `\.`.
-/// - Comments and blanks before a statement are left out, but for MySQL's `/*! ... */`.
-/// - Commands of psql (`\connect`) are an `Error`. Those that change nothing here are left out: `\restrict`, `\unrestrict`,
-///   which pg_dump writes, and `\set ON_ERROR_STOP`.
+/// - Comments and blanks before a statement are left out, except MySQL's `/*! ... */`.
+/// - Commands of psql (`\connect`) are an `Error`. Those without effect here are left out: `\restrict` and
+///   `\unrestrict`, which pg_dump writes, and `\set ON_ERROR_STOP`.
 ///
 ///     ServerScript script("people.sql", Engine::PostgreSql);
 ///     while (script.next(false)) run(script.statement());
 ///
-/// Memory: the statement under way.
+/// Memory: the current statement.
 class KD_LIB_EXPORT ServerScript {
 public:
-    /// Opens a file; "-" is standard input. Throws an `Error` where it cannot be read.
+    /// Opens a file; "-" is standard input. Throws an `Error` if it cannot be read.
     ServerScript(const std::string& file, Engine engine);
     ~ServerScript();
     ServerScript(const ServerScript&) = delete;
     ServerScript& operator=(const ServerScript&) = delete;
 
-    /// Takes the next statement; false at the end. `backslashes`: in the session as it is now, a backslash inside plain
-    /// quotes takes the next byte with it.
+    /// Reads the next statement; false at the end. `backslashes`: in the current session, a backslash inside plain
+    /// quotes escapes the next byte.
     bool next(bool backslashes);
 
     /// Without its ";"; valid until the next call of `next` or `copyRows`.
@@ -43,11 +43,11 @@ public:
     std::uint64_t number() const;  ///< of the statement, from 1
     std::uint64_t line() const;    ///< of the statement's first character, from 1
 
-    /// After a COPY ... FROM stdin: its rows, whole lines as they are, in pieces; empty after the last.
+    /// After a COPY ... FROM stdin: its rows in pieces of whole, unchanged lines; empty after the last.
     std::string_view copyRows();
 
     std::uint64_t position() const;             ///< bytes read
-    std::optional<std::uint64_t> size() const;  ///< of the script, where known
+    std::optional<std::uint64_t> size() const;  ///< of the script, if known
 
 private:
     class Reader;

@@ -1,5 +1,5 @@
 /// \file
-/// Where records come from.
+/// Sources of records.
 #pragma once
 
 #include <kd_lib/exchange/column.h>
@@ -17,7 +17,7 @@
 
 namespace kd_lib::exchange {
 
-/// One thing to know about a file: "code page" and "CP1252 (language byte 57)".
+/// One fact about a file: "code page" and "CP1252 (language byte 57)".
 struct Fact {
     std::string Label;  ///< small letters, no colon
     std::string Value;
@@ -31,8 +31,8 @@ struct Fact {
 ///         use(record["name"].text(), record["born"].date());
 ///     }
 ///
-/// The records are those that the options ask for: deleted records and those outside the range do not come.
-/// Threads: one thread per object. An exception leaves the source where it is of no further use.
+/// The records are those that the options select: deleted records and those outside the range are left out. Threads:
+/// one thread per object. After an exception the source cannot be used further.
 class KD_LIB_EXPORT Source {
 public:
     virtual ~Source();
@@ -45,41 +45,40 @@ public:
     /// The columns of each record. They do not change.
     const std::vector<Column>& columns() const { return Columns; }
 
-    /// Takes the next record; false at the end. Throws an `Error` where the file cannot be read on.
+    /// Reads the next record; false at the end. Throws an `Error` if the rest of the file cannot be read.
     bool next();
 
-    /// The record that `next` took. Mutable, so that a target can mark what it cannot hold.
+    /// The record that `next` read. Mutable, so that a target can mark what it cannot hold.
     Record& record() { return Current; }
 
     /// Where the cell of the current record is in the file, and its bytes there; for rejects.
     struct Origin {
-        std::optional<std::uint64_t> Offset;  ///< byte in the file, from 0; nothing: the source has no bytes for it
+        std::optional<std::uint64_t> Offset;  ///< of the cell in the file; nothing: it has no bytes there
         std::string_view Bytes;               ///< valid until `next`
     };
     virtual Origin origin(std::size_t column) const = 0;
 
-    /// Lets the next call of `next` take the record of this number, or the first after it that comes.
-    /// A source of fixed record length goes there in one step; others read on, or from the beginning.
-    /// Throws an `Error` where the source cannot go back (standard input).
+    /// Makes `next` read the record of this number, or the first selected one after it. A source of fixed record length
+    /// goes there in one step; others read up to it, if necessary from the beginning. Throws an `Error` if the source
+    /// cannot go back (standard input).
     virtual void seek(std::uint64_t number) = 0;
 
-    /// From the next record on only these columns are needed: the cells of the others are null, and nothing of them
-    /// is decoded or rejected. `needed` has an element for each column.
+    /// From the next record on only these columns are decoded. The cells of the others are null and never rejected.
+    /// `needed` has an element for each column.
     virtual void need(const std::vector<bool>& needed) { Needed = needed; }
 
-    /// What there is to say about the file so far, in the order in which it was found. Complete once `next`
-    /// returned false.
+    /// Notes about the file so far, in the order in which they arose. Complete once `next` has returned false.
     const std::vector<Note>& notes() const { return Notes; }
 
-    /// What the file is, for a description: its kind first.
+    /// Facts for a description of the file: its kind first.
     virtual std::vector<Fact> facts() const { return {}; }
 
-    std::uint64_t recordsRead() const { return Read; }        ///< records taken from the file, in the range asked for
-    std::uint64_t recordsLeftOut() const { return LeftOut; }  ///< those of them that did not come: deleted ones
+    std::uint64_t recordsRead() const { return Read; }        ///< records of the range read from the file
+    std::uint64_t recordsLeftOut() const { return LeftOut; }  ///< those of them left out: deleted ones
 
     /// Bytes of the file that have been read, for a progress display.
     virtual std::uint64_t position() const = 0;
-    /// Bytes of the file; nothing where that is not known.
+    /// Bytes of the file; nothing if that is not known.
     virtual std::optional<std::uint64_t> size() const = 0;
 
     /// Iterates over the records that are left.
@@ -115,11 +114,11 @@ public:
 protected:
     explicit Source(std::string file) : File(std::move(file)) {}
 
-    /// Fills `Current` (number, offset, deleted, every cell, flaws) with the next record that the options ask for,
-    /// and counts `Read` and `LeftOut`. False at the end. `Current.Flaws` is empty when it is called.
+    /// Fills `Current` (number, offset, deleted, every cell, flaws) with the next selected record, and counts `Read`
+    /// and `LeftOut`. False at the end. `Current.Flaws` is empty when it is called.
     virtual bool read() = 0;
 
-    /// Says something about the file, once.
+    /// Adds a note about the file, unless it is there already.
     void note(std::string text, bool loss = false);
 
     bool needed(std::size_t column) const { return Needed.empty() || Needed[column]; }

@@ -17,7 +17,7 @@ struct sqlite3;
 
 namespace kd_lib::exchange {
 
-/// A statement that the database refused. `Reason` is the database's.
+/// A statement that the database refused. `Reason` is the database's message.
 class KD_LIB_EXPORT SqlError : public Error {
 public:
     SqlError(const std::string& database, std::string reason, std::optional<std::size_t> at)
@@ -29,25 +29,25 @@ public:
 };
 
 /// The rows of one statement. Cells have the kinds of SQLite's values: null, number (an integer), float, text, bytes.
-/// The type of a column is that of its declaration; where it has none, that of the first row's value: it says what to
-/// expect, for a value of SQLite may be of any kind whatever its column's declaration.
-/// Records are numbered by their order, from 1. `origin` knows no bytes, `size` is not known.
+/// The type of a column is that of its declaration or, if it has none, that of the first row's value. It is a hint
+/// only: a value of SQLite may be of any kind, whatever its column's declaration. Records are numbered by their order,
+/// from 1. `origin` has no bytes, `size` is not known.
 ///
 ///     SqliteSource rows("people.db", "SELECT town, count(*) FROM people GROUP BY town");
 ///     for (const Record& row : rows) use(row[0].text(), row[1].integer());
 class KD_LIB_EXPORT SqliteSource : public Source {
 public:
-    /// Runs a statement on an existing database file. Throws a `SqlError` where SQLite refuses it, and where the text
-    /// holds no statement or more than one. A statement that changes the database runs too; it is done when `next`
-    /// has returned false.
+    /// Runs a statement on an existing database file. Throws a `SqlError` if SQLite refuses it, or if the text holds no
+    /// statement or more than one. A statement that changes the database runs too; it is finished when `next` has
+    /// returned false.
     SqliteSource(const std::string& database, const std::string& sql, const SqliteOptions& options = {});
 
-    /// The same on a connection that the caller keeps open (`TableConnection::handle`, or any other). `name` is what
-    /// errors call it. The options do not change the connection, which may have handlers of its own.
+    /// The same on a connection that the caller keeps open (`TableConnection::handle`, or any other). Errors call the
+    /// connection `name`. The options do not change it: it keeps its handlers.
     SqliteSource(sqlite3* connection, std::string name, const std::string& sql);
 
-    /// The columns of a table, in the order of its records: that of their rowids, which is that of a load; of their
-    /// primary key where the table has no rowids. Throws an `Error` where it lacks a column.
+    /// The columns of a table, in the order of the rowids, which is that of a load, or of the primary key if the table
+    /// has no rowids. Throws an `Error` if it lacks a column.
     static std::unique_ptr<SqliteSource> ofTable(const std::string& database, const std::string& table,
                                                  const std::vector<std::string>& columns,
                                                  const SqliteOptions& options = {});
@@ -58,7 +58,7 @@ public:
     std::uint64_t changes() const;
 
     Origin origin(std::size_t column) const override;
-    void seek(std::uint64_t number) override;  ///< runs a reading statement again to go back; others cannot
+    void seek(std::uint64_t number) override;  ///< going back runs a reading statement again
     std::uint64_t position() const override { return 0; }
     std::optional<std::uint64_t> size() const override { return std::nullopt; }
 

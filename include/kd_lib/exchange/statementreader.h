@@ -1,5 +1,5 @@
 /// \file
-/// Cuts a script into SQL statements.
+/// Splits a script into SQL statements.
 #pragma once
 
 #include <kd_lib/export.h>
@@ -12,18 +12,18 @@
 
 namespace kd_lib::exchange {
 
-/// Takes a script in SQLite's SQL in blocks of any size, and hands out its statements.
+/// Takes a script in SQLite's SQL in blocks of any size, and returns its statements.
 ///
 /// - A ";" ends a statement and belongs to it. It does not count inside texts ('...'), quoted names ("...", `...`,
-///   [...]) and comments. The last statement of a script needs none.
+///   [...]) and comments. The last statement of a script may lack it.
 /// - Comments are `--` up to the end of the line and `/* ... */`, as in SQL, and `#` up to the end of the line, as in
-///   the scripts that `SqlDatabase::importSqlFile` reads (SQLite knows no other use of that character).
-/// - The statement that makes a trigger ends with the ";" after the END that follows a ";": that of its body, not that
-///   of a CASE.
+///   the scripts that `SqlDatabase::importSqlFile` reads (SQLite has no other use for that character).
+/// - The statement that creates a trigger ends with the ";" after the END that follows a ";": the END of its body, not
+///   that of a CASE.
 /// - Blanks and comments between statements, empty statements and a byte order mark at the beginning are left out.
-///   Comments inside a statement stay, but for those with `#`.
+///   Comments inside a statement stay, except those with `#`.
 ///
-/// Nothing else of a statement is understood; what is wrong with it is for the database to say.
+/// Statements are not examined further; the database reports their faults.
 ///
 ///     StatementReader statements("people.sql");
 ///     while (readBlock(block)) {
@@ -31,21 +31,21 @@ namespace kd_lib::exchange {
 ///     }
 ///     if (statements.finish()) run(statements.statement());
 ///
-/// Memory: the statement under way. Threads: one thread per object.
+/// Memory: the current statement. Threads: one thread per object.
 class KD_LIB_EXPORT StatementReader {
 public:
-    /// SQLite takes no longer statement.
+    /// SQLite accepts no longer statement.
     static constexpr std::size_t longestStatement = 1'000'000'000;
 
-    /// `file` is named by errors. A statement of more than `longest` bytes is an error.
+    /// Errors name `file`. A statement of more than `longest` bytes is an error.
     explicit StatementReader(std::string file, std::size_t longest = longestStatement);
 
-    /// Reads `block` up to the end of the next statement, and removes what was read from its front. True when a
-    /// statement is complete: it is then `statement()` until the next call. False: `block` is empty now.
-    /// Throws an `Error` where the statement becomes too long.
+    /// Reads `block` up to the end of the next statement, and removes the part that it read. True when a statement is
+    /// complete: it is then `statement()` until the next call. False: `block` is empty now. Throws an `Error` if the
+    /// statement becomes too long.
     bool next(std::string_view& block);
 
-    /// After the last block: true where a last statement without ";" is left, now `statement()`.
+    /// After the last block: true if a last statement without ";" remains; it is now `statement()`.
     bool finish();
 
     /// The statement, with its ";" if it has one.
@@ -57,7 +57,7 @@ public:
 private:
     enum class Inside : std::uint8_t { Code, Quotes, LineComment, BlockComment, HashComment };
 
-    /// How far the words are read that tell whether a trigger is made, and where its body ends.
+    /// State of the words that show whether a trigger is created, and where its body ends.
     enum class Phase : std::uint8_t { Start, Explain, Create, Plain, Trigger, TriggerSemicolon, TriggerEnd };
 
     void startStatement();
@@ -81,15 +81,15 @@ private:
     std::uint64_t Number = 0;
     std::uint64_t FirstLine = 1;
     std::uint64_t Line = 1;
-    std::size_t MarkBytes = 0;  // bytes of a byte order mark that were met at the beginning
+    std::size_t MarkBytes = 0;  // bytes of a byte order mark read at the beginning
     Inside In = Inside::Code;
     Phase Words = Phase::Start;
-    char Quote = 0;     // ends the quotes
-    char Pending = 0;   // "-" or "/": the next character tells whether it opens a comment
+    char Quote = 0;     // the character that ends the quotes
+    char Pending = 0;   // "-" or "/": the next character decides whether it opens a comment
     bool Star = false;  // the last character of a block comment was "*"
     bool Complete = false;
-    std::array<char, 10> Word = {};  // the word under way, in capitals
-    std::size_t WordSize = 0;        // more than fits: a word of no meaning here
+    std::array<char, 10> Word = {};  // the current word, in capitals
+    std::size_t WordSize = 0;        // more than fits: not a keyword
 };
 
 }  // namespace kd_lib::exchange

@@ -22,19 +22,19 @@ struct TargetColumn {
     std::string Type;  ///< as in CREATE TABLE; empty: none (SQLite)
 };
 
-/// Names and types in a dialect for the columns of a source, the SQL that makes the table, and the check whether
-/// a record fits into it. All targets of SQL share it, so that a script and a load make the same table.
+/// Names and types in a dialect for the columns of a source, the SQL that creates the table, and the check whether a
+/// record fits into it. All SQL targets share it, so that a script and a load create the same table.
 ///
 ///     TableLayout layout(dialectOf(Engine::PostgreSql), "people.dbf", source.columns(), {});
 ///     database.execute(layout.createTable(layout.table()));
 ///     ... "INSERT INTO " + layout.quotedTable() + " (" + layout.columnList() + ") VALUES ..."
 ///
-/// SQLite gets columns without a type where a number may have more digits than a double keeps. Such a number is
-/// kept as the text of its digits (`SqliteForm` in `src/exchange/detail/digits.h` chooses), with a note a column.
+/// In SQLite, a column whose numbers may have more digits than a double keeps has no type. Such a number is kept as the
+/// text of its digits (`SqliteForm` in `src/exchange/detail/digits.h` chooses), with one note per column.
 class KD_LIB_EXPORT TableLayout {
 public:
-    /// Chooses names and types. `file` names the table unless the options do. Throws an `Error` where no table of the
-    /// database can have these columns. `columns` may go afterwards.
+    /// Chooses names and types. `file` names the table unless the options do. Throws an `Error` if no table of the
+    /// database can have these columns. `columns` is not needed afterwards.
     TableLayout(const Dialect& dialect, const std::string& file, const std::vector<Column>& columns,
                 const TableOptions& options);
     ~TableLayout();
@@ -47,30 +47,30 @@ public:
     const std::string& table() const { return Table; }  ///< without quotes
     std::string quotedTable() const { return To->quoteName(Table); }
 
-    /// A column for each of the source, in its order; the key is not among them.
+    /// A column for each column of the source, in its order; the key is not among them.
     const std::vector<TargetColumn>& columns() const { return Columns; }
 
-    /// The column that the database numbers, without quotes; empty: none.
+    /// The key column, which the database numbers, without quotes; empty: none.
     const std::string& key() const { return Key; }
 
     /// The quoted names of the columns with "," between them, without the key.
     std::string columnList() const;
 
-    /// CREATE TABLE of a table of this name (`table()`, or a temporary one), without ";".
+    /// CREATE TABLE for a table of this name (`table()`, or a temporary one), without ";".
     std::string createTable(std::string_view name) const;
 
-    /// The statements, without ";", that a session needs before the others: those of the dialect, and what this table
-    /// needs more.
+    /// The statements, without ";", that a session needs before the others: those of the dialect, and further ones for
+    /// this table.
     const std::vector<std::string>& session() const { return Session; }
 
-    /// Marks the cells that the table cannot hold, by `Record::reject`: see `Target::fit`. A whole number loses
-    /// decimals that are all zeros where its column takes whole numbers only.
+    /// Marks the cells that the table cannot hold, by `Record::reject`: see `Target::fit`. Decimals that are all zeros
+    /// are removed if the column takes whole numbers only.
     void fit(Record& record);
 
     /// Names that changed; after the last record also the columns with digits kept as text.
     std::vector<Note> notes() const;
 
-    /// The note that tells of so many numbers of a column kept as text.
+    /// The note that `count` numbers of a column were kept as text.
     static Note textNote(const std::string& column, std::uint64_t count);
 
 private:

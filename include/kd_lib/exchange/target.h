@@ -1,5 +1,5 @@
 /// \file
-/// Where records go.
+/// Targets of records.
 #pragma once
 
 #include <kd_lib/exchange/column.h>
@@ -12,37 +12,36 @@
 
 namespace kd_lib::exchange {
 
-/// Takes the columns, then records, then finishes or abandons. What it makes appears whole or not at all.
-/// The order of calls: `begin`, then for each record `fit` and, unless the record is left out, `write`; then
-/// `finish`, or `abandon`. Every operation but `abandon` throws an `Error` when it fails; then only `abandon` may
-/// follow. The destructor abandons what is not finished.
-/// Threads: one thread per object.
+/// Stores records. The result appears whole or not at all. The order of calls: `begin`, then for each record `fit` and,
+/// unless the record is left out, `write`; then `finish`, or `abandon`. Every operation except `abandon` throws an
+/// `Error` when it fails; then only `abandon` may follow. The destructor abandons an unfinished result. Threads: one
+/// thread per object.
 class KD_LIB_EXPORT Target {
 public:
     virtual ~Target();
     Target(const Target&) = delete;
     Target& operator=(const Target&) = delete;
 
-    /// Prepares for records of these columns, from a file of this name. Names and types are chosen here.
-    /// `columns` must live until the end of the work.
+    /// Prepares for records of these columns, from a file of this name. Names and types are chosen here. `columns` must
+    /// outlive the work.
     virtual void begin(const std::string& file, const std::vector<Column>& columns) = 0;
 
     /// Marks the cells that the target cannot hold, by `Record::reject`. It stores nothing.
     virtual void fit(Record& record) = 0;
 
-    /// Takes a record. No cell of it is unreadable.
+    /// Stores a record. None of its cells may be unreadable.
     virtual void write(const Record& record) = 0;
 
     /// Makes what was written visible.
     virtual void finish() = 0;
 
-    /// Leaves nothing of what was written (what went to standard output stays).
+    /// Discards everything written, except on standard output.
     virtual void abandon() noexcept = 0;
 
-    /// Where the records went, for the tally: "table people". Empty: nothing to say.
+    /// The destination of the records, for the tally: "table people", or empty.
     virtual std::string destination() const { return {}; }
 
-    /// What there is to say: names changed, digits kept as text. Complete after `finish`.
+    /// Notes: names changed, digits kept as text. Complete after `finish`.
     const std::vector<Note>& notes() const { return Notes; }
 
 protected:
@@ -51,16 +50,16 @@ protected:
     std::vector<Note> Notes;
 };
 
-/// What becomes of a table that exists in the target.
+/// What to do with a table that exists in the target.
 enum class TableMode : std::uint8_t {
     Create,  ///< it is an error, and the table stays untouched
-    Append,  ///< records go into it, columns matched by name
-    Replace  ///< a new one takes its place; the old one stays until the new one is whole
+    Append,  ///< records are added to it, columns matched by name
+    Replace  ///< a new one replaces it; the old one stays until the new one is whole
 };
 
 enum class NameCase : std::uint8_t { Lower, Keep };
 
-/// The table that a target of SQL makes.
+/// The table that an SQL target creates.
 struct TableOptions {
     std::string Table = {};  ///< taken as written; empty: the file's name without folder and extension, in `Names` case
     TableMode Mode = TableMode::Create;

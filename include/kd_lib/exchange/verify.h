@@ -21,9 +21,9 @@ struct ColumnDifference {
     std::string InTable;
 };
 
-/// What `verify` found.
+/// The result of `verify`.
 struct Verification {
-    std::uint64_t Records = 0;                  ///< that the source carries
+    std::uint64_t Records = 0;                  ///< that the source has
     std::uint64_t Rows = 0;                     ///< of the table
     std::uint64_t Rejects = 0;                  ///< of the source's cells and records
     std::vector<ColumnDifference> Differences;  ///< one for each differing column, in the order of the columns
@@ -31,18 +31,16 @@ struct Verification {
     bool agrees() const { return Records == Rows && Differences.empty(); }
 };
 
-/// Whether `table` holds what `source` carries into it. `table` yields the columns of `layout`, in its order
-/// (`SqliteSource::ofTable`, or the result of a server). The records of `source` pass `layout.fit` and the policy of
-/// `options`, as in a transfer: an unreadable cell and NULL agree. Values are compared as the types of `source`'s
+/// Compares `table` with what `source` would carry into it. `table` yields the columns of `layout`, in its order
+/// (`SqliteSource::ofTable`, or the result of a server). `layout.fit` and the policy of `options` apply to the records
+/// of `source` as in a transfer, so an unreadable cell and NULL agree. Values are compared as the types of `source`'s
 /// columns: numbers by value, times and booleans also in the forms in which databases give them.
 ///
-/// The n-th record is compared with the n-th row. Where they differ, the order may be another one: a database that
-/// has no order of its own gives its rows as it likes. Then both are read once more, equal records and rows are
-/// set off against each other whatever their order, and the differences are those of what is left, again in order. For
-/// that both must be able to `seek` back; else the differences are those of the first comparison.
-/// Where the counts differ, a record that has less than half of its values in common with its counterpart counts as the
-/// one that is missing on the other side.
-/// Memory: some hashes, which go to a temporary file when they are many.
+/// The n-th record is compared with the n-th row. If any differ, both are read once more, because the database may
+/// return its rows in another order: equal records and rows are paired whatever their order, and only the rest is
+/// compared, again in order. For that both must be able to `seek` back; otherwise the differences are those of the
+/// first comparison. If the counts differ, a record that shares less than half of its values with its counterpart
+/// counts as missing on the other side. Memory: some hashes, which are moved to a temporary file when there are many.
 /// Throws what the sources throw.
 KD_LIB_EXPORT Verification verify(Source& source, Source& table, TableLayout& layout,
                                   const TransferOptions& options = {});

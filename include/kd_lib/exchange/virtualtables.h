@@ -27,27 +27,26 @@ struct VirtualTableEvents {
     std::function<void(const std::string& file, const Note&)> OnNote = {};  ///< once for each note
 };
 
-/// Teaches a connection the module `kd`, with which statements read files where they lie:
+/// Registers the module `kd` on a connection. With it statements read files in place:
 ///
 ///     registerTables(connection);
 ///     CREATE VIRTUAL TABLE people USING kd('people.dbf');
 ///     CREATE VIRTUAL TABLE temp.old USING kd('old.txt', columns='name:1-8,town:9-24', encoding=cp852);
 ///     SELECT town, count(*) FROM people GROUP BY town;
 ///
-/// Records are streamed, memory is flat. Only the columns that a statement uses are decoded (and rejected). `rowid` is
-/// the record's number; conditions on it find their records without reading the others in a .dbf; text is read up to
-/// them. The tables cannot be changed. Each statement opens the file again, and the file must
-/// keep its columns.
+/// Records are streamed; memory does not grow with the file. Only the columns that a statement uses are decoded (and
+/// rejected). `rowid` is the record's number: conditions on it find records of a .dbf without reading the others, while
+/// text is read up to them. The tables are read-only. Each statement opens the file again; the file must keep its
+/// columns.
 ///
 /// Names and declared types are those of a load into SQLite, and so are the values, with an unreadable cell as NULL.
 ///
-/// Options, each at most once, but for `type`: `from=dbf|csv|tsv|fixed|mem`, `select='A,B'`,
-/// `deleted=skip|keep|mark`, `encoding=NAME`, `encoding_errors=replace|strict|escape`, `memo=FILE`,
-/// `no_memo=1`, `columns=LIST`, `delimiter=C`, `quote=C|none`, `header=0`, `infer=1`, `null=TEXT`,
-/// `type='COLUMN=TYPE'`, `names=lower|keep`: the same as those of `SourceOptions` and `TableOptions`. Values with
-/// commas, blanks or quotes are quoted as in SQL.
+/// Options, each at most once, except `type`: `from=dbf|csv|tsv|fixed|mem`, `select='A,B'`, `deleted=skip|keep|mark`,
+/// `encoding=NAME`, `encoding_errors=replace|strict|escape`, `memo=FILE`, `no_memo=1`, `columns=LIST`, `delimiter=C`,
+/// `quote=C|none`, `header=0`, `infer=1`, `null=TEXT`, `type='COLUMN=TYPE'`, `names=lower|keep`: the same as those of
+/// `SourceOptions` and `TableOptions`. Values with commas, blanks or quotes are quoted as in SQL.
 ///
-/// Throws an `Error` where SQLite refuses the module.
+/// Throws an `Error` if SQLite refuses the module.
 KD_LIB_EXPORT void registerTables(sqlite3* connection, VirtualTableEvents events = {});
 
 /// A table of a `TableConnection`.
@@ -55,24 +54,24 @@ struct FileTableOptions {
     std::string File;
     std::string Table;  ///< empty: the file's name without folder and extension, in lower case
     SourceOptions Options = {};
-    bool MayFail = false;  ///< a file that cannot be opened is left out, with a note that tells of a loss
+    bool MayFail = false;  ///< a file that cannot be opened is left out, with a note of the loss
 };
 
-/// A SQLite connection in memory whose tables are files: for queries over files where they lie.
+/// A SQLite connection in memory whose tables are files, for queries over files in place.
 ///
 ///     TableConnection tables(tableFilesIn("old"));
 ///     SqliteSource rows(tables.handle(), "old", "SELECT * FROM orders JOIN customers USING (id)");
 class KD_LIB_EXPORT TableConnection {
 public:
-    /// Makes a table for each file. Files whose tables would have the same name get `_2`, `_3`, ..., with a note.
-    /// Throws an `Error` where a file cannot be opened that must not fail.
+    /// Creates a table for each file. Files whose tables would have the same name get `_2`, `_3`, ..., with a note.
+    /// Throws an `Error` if a file cannot be opened that must not fail.
     explicit TableConnection(const std::vector<FileTableOptions>& files, VirtualTableEvents events = {},
                              std::stop_token stop = {});
     ~TableConnection();
     TableConnection(const TableConnection&) = delete;
     TableConnection& operator=(const TableConnection&) = delete;
 
-    /// Owned by this object. Names in double quotes are names on this connection, never texts.
+    /// Owned by this object. On this connection, words in double quotes are always names, never texts.
     sqlite3* handle() const;
 
     /// The tables' names, in the order of the files.
@@ -84,9 +83,9 @@ private:
     std::vector<std::string> Tables;
 };
 
-/// The files of a folder (not of those inside it) that can be tables: those whose extension names a kind of file, sorted
-/// by name; each is read with `options`, and may fail. Text with fixed columns belongs to them if `options` names the
-/// columns. Throws an `Error` where the folder cannot be read or holds none.
+/// The files of a folder (without its subfolders) that can be tables: those whose extension names a kind of file,
+/// sorted by name; each is read with `options`, and may fail. Text with fixed columns is included if `options` names
+/// the columns. Throws an `Error` if the folder cannot be read or has no such file.
 KD_LIB_EXPORT std::vector<FileTableOptions> tableFilesIn(const std::string& folder, const SourceOptions& options = {});
 
 }  // namespace kd_lib::exchange
