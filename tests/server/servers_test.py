@@ -28,7 +28,8 @@ def owned(kind):
 
 def ended(pid):
     """Whether the process ends soon; one that nobody reaps has ended too."""
-    for _ in range(600):
+    end = time.monotonic() + 120
+    while time.monotonic() < end:
         try:
             with open(f'/proc/{pid}/stat', encoding='ascii') as stat:
                 if stat.read().rpartition(')')[2].split()[0] == 'Z':
