@@ -6,7 +6,7 @@
 
 namespace kd_bench {
 
-/// Runs both sides of a workload once. Empty where their tallies, the texts that they write and the rows that
+/// Runs both sides of a workload once. Empty if their tallies, the texts that they write and the rows that
 /// they store agree; otherwise what differs.
 std::string disagreement(const Workload& workload, const Files& files);
 

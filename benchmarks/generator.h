@@ -46,7 +46,7 @@ public:
     /// The record carries the deletion mark; one in a hundred does.
     bool deleted() const { return Deleted; }
 
-    /// The value of each column without padding; empty where there is none.
+    /// The value of each column without padding; empty if there is none.
     const std::vector<std::string>& values() const { return Values; }
 
 private:

@@ -43,7 +43,7 @@ struct Workload {
 /// All workloads.
 std::span<const Workload> workloads();
 
-/// The workload of this name; throws std::invalid_argument where there is none.
+/// The workload of this name; throws std::invalid_argument if there is none.
 const Workload& workloadNamed(std::string_view name);
 
 /// Removes the file that a run before left and that this one makes.

@@ -8,7 +8,7 @@ using namespace kd_lib::exchange;
 
 int main()
 {
-    // Read a table. Values are typed, and empty where the table has none.
+    // Read a table. Values are typed, and empty if the table has none.
     const auto clients = openSource("clients.dbf");
     for (const Record& record : *clients) {
         std::cout << *record["name"].text() << ": " << record["limit"].digits().value_or("no limit") << "\n";

@@ -1,4 +1,4 @@
-// The records of a table with typed values, which are empty where the table has none.
+// The records of a table with typed values, which are empty if the table has none.
 #include <kd_lib/exchange/opensource.h>
 
 #include <iostream>

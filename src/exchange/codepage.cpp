@@ -18,7 +18,7 @@ namespace {
 using Outcome = CodePage::Decoded::Outcome;
 
 constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
-constexpr std::size_t escapeSize = 4;  // of \xNN, the longest that a byte becomes
+constexpr std::size_t escapeSize = 4;  // of \xNN, the longest replacement of a byte
 
 char hexDigit(unsigned value)
 {
@@ -46,7 +46,7 @@ public:
         To += utf8.size();
     }
 
-    /// Takes bytes of the input that the page lacks. False: the text is unusable.
+    /// Replaces bytes of the input that the page lacks. False: the text is unusable.
     bool addUnknown(std::string_view bytes)
     {
         if (Result.Result == Outcome::Known) {
@@ -72,7 +72,7 @@ public:
 
     std::size_t room() const { return Buffer.size() - static_cast<std::size_t>(To - Buffer.data()); }
 
-    /// Makes room for a converter that writes more than was thought.
+    /// Makes room if the converter writes more than expected.
     void grow()
     {
         const auto used = static_cast<std::size_t>(To - Buffer.data());
@@ -113,7 +113,7 @@ std::size_t indexOf(char byte)
     return static_cast<unsigned char>(byte);
 }
 
-/// What one byte by itself is.
+/// The meaning of a single byte.
 Character characterOf(detail::SystemConverter& converter, char byte)
 {
     char text[16];
@@ -185,7 +185,7 @@ void decodeUtf8(std::string_view bytes, Output& to)
     }
 }
 
-/// How many bytes an unknown character has: two where a first and a second byte do not go together.
+/// How many bytes an unknown character has: two if a first and a second byte do not belong together.
 std::size_t unknownLength(const Table& table, std::string_view rest)
 {
     const bool two =
@@ -222,7 +222,7 @@ void decodeMultiByte(detail::SystemConverter& converter, const Table& table, std
 
 }  // namespace
 
-/// What a page needs to decode bytes that are not ASCII.
+/// State for decoding bytes that are not ASCII.
 class CodePage::Decoder {
 public:
     explicit Decoder(const detail::CodePageName& name)

@@ -11,7 +11,7 @@ namespace kd_lib::exchange {
 
 namespace {
 
-/// Quotes are doubled. All bytes are marked that make a text need quotes around it.
+/// Quotes are doubled. Every byte that requires quotes around the text is marked.
 struct DoubledQuotes {
     static constexpr std::size_t Longest = 2;
 

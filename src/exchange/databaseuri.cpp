@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view schemeEnd = "://";
 
-/// The authority and what follows it, cut at the places where they end.
+/// The authority and the parts after it.
 struct Pieces {
     std::string_view Credentials;  // before the last "@" of the authority
     std::string_view Authority;    // host and port
@@ -28,7 +28,7 @@ Pieces cut(std::string_view uri)
         pieces.Query = uri.substr(query + 1);
         uri = uri.substr(0, query);
     }
-    // A password may hold a "/" or "@" that its writer forgot to escape: the last "@" ends the credentials.
+    // A password may contain an unescaped "/" or "@": the last "@" ends the credentials.
     if (const std::size_t at = uri.rfind('@'); at != std::string_view::npos) {
         pieces.Credentials = uri.substr(0, at);
         uri.remove_prefix(at + 1);
@@ -148,14 +148,14 @@ std::string withoutPassword(std::string_view name)
     }
     const Pieces pieces = cut(name);
     std::string result(name.substr(0, name.find(schemeEnd) + schemeEnd.size()));
-    // With an "@" there, the "?" was part of a password, and no other piece is where it seems to be.
+    // With an "@" there, the "?" was part of a password, so no part was split correctly.
     if (pieces.Query.find('@') != std::string_view::npos) {
         return result + "...";
     }
     if (!pieces.Credentials.empty()) {
         result.append(pieces.Credentials.substr(0, pieces.Credentials.find(':'))).append("@");
     }
-    // What follows the colon is a password where the host was forgotten.
+    // If the host was forgotten, a password follows the colon.
     const std::size_t colon = pieces.Authority.rfind(':');
     const bool port = colon != std::string_view::npos &&
                       pieces.Authority.find_first_not_of("0123456789", colon + 1) == std::string_view::npos;

@@ -34,7 +34,7 @@ detail::DbfLayout layoutOf(detail::InputFile& file)
 
 }  // namespace
 
-/// What an open table consists of.
+/// The state of an open table.
 class DbfSource::Reader {
 public:
     Reader(DbfSource& source, const SourceOptions& options);
@@ -110,7 +110,7 @@ std::vector<detail::WantedField> DbfSource::Reader::wantedFields() const
     return wanted;
 }
 
-/// Without a memo file the table can be read all the same: that it is missing is told once a value of it is met.
+/// The table can be read without its memo file: it is reported as missing when a value of it is needed.
 void DbfSource::Reader::openMemo(const std::vector<detail::WantedField>& wanted)
 {
     HasMemos = std::ranges::any_of(wanted, [this](const detail::WantedField& one) {
@@ -170,7 +170,7 @@ bool DbfSource::Reader::read()
     return false;
 }
 
-/// Counts the record that was taken. False: it does not come.
+/// Counts the record that was read. False: it is left out.
 bool DbfSource::Reader::isWanted(bool cut)
 {
     if (Records.number() < Options.Records.First) {
@@ -207,7 +207,7 @@ void DbfSource::Reader::giveCutRecord(Record& record)
                                 " of " + detail::count(Layout.RecordLength, "byte")});
 }
 
-/// What was met since it was called last.
+/// Notes what was found since the last call.
 void DbfSource::Reader::tell()
 {
     if (Records.hasNotes()) {

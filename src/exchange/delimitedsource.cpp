@@ -19,11 +19,11 @@ namespace kd_lib::exchange {
 namespace {
 
 constexpr const char* defaultPage = "UTF-8";
-constexpr std::uint64_t rowsBetweenLooks = 1024;  // at whether the work is to stop
+constexpr std::uint64_t rowsBetweenLooks = 1024;  // at the stop token
 
 }  // namespace
 
-/// What an open text consists of.
+/// The state of an open text.
 class DelimitedSource::Reader {
 public:
     Reader(DelimitedSource& source, const SourceOptions& options);
@@ -59,9 +59,9 @@ private:
     detail::TextCells Cells;
     std::vector<detail::ChosenColumn> Chosen;
     detail::NeededColumns Needed;
-    std::vector<std::string> Unquoted;  // a scratch for each column
+    std::vector<std::string> Unquoted;  // a buffer for each column
     mutable std::string OriginBytes;
-    std::uint64_t From = 1;  // number of the first record that comes
+    std::uint64_t From = 1;  // number of the first record in the range
     std::string Hint;        // about the delimiter
     bool Told = false;
 };
@@ -88,12 +88,12 @@ const CodePage* DelimitedSource::Reader::pageToConvert() const
 {
     detail::DelimitedForm form = Form;
     if (detail::findsDelimiter(Options)) {
-        form.Delimiter = '|';  // the highest that may be found
+        form.Delimiter = '|';  // the highest possible
     }
     return detail::pageToConvert(Page, form);
 }
 
-/// The form, with the delimiter that the text tells where that is to be found.
+/// The form, with the delimiter found in the text if the options ask for that.
 const detail::DelimitedForm& DelimitedSource::Reader::foundForm()
 {
     if (const char* wide = Page.isUtf8() ? detail::wideEncoding(Window) : nullptr) {
@@ -135,7 +135,7 @@ std::string DelimitedSource::Reader::nameOf(std::size_t column)
     return name.Utf8;
 }
 
-/// What to say where the text looks as if it had another delimiter.
+/// A note if the text seems to have another delimiter.
 std::string DelimitedSource::Reader::otherDelimiter(std::string_view header) const
 {
     for (const char delimiter : {';', '\t', '|', ','}) {

@@ -12,7 +12,7 @@ namespace kd_lib::exchange {
 
 namespace {
 
-/// Takes the records and counts.
+/// Counts records and rejects.
 class CountingTarget : public Target {
 public:
     void begin(const std::string& /*file*/, const std::vector<Column>& /*columns*/) override {}
@@ -24,7 +24,7 @@ public:
     std::uint64_t Deleted = 0;
 };
 
-/// Rejects, counted by what was done, by column and by reason.
+/// Rejects, counted by action, column and reason.
 class RejectCount {
 public:
     void add(const Reject& reject)
@@ -32,7 +32,7 @@ public:
         const Key key{reject.Where.Column, reject.Action, reject.Reason};
         auto found = std::ranges::find(Keys, key);
         if (found == Keys.end()) {
-            // Reasons that quote values could be as many as there are records.
+            // Reasons may quote values: there could be as many as there are records.
             if (Keys.size() == mostReasons) {
                 ++Others;
                 return;
@@ -76,7 +76,7 @@ private:
     }
 
     std::vector<Key> Keys;
-    std::vector<std::pair<std::uint64_t, std::uint64_t>> Counts;  ///< the first record, and how many
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> Counts;  ///< the first record, and the count
     std::uint64_t Others = 0;
 };
 

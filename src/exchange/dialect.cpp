@@ -57,7 +57,7 @@ constexpr Dialect postgreSql = {
     .BasicPlaneOnly = false,
     .BlanksAtEnd = true,
     .FileNameBytes = noLimit,
-    // The catalogue comes before the user's tables on the search path: such a table could be made, but not reached.
+    // The catalogue comes before the user's tables on the search path: such a table could be created, but not reached.
     .OwnTables = "pg_",
     .OwnColumns = postgreSqlColumns,
     .Columns = 1600,
@@ -107,7 +107,8 @@ constexpr Dialect mySql = {
     .Session = mySqlSession,
 };
 
-/// The letters that MySQL's encoding of file names writes as three bytes; those between them and all others, as five.
+/// The letters that MySQL's encoding of file names writes as three bytes; those between them and all others are written
+/// as five.
 constexpr struct {
     int First;
     int Last;

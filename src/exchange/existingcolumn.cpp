@@ -17,7 +17,7 @@ namespace {
 using Kind = ExistingColumn::Kind;
 
 constexpr std::uint32_t digitsOfDouble = 15;
-constexpr std::uint32_t digitsOfFraction = 3;  // that a cell may have
+constexpr std::uint32_t digitsOfFraction = 3;  // that a cell can have
 
 const char* againstMoment(const ExistingColumn& column, std::uint32_t milliseconds)
 {

@@ -38,7 +38,7 @@ std::uint32_t endOf(const std::vector<detail::FixedColumn>& layout)
 
 }  // namespace
 
-/// What an open text consists of.
+/// The state of an open text.
 class FixedSource::Reader {
 public:
     Reader(FixedSource& source, const SourceOptions& options);
@@ -69,7 +69,7 @@ private:
     detail::TextCells Cells;
     std::vector<detail::ChosenColumn> Chosen;
     detail::NeededColumns Needed;
-    std::uint64_t From = 1;    // number of the first record that comes
+    std::uint64_t From = 1;    // number of the first record in the range
     std::uint64_t Number = 0;  // of the current record
     std::uint64_t Longer = 0;  // lines with text after the last column
     bool Told = false;
@@ -108,7 +108,7 @@ void FixedSource::Reader::need(const std::vector<bool>& needed)
     std::ranges::fill(Of.Current.Cells, Cell::null());
 }
 
-/// Takes the next line that is a record.
+/// Reads the next line that is a record.
 bool FixedSource::Reader::takeLine()
 {
     bool found = Lines.next();
@@ -132,7 +132,7 @@ bool FixedSource::Reader::read()
     return false;
 }
 
-/// The bytes of a column that the line has.
+/// The bytes of a column in the line.
 std::string_view FixedSource::Reader::cellOf(const detail::FixedColumn& column) const
 {
     const std::string_view line = Lines.line();

@@ -20,10 +20,10 @@ using detail::SqliteDatabase;
 
 constexpr std::size_t blockSize = 65536;
 
-/// The savepoint that stands for a BEGIN of the script.
+/// The savepoint that replaces a BEGIN of the script.
 constexpr const char* transactionName = "kd_db import";
 
-/// What SQLite's compiler found a statement to be.
+/// The kind of a statement, as SQLite's compiler reports it.
 enum class Step { Ordinary, Begin, Commit, Rollback, Savepoint, Release, RollbackTo };
 
 /// A BEGIN or SAVEPOINT of the script that has not ended.
@@ -33,7 +33,7 @@ struct Level {
     bool Transaction;  // BEGIN
 };
 
-/// The transactions of a script, as savepoints of the one that surrounds them.
+/// The transactions of a script, as savepoints of the surrounding one.
 class ScriptTransactions {
 public:
     explicit ScriptTransactions(SqliteDatabase& database) : Database(database)
@@ -41,12 +41,12 @@ public:
         sqlite3_set_authorizer(Database.handle(), note, this);
     }
 
-    /// Must come before a statement is compiled.
+    /// Must be called before a statement is compiled.
     void expect() { Found = Step::Ordinary; }
 
     Step found() const { return Found; }
 
-    /// Does what BEGIN, COMMIT or ROLLBACK ask for. Returns the reason why it cannot be, or nothing.
+    /// Carries out BEGIN, COMMIT or ROLLBACK. Returns the reason why that is impossible, or nothing.
     const char* run(std::uint64_t line)
     {
         if (Found == Step::Begin) {
@@ -173,7 +173,7 @@ private:
 
     void tell() const
     {
-        // A pipe also ends when the signal that stops this import stops its other end.
+        // The signal that stops this import may also stop the other end of a pipe, which then ends.
         if (Options.Stop.stop_requested()) {
             throw Stopped(Input.path(), "stopped");
         }
@@ -206,7 +206,7 @@ private:
         if (text.find('\0') != std::string::npos) {
             failAt(Statements.line(), "the statement holds a zero byte");
         }
-        // SQLite cuts at the same places; if ever it did not, nothing would be left out.
+        // SQLite splits at the same places; if it ever did not, nothing would be left out.
         const char* rest = text.c_str();
         while (*rest != '\0') {
             rest = runFirst(rest, text.c_str() + text.size());
@@ -219,7 +219,7 @@ private:
         Transactions.expect();
         sqlite3_stmt* compiled = nullptr;
         const char* rest = end;
-        // Counting the zero byte saves SQLite a copy.
+        // If the length includes the zero byte, SQLite makes no copy.
         const int code =
             sqlite3_prepare_v2(Database.handle(), text, static_cast<int>(end - text) + 1, &compiled, &rest);
         const detail::StatementHandle statement(compiled);
@@ -287,7 +287,7 @@ ImportTally runIn(const std::string& path, bool isNew, const std::string& script
     SqliteDatabase database(path, name);
     database.heed(options.Stop, options.Patience);
     if (isNew) {
-        // Nobody else knows the file, and it is brought to the disk before it is published.
+        // Nobody else knows the file, and it is written to the disk before it is published.
         database.execute("PRAGMA locking_mode=EXCLUSIVE; PRAGMA synchronous=OFF");
     }
     database.execute("BEGIN IMMEDIATE");

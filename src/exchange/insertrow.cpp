@@ -22,7 +22,7 @@ void writeQuote(OutputBlock& out)
     out.write(quote);
 }
 
-/// Quotes are doubled, all else stays.
+/// Quotes are doubled, all else is unchanged.
 struct DoubledQuotes {
     static constexpr std::size_t Longest = 2;
 
@@ -43,7 +43,7 @@ struct DoubledQuotes {
     }
 };
 
-/// Quotes are doubled; what a backslash can stand for is written so.
+/// Quotes are doubled; characters that have a backslash escape are written with it.
 struct Backslashes {
     static constexpr std::size_t Longest = 2;
 
@@ -138,7 +138,7 @@ struct PostgreSqlForm : detail::CommonForm {
         writeQuote(out);
     }
 
-    /// Between quotes: a number without them would go through numeric, which has no -0.
+    /// In quotes: without them the number would be converted through numeric, which has no -0.
     static char* real(char* to, double value)
     {
         *to++ = quote;
@@ -171,7 +171,7 @@ struct MySqlForm : detail::CommonForm {
     static void longText(std::string_view text, OutputBlock& out) { writeQuoted<Backslashes>(text, out); }
     static void bytes(std::string_view bytes, OutputBlock& out) { writeBlob(bytes, out); }
 
-    /// With an exponent always: a number without one would be a decimal first, which has no -0.
+    /// Always with an exponent: without one the number would be a decimal first, which has no -0.
     static char* real(char* to, double value)
     {
         char* const end = detail::putReal(to, value);
@@ -181,8 +181,8 @@ struct MySqlForm : detail::CommonForm {
     }
 };
 
-/// SQLite's literals have no escapes. What clients change on their way, and what would end a text, is replaced by a
-/// word that the text does not hold, and put back by the database. A chain of char(13)||... would be too deep for long
+/// SQLite's literals have no escapes. Characters that clients change, or that would end a text, are replaced by a word
+/// that the text does not contain, and restored by the database. A chain of char(13)||... would be too deep for long
 /// texts.
 class SqliteText {
 public:
@@ -210,8 +210,8 @@ private:
         }
     }
 
-    /// `begin`, or that with a number after it, such that the text does not hold it. It has one backslash, at its
-    /// beginning, so it cannot come about across the ends of what is around it either.
+    /// `begin`, if necessary followed by a number, so that the text does not contain it. Its only backslash is at its
+    /// beginning, so it cannot arise across its borders with the text either.
     std::string unusedWord(const std::string& begin) const
     {
         std::size_t found = 0;
@@ -221,7 +221,7 @@ private:
         if (found == 0) {
             return begin;
         }
-        // There are more numbers of this many digits than places where one may be.
+        // There are more numbers of this many digits than places in the text.
         std::uint64_t number = 1;
         while (number <= found) {
             number *= 10;
@@ -312,7 +312,7 @@ void writeValues(const Record& record, OutputBlock& out)
     detail::writeCells<Form>(record, ',', ')', out);
 }
 
-/// In a column without a type, digits that no number of SQLite holds become a text.
+/// In a column without a type, digits that no number of SQLite can keep become a text.
 void writeSqliteValues(const TableLayout& layout, const Record& record, OutputBlock& out)
 {
     Cell digits;

@@ -35,7 +35,7 @@ std::vector<Column> columnsInFile()
 
 }  // namespace
 
-/// What an open file consists of.
+/// The state of an open file.
 class MemSource::Reader {
 public:
     Reader(MemSource& source, const SourceOptions& options);
@@ -66,10 +66,10 @@ private:
     detail::NeededColumns Needed;
     std::string Form;
     std::string Scratch;
-    Found Next = Found::End;  // what the first variable is, as long as that has not been taken
+    Found Next = Found::End;  // the result for the first variable, until that is returned
     bool Pending = false;
     Found Current = Found::End;
-    std::uint64_t From = 1;    // number of the first record that comes
+    std::uint64_t From = 1;    // number of the first record in the range
     std::uint64_t Number = 0;  // of the current record
     bool Told = false;
 };
@@ -104,7 +104,7 @@ void MemSource::Reader::need(const std::vector<bool>& needed)
     std::ranges::fill(Of.Current.Cells, Cell::null());
 }
 
-/// Takes the next variable that is a record, also one that is cut.
+/// Reads the next variable that is a record, which may be cut.
 bool MemSource::Reader::take()
 {
     if (Current == Found::Cut || Current == Found::Unknown) {

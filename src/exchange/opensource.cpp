@@ -41,7 +41,7 @@ std::unique_ptr<Source> openSource(const std::string& file, const SourceOptions&
         if (!error.Where.File.empty()) {
             throw;
         }
-        throw Error(file, error.Reason);  // what the file needs failed, not the file
+        throw Error(file, error.Reason);  // a file that this one needs has failed
     }
 }
 

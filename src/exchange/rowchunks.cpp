@@ -11,7 +11,7 @@ constexpr std::size_t chunkRows = 65536;
 
 void clear(RowChunks::Chunk& chunk)
 {
-    // One very long row does not keep its memory for the rest of the load.
+    // The memory of one very long row is not kept for the rest of the load.
     if (chunk.Text.capacity() > 2 * chunkBytes) {
         std::string().swap(chunk.Text);
     }

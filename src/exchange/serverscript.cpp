@@ -26,7 +26,7 @@ bool isWordByte(char c)
            static_cast<unsigned char>(c) >= 0x80;
 }
 
-/// Tells whether a ";" is inside the body of a routine, as psql does.
+/// Finds whether a ";" is inside the body of a routine, as psql does.
 class RoutineBody {
 public:
     void note(std::string_view word)
@@ -60,7 +60,7 @@ private:
 
 }  // namespace
 
-/// Positions are offsets from the first byte that has not been passed.
+/// Positions are offsets from the first unread byte.
 class ServerScript::Reader {
 public:
     Reader(const std::string& file, Engine engine) : File(file), Postgres(engine == Engine::PostgreSql)
@@ -117,7 +117,7 @@ private:
         throw Error(File.path(), "line " + std::to_string(Line) + ": " + reason);
     }
 
-    /// The byte at a position; a zero byte behind the end.
+    /// The byte at a position; a zero byte after the end.
     char at(std::size_t position)
     {
         while (Passed + position >= Buffer.size()) {
@@ -164,7 +164,7 @@ private:
         return position;
     }
 
-    /// The end of the comment that begins at a position; the position itself where none does.
+    /// The end of the comment that begins at a position; the position itself if none does.
     std::size_t endOfComment(std::size_t position)
     {
         const char next = at(position + 1);
@@ -227,7 +227,7 @@ private:
         return end;
     }
 
-    /// Leaves out what is before a statement; false at the end.
+    /// Skips everything before a statement; false at the end.
     bool passToStatement()
     {
         while (!atEnd(0)) {
@@ -242,10 +242,10 @@ private:
         return false;
     }
 
-    /// Whether a comment comes that MySQL runs.
+    /// Whether the next comment is one that MySQL executes.
     bool hasMeaning() { return !Postgres && (isAt(0, "/*!") || isAt(0, "/*M!")); }
 
-    /// Obeys or refuses what is meant for the client; false where no such command comes.
+    /// Obeys or refuses a command for the client; false if there is none.
     bool passClientCommand()
     {
         if (Postgres && at(0) == '\\') {
@@ -313,7 +313,7 @@ private:
     bool Postgres;
     std::string Buffer;
     std::size_t Passed = 0;  // of `Buffer`
-    std::size_t ToPass = 0;  // what was handed out
+    std::size_t ToPass = 0;  // the bytes returned so far
     std::string End = ";";
     bool InRows = false;
     std::uint64_t Line = 1;

@@ -19,7 +19,7 @@ namespace {
 using detail::SqliteDatabase;
 using detail::StatementHandle;
 
-/// The type of values that are to be expected of a declared type.
+/// The type of values to expect from a declared type.
 ColumnType typeOf(std::string_view declared)
 {
     const std::string word = detail::lowered(declared);
@@ -79,7 +79,7 @@ std::string selectOf(SqliteDatabase& database, const std::string& table, const s
 
 }  // namespace
 
-/// A statement on a connection of its own, or on another's.
+/// A statement on a separate connection, or on the caller's.
 class SqliteSource::Rows {
 public:
     Rows(std::unique_ptr<SqliteDatabase> own, sqlite3* connection, std::string name, const std::string& sql)
@@ -88,7 +88,7 @@ public:
         requireOneStatement(sql);
         compile(sql);
         ChangesBefore = sqlite3_total_changes64(Connection);
-        // The first row is taken at once, because it tells the types of columns without a declaration.
+        // The first row is read at once, because it decides the types of columns without a declaration.
         if (sqlite3_column_count(Statement.get()) > 0) {
             step();
         }
@@ -112,7 +112,7 @@ public:
         return columns;
     }
 
-    /// Takes the next row into a record; false at the end.
+    /// Reads the next row into a record; false at the end.
     bool next(Record& record, const std::vector<bool>& needed)
     {
         if (State == Taken || State == Before) {
@@ -237,7 +237,7 @@ private:
         }
     }
 
-    std::unique_ptr<SqliteDatabase> Own;  // null: another's connection
+    std::unique_ptr<SqliteDatabase> Own;  // null: the caller's connection
     sqlite3* Connection;
     std::string Name;
     StatementHandle Statement;
@@ -280,7 +280,7 @@ std::unique_ptr<SqliteSource> SqliteSource::ofTable(const std::string& database,
                                                     const SqliteOptions& options)
 {
     auto own = opened(database, options);
-    // SQLite would take the quoted name of a missing column for a text.
+    // SQLite would treat the quoted name of a missing column as a text.
     sqlite3_db_config(own->handle(), SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     const std::string sql = selectOf(*own, table, columns);
     return std::unique_ptr<SqliteSource>(

@@ -22,7 +22,7 @@ using detail::Affinity;
 using detail::SqliteDatabase;
 using detail::StatementHandle;
 
-/// Failures that the record is to blame for, and not the database.
+/// Failures that are due to the record, not to the database.
 bool isOfRecord(int code)
 {
     switch (code) {
@@ -36,7 +36,7 @@ bool isOfRecord(int code)
     }
 }
 
-/// What the columns of an existing table do with values.
+/// How the columns of an existing table treat values.
 struct TableColumn {
     std::string Name;
     Affinity Kind;
@@ -66,7 +66,7 @@ const TableColumn* find(const std::vector<TableColumn>& columns, const std::stri
 
 }  // namespace
 
-/// A load under way.
+/// A running load.
 class SqliteTarget::Load {
 public:
     Load(detail::LoadDatabase& into, const TableOptions& table, const std::string& file,
@@ -202,8 +202,8 @@ private:
     SqliteDatabase& Database;
     std::string SourceFile;
     TableLayout Layout;
-    std::vector<Affinity> Existing;         // of the columns of a table that is appended to; empty: a new table
-    std::vector<std::uint64_t> KeptAsText;  // numbers in each column of such a table
+    std::vector<Affinity> Existing;         // of the columns of the existing table; empty: a new table
+    std::vector<std::uint64_t> KeptAsText;  // how many numbers, in each column of that table
     std::optional<detail::SqliteBinder> Binder;
     StatementHandle Insert;
 };

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-/// As SQLite has it: a vertical tab is none.
+/// As in SQLite, a vertical tab is not a blank.
 bool isBlank(char c)
 {
     return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r';
@@ -40,7 +40,7 @@ char closingQuote(char c)
     }
 }
 
-/// The characters that mean something outside quotes and comments.
+/// The characters that have a meaning outside quotes and comments.
 constexpr auto specialCharacters = [] {
     std::array<bool, 256> special = {};
     for (const char c : {';', '\'', '"', '`', '[', '-', '/', '#'}) {
@@ -153,7 +153,7 @@ void StatementReader::append(std::string_view text)
 
 bool StatementReader::readCode(std::string_view& block)
 {
-    // Most of a script: the words no longer matter, and nothing waits for its next character.
+    // Most of a script: words no longer matter, and no character depends on the next one.
     if (Pending == 0 && (Words == Phase::Plain || Words == Phase::Trigger)) {
         const std::size_t count = ordinaryCharacters(block);
         append(block.substr(0, count));
@@ -168,7 +168,7 @@ bool StatementReader::readCode(std::string_view& block)
     return complete;
 }
 
-/// Takes a character outside quotes and comments; true where it ends the statement.
+/// Reads a character outside quotes and comments; true if it ends the statement.
 bool StatementReader::takeCharacter(char c)
 {
     if (opensComment(c)) {
@@ -202,7 +202,7 @@ bool StatementReader::takeCharacter(char c)
     return false;
 }
 
-/// Whether `c` opens a comment or may be the first half of what opens one. The half before it is settled.
+/// Whether `c` opens a comment or may be the first half of a mark that does.
 bool StatementReader::opensComment(char c)
 {
     if ((Pending == '-' && c == '-') || (Pending == '/' && c == '*')) {
@@ -241,7 +241,7 @@ void StatementReader::readQuotes(std::string_view& block)
     append(block.substr(0, count));
     consume(block, count);
     if (end != std::string_view::npos) {
-        // A doubled quote inside opens the next quotes at once.
+        // A doubled quote ends the text and begins it again at once.
         In = Inside::Code;
     }
 }
@@ -308,7 +308,7 @@ void StatementReader::endWord()
     }
 }
 
-/// A token that is no word of importance.
+/// A token that is not a keyword.
 void StatementReader::otherToken()
 {
     const bool inTrigger = Words >= Phase::Trigger;

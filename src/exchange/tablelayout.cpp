@@ -11,7 +11,7 @@ namespace kd_lib::exchange {
 
 namespace {
 
-/// From so many columns on, MySQL refuses tables whose rows may become too long for a page, unless it is told to
+/// From this many columns on, MySQL refuses tables whose rows may become too long for a page, unless it is set to
 /// refuse the rows instead.
 constexpr std::size_t manyColumns = 383;
 
@@ -39,7 +39,7 @@ TableLayout::TableLayout(const Dialect& dialect, const std::string& file, const 
     : To(&dialect), Mode(options.Mode), Session(dialect.Session.begin(), dialect.Session.end()),
       Fit(std::make_unique<Checks>())
 {
-    // A table that exists has its key already.
+    // An existing table has its key already.
     const bool hasKey = !options.Key.empty() && Mode != TableMode::Append;
     checkCount(dialect, file, columns.size() + (hasKey ? 1 : 0));
     Table = detail::tableName(file, options, dialect, NameNotes);

@@ -7,7 +7,7 @@ namespace kd_lib::exchange {
 namespace {
 
 constexpr std::uint64_t progressBytes = 65536;
-constexpr std::uint64_t progressRecords = 256;  // of long records, and where the size of a record is not known
+constexpr std::uint64_t progressRecords = 256;  // of long records, or if the size of a record is not known
 
 bool ofRow(FlawKind kind)
 {
@@ -48,7 +48,7 @@ Reject rejectOf(Source& source, const Flaw& flaw, OnError policy)
     return reject;
 }
 
-/// Tells the caller how far the work is, and asks whether to go on.
+/// Reports progress to the caller, and checks for a stop.
 class Watch {
 public:
     Watch(const Source& source, const TransferOptions& options) : From(source), Options(options) {}

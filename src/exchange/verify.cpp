@@ -15,7 +15,7 @@ using detail::SetOff;
 
 constexpr std::uint64_t recordsBetweenLooks = 1024;
 
-/// Long values are shown around the place where they differ.
+/// Of long values, the part around the difference is shown.
 constexpr std::size_t shownBytes = 200;
 constexpr std::size_t shownBefore = 40;
 
@@ -48,7 +48,7 @@ ColumnDifference differenceOf(const std::string& column, std::uint64_t record, c
     return {column, record, part(inSource, from), part(inTable, from)};
 }
 
-/// The source's records as they would be carried.
+/// The source's records as a transfer would carry them.
 class Carried {
 public:
     Carried(Source& source, TableLayout& layout, const TransferOptions& options)
@@ -56,7 +56,7 @@ public:
     {
     }
 
-    /// With `quiet` the rejects are not told again.
+    /// With `quiet` the rejects are not reported again.
     bool next(bool quiet)
     {
         static const std::function<void(const Reject&)> nobody;
@@ -162,8 +162,8 @@ private:
                              records > rows ? SetOff::Side::First : SetOff::Side::Second);
     }
 
-    /// Compares what is left. `longer` has `surplus` elements more: one that has little in common with its counterpart is
-    /// taken for one of those.
+    /// Compares the remaining elements. `longer` has `surplus` elements more: one that has little in common with its
+    /// counterpart counts as one of those.
     std::vector<ColumnDifference> differencesOf(SetOff& rest, std::uint64_t surplus, SetOff::Side longer)
     {
         Differences differences(Columns.size());

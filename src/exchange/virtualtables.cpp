@@ -30,7 +30,7 @@ void say(const VirtualTableEvents& events, const std::string& file, Note note)
     }
 }
 
-/// The name of a file's table, other than those before it.
+/// The name of a file's table, different from those before it.
 std::string tableName(const FileTableOptions& file, std::set<std::string>& taken, const VirtualTableEvents& events)
 {
     const Dialect& dialect = dialectOf(Engine::Sqlite);
@@ -65,7 +65,7 @@ TableConnection::TableConnection(const std::vector<FileTableOptions>& files, Vir
     : Stop(std::move(stop)), Database(detail::SqliteDatabase::inMemory(""))
 {
     sqlite3* const connection = Database->handle();
-    // SQLite would take the quoted name of a missing column for a text.
+    // SQLite would treat the quoted name of a missing column as a text.
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     if (detail::registerModule(connection, events, files) != SQLITE_OK) {
         Database->fail();

@@ -122,7 +122,7 @@ constexpr std::array dbfVersions{
     DbfVersion{0xFB, DbfFamily::DBase3, MemoKind::None, "FoxBASE with memo"},
 };
 
-/// The version of a first byte; a null pointer where it is not known.
+/// The version of a first byte; a null pointer if it is not known.
 constexpr const DbfVersion* dbfVersionOf(std::uint8_t byte)
 {
     for (const DbfVersion& version : dbfVersions) {

@@ -8,7 +8,7 @@
 
 namespace kd_lib::formats {
 
-/// The code page of a driver ("DB437US0", "db866ru0", "DBWINUS0", "FOXCZ895"), in any case of letters; empty where it
+/// The code page of a driver ("DB437US0", "db866ru0", "DBWINUS0", "FOXCZ895"), in any case of letters; empty if it
 /// is not known.
 inline std::string codePageOfDriver(std::string_view driver)
 {

@@ -35,7 +35,7 @@ public:
     /// The rows of a statement.
     TextRows rows(const std::string& sql);
 
-    /// Sends one statement; true where the server takes it. Its result, if it has one, is to be taken.
+    /// Sends one statement; true if the server takes it. Its result, if it has one, is to be taken.
     bool send(const std::string& sql) const;
 
     /// `text` as a literal.

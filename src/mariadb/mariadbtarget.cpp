@@ -86,7 +86,7 @@ public:
         }
     }
 
-    /// Takes everything back; false where a table of another name may be left.
+    /// Takes everything back; false if a table of another name may be left.
     bool abandon() noexcept
     {
         Chunks.discard();

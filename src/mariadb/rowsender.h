@@ -34,7 +34,7 @@ public:
     /// Appends the row of a record.
     void write(const Record& record, OutputBlock& rows) const;
 
-    /// Sends the first `count` rows of a chunk; nothing where the server takes them all.
+    /// Sends the first `count` rows of a chunk; nothing if the server takes them all.
     std::optional<RowRefusal> send(const RowChunks::Chunk& chunk, std::size_t count);
 
 private:

@@ -140,7 +140,7 @@ void PostgresqlSource::takeColumns()
     Buffers.resize(Columns.size());
 }
 
-/// Takes the next result; false where it is the last.
+/// Takes the next result; false if it is the last.
 bool PostgresqlSource::take()
 {
     Rows.reset(PQgetResult(Session.handle()));

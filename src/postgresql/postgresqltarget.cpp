@@ -240,7 +240,7 @@ private:
         }
     }
 
-    /// Ends a COPY; nothing where the server takes its rows.
+    /// Ends a COPY; nothing if the server takes its rows.
     std::optional<Refusal> endCopy()
     {
         Copying = false;

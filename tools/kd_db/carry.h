@@ -18,10 +18,10 @@ namespace kd_tool {
 /// The file of --rejects; nullptr: none is asked for.
 std::unique_ptr<RejectsFile> openRejects(const Options& options);
 
-/// Throws a `UsageError` where the output is the input file itself.
+/// Throws a `UsageError` if the output is the input file itself.
 void requireOtherFile(const std::string& input, const std::string& output);
 
-/// Throws a `UsageError` where rejects and results would both go to standard output.
+/// Throws a `UsageError` if rejects and results would both go to standard output.
 void requireTwoOutputs(const Options& options);
 
 /// How one file is carried.

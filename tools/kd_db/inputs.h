@@ -21,11 +21,11 @@ bool isFolder(const std::string& path);
 /// Whether a file is a table by `options` or by its extension, and no database.
 bool isTableFile(const std::string& path, const kd_lib::exchange::SourceOptions& options);
 
-/// Throws a `UsageError` where neither the extension of a file nor `options` tell its kind, and an `exchange::Error` where
+/// Throws a `UsageError` if neither the extension of a file nor `options` tell its kind, and an `exchange::Error` where
 /// there is no such file.
 void requireKind(const std::string& file, const kd_lib::exchange::SourceOptions& options);
 
-/// Bytes of all files together; nothing where that of one is not known.
+/// Bytes of all files together; nothing if that of one is not known.
 std::optional<std::uint64_t> sizeOf(const std::vector<std::string>& files);
 
 }  // namespace kd_tool

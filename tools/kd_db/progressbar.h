@@ -13,7 +13,7 @@ namespace kd_tool {
 /// is gone when it is cleared. Not for several threads: its owner locks.
 class ProgressBar {
 public:
-    /// Bytes to do in all; nothing where that is not known. Work begins now.
+    /// Bytes to do in all; nothing if that is not known. Work begins now.
     void begin(std::string what, std::optional<std::uint64_t> size);
 
     void end();

@@ -9,7 +9,7 @@
 namespace kd_tool {
 
 /// `; did you mean "show"?` for the candidate that is nearest to `word`: at most two letters, and less than half of
-/// the word, are missing, too many, wrong or exchanged with their neighbour. Empty where no candidate is near.
+/// the word, are missing, too many, wrong or exchanged with their neighbour. Empty if no candidate is near.
 std::string suggestion(std::string_view word, const std::vector<std::string_view>& candidates);
 
 }  // namespace kd_tool

@@ -13,7 +13,7 @@ constexpr char base64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstu
 /// A multiple of three: only the last piece of a text needs padding.
 constexpr std::size_t pieceSize = 12288;
 
-/// Each piece of `bytes` through `put(to, piece)`, which writes at most `Longest` times as much, and four bytes.
+/// Passes each piece of `bytes` to `put(to, piece)`, which writes at most `Longest` times as much, and four bytes.
 template <std::size_t Longest, class Put>
 void writePieces(std::string_view bytes, OutputBlock& out, Put put)
 {

@@ -8,7 +8,7 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Two lower-case hexadecimal digits a byte.
+/// Two lower-case hexadecimal digits per byte.
 void writeHex(std::string_view bytes, OutputBlock& out);
 
 /// Base64 with padding, without line ends.

@@ -48,7 +48,7 @@ inline Cell doubleCell(const char* bytes)
     return Cell::real(std::bit_cast<double>(formats::little64(bytes)));
 }
 
-/// A double that sorts by its bytes.
+/// A double whose bytes sort like its values.
 inline Cell sortableDoubleCell(const char* bytes)
 {
     constexpr std::uint64_t sign = std::uint64_t{1} << 63;
@@ -56,7 +56,7 @@ inline Cell sortableDoubleCell(const char* bytes)
     return Cell::real(std::bit_cast<double>((bits & sign) != 0 ? bits ^ sign : ~bits));
 }
 
-/// A moment by its Julian day and the milliseconds of the day.
+/// A timestamp given by its Julian day and the milliseconds of the day.
 inline Converted momentOf(std::int64_t julian, std::int64_t milliseconds)
 {
     if (julian < formats::firstJulianDay || julian > formats::lastJulianDay) {

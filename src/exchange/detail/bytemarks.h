@@ -13,18 +13,18 @@
 
 namespace kd_lib::exchange::detail {
 
-/// How many bytes are examined together: a bit each.
+/// How many bytes are examined together, one bit for each.
 constexpr std::size_t blockSize = 64;
 
-/// The bytes that are looked for. Where there are fewer than four, one is given twice.
+/// The bytes to look for. If there are fewer than four, one is given twice.
 struct MarkBytes {
     char Bytes[4];
 };
 
 /// A bit for each byte of a block, the first byte's lowest.
 struct BlockMarks {
-    std::uint64_t Marks;  ///< the bytes that are looked for
-    std::uint64_t High;   ///< not 0 where there are bytes above 127; no bit has a meaning of its own
+    std::uint64_t Marks;  ///< the bytes to look for
+    std::uint64_t High;   ///< not 0 if there are bytes above 127; single bits mean nothing
 };
 
 /// The marks of a block with the operations that every processor has.
@@ -57,7 +57,7 @@ private:
     static constexpr Word lowBits = 0x0101010101010101U;
     static constexpr Word highBits = lowBits << 7U;
 
-    /// The high bit of each byte that is 0; nothing of the others.
+    /// The high bit of each byte that is 0, and no other bit.
     static Word zeroBytes(Word word) { return ~(((word & ~highBits) + ~highBits) | word | ~highBits); }
 
     /// The high bits of the bytes as eight bits, the first byte's lowest.

@@ -1,5 +1,5 @@
 /// \file
-/// The text of a cell, in the form that a target takes.
+/// The text of a cell, in the form that a target needs.
 #pragma once
 
 #include "escape.h"
@@ -18,7 +18,7 @@
 
 namespace kd_lib::exchange::detail {
 
-/// A word of up to eight bytes, which is written without a look at its length.
+/// A word of up to eight bytes, which is written without regard to its length.
 class ShortWord {
 public:
     template <std::size_t Size>
@@ -40,13 +40,10 @@ private:
     std::size_t Length;
 };
 
-// A form is a child of `CommonForm` with
-//   static constexpr char Quote         around dates and times; 0: nothing
-//   static constexpr char Between       between the date and the time of a timestamp
-//   static constexpr ShortWord Null, True, False
-//   static constexpr std::size_t Longest
-//   template <bool Plain>
-//   static char* shortText(char* to, std::string_view)    of up to `shortSize` bytes; writes at most `Longest` times as
+// A form derives from `CommonForm` and has static constexpr char Quote         around dates and times; 0: none static
+// constexpr char Between       between the date and the time of a timestamp static constexpr ShortWord Null, True,
+// False static constexpr std::size_t Longest template <bool Plain> static char* shortText(char* to, std::string_view)
+// of up to `shortSize` bytes; writes at most `Longest` times as
 //                                                         many, and `roomAround`
 //   static void longText(std::string_view, OutputBlock&)  of any length
 //   static void bytes(std::string_view, OutputBlock&)
@@ -55,14 +52,14 @@ private:
 /// For quotes and a separator.
 constexpr std::size_t roomAround = 16;
 
-/// The longest text of a double, with what is around it.
+/// The longest text of a double, with quotes and separator.
 constexpr std::size_t realSize = 40;
 
-/// What a cell takes that is written in place.
+/// The room for a cell that is written in place.
 template <class Form>
 constexpr std::size_t roomOfCell = shortSize* Form::Longest + roomAround + realSize;
 
-/// The shortest digits that give this finite value back.
+/// The shortest digits that convert back to this finite value.
 inline char* putReal(char* to, double value)
 {
     return std::to_chars(to, to + realSize, value).ptr;
@@ -87,9 +84,9 @@ char* putMoment(char* to, const Cell& cell)
     return to;
 }
 
-/// What most forms have in common.
+/// The common part of most forms.
 struct CommonForm {
-    /// True for a cell that may take more than the room of a cell.
+    /// True for a cell that may need more than the room of a cell.
     static bool isLong(const Cell& cell)
     {
         return cell.Kind == CellKind::Bytes ||
@@ -144,12 +141,12 @@ void writeCell(const Cell& cell, OutputBlock& out)
     }
 }
 
-/// Writes the cells with `separator` between them, and `end` after the last. `seen(index, cell)` returns the cell that
-/// is written in place of the one at an index.
+/// Writes the cells with `separator` between them, and `end` after the last. `seen(index, cell)` returns the cell to
+/// write for the one at an index.
 template <class Form, bool Plain, class Seen>
 void writeCellsOf(const std::vector<Cell>& cells, char separator, char end, OutputBlock& out, Seen seen)
 {
-    // Room for all cells at once: nothing is asked or stored between them.
+    // Reserves room for all cells at once, so that nothing is checked or stored between them.
     const std::size_t room = cells.size() * roomOfCell<Form>;
     char* to = out.reserve(room);
     for (std::size_t i = 0; i < cells.size(); ++i) {

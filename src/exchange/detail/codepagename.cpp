@@ -41,7 +41,7 @@ bool allDigits(std::string_view text)
     return !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
 }
 
-/// The digits of a key such as "852", "cp852", "ansi1252"; empty where it is something else.
+/// The digits of a key such as "852", "cp852", "ansi1252"; empty if it is something else.
 std::string_view pageNumber(std::string_view key)
 {
     constexpr std::string_view prefixes[] = {"",    "cp",  "ansi",    "oem",      "ibm", "dos",
@@ -71,14 +71,14 @@ std::optional<CodePageName> ownPage(std::string_view key)
     return std::nullopt;
 }
 
-/// iconv's names for what a number, or a name that iconv lacks, means; the first that it knows counts.
+/// iconv's names for a number, or for a name that iconv lacks; the first one that it knows counts.
 std::vector<std::string> candidates(std::string_view name, const std::string& key)
 {
     if (key == "utf8" || key == "65001" || key == "cp65001") {
         return {"UTF-8"};
     }
     if (key == "sjis" || key == "shiftjis") {
-        return {"CP932"};  // as files of this name are meant: with the characters of Windows
+        return {"CP932"};  // files of this name usually have the characters of Windows
     }
     const std::string number(pageNumber(key));
     if (number.size() >= 5 && number.size() <= 6 && number.starts_with("8859")) {

@@ -15,7 +15,7 @@ struct CodePageName {
     const std::array<char16_t, 128>* OwnUpperHalf = nullptr;  ///< the characters of the bytes from 80 on
 };
 
-/// The page that a name means, in any of the spellings that `CodePage` takes; nothing for an unknown one.
+/// The page of a name, in any of the spellings that `CodePage` accepts; nothing for an unknown one.
 std::optional<CodePageName> findCodePage(std::string_view name);
 
 }  // namespace kd_lib::exchange::detail

@@ -1,5 +1,6 @@
 /// \file
-/// Code pages of one byte a character that iconv lacks: the characters of the bytes from 80 on. The lower half is ASCII.
+/// Code pages with one byte per character that iconv lacks: the characters of the bytes from 80 on. The lower half is
+/// ASCII.
 #pragma once
 
 #include <array>

@@ -33,7 +33,7 @@ std::optional<std::size_t> indexOf(const std::vector<Column>& columns, std::stri
     throw OptionError(file, "there is no column " + name);
 }
 
-/// The type of each column of the file that was asked for.
+/// The type that the options give to each column of the file.
 std::vector<std::optional<ColumnType>> typesOf(const std::string& file, const std::vector<Column>& inFile,
                                                const SourceOptions& options)
 {
@@ -53,7 +53,7 @@ std::vector<std::optional<ColumnType>> typesOf(const std::string& file, const st
 
 constexpr std::uint32_t charactersOfEscape = 4;
 
-/// The most characters that a column's values have as text. 0: not known; a binary number has more than bytes.
+/// The most characters that a column's values have as text. 0: not known, because a binary number has more than bytes.
 std::uint32_t widthAsText(const Column& column)
 {
     switch (column.Type) {

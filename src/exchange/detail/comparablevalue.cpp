@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t longestDouble = 400;  // all its digits, without an exponent
 
-/// Each form begins with a letter of its own and the length, so that none is the beginning of another.
+/// Each form begins with a different letter and the length, so that none is the beginning of another.
 void appendForm(std::string& to, char letter, std::string_view content)
 {
     const auto size = static_cast<std::uint64_t>(content.size());
@@ -42,7 +42,7 @@ bool isDigits(std::string_view text)
     return !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
 }
 
-/// Whether a text has the form of an exact number, perhaps with a zero too many.
+/// Whether a text has the form of an exact number, perhaps with surplus zeros.
 bool isNumber(std::string_view text)
 {
     text.remove_prefix(text.starts_with('-') ? 1 : 0);
@@ -160,7 +160,7 @@ bool appendAsMoment(std::string& to, const Cell& cell)
     return false;
 }
 
-/// A value that is not of its column's type: equal to its like only.
+/// A value that is not of its column's type: equal only to the same kind and bytes.
 void appendOther(std::string& to, const Cell& cell)
 {
     switch (cell.Kind) {

@@ -1,5 +1,5 @@
 /// \file
-/// Values in one form, whatever source or database they come from.
+/// Values in a common form, whatever source or database they come from.
 #pragma once
 
 #include <kd_lib/exchange/cell.h>
@@ -10,14 +10,13 @@
 namespace kd_lib::exchange::detail {
 
 /// Appends a value of a column of this type, in a form that is the same for equal values: numbers by value, booleans,
-/// dates and times also where a database gives them as numbers or texts. No value's form is the beginning of
-/// another's.
+/// dates and times also if a database returns them as numbers or texts. No value's form is the beginning of another's.
 void appendComparable(std::string& to, ColumnType type, const Cell& cell);
 
 /// Whether two values of a column of this type are equal. `scratch` is memory for reuse.
 bool equalValues(ColumnType type, const Cell& a, const Cell& b, std::string& scratch);
 
-/// A value for a reader: NULL, digits, 'text', x'00ff'. Nothing of a long one is left out.
+/// A value as people read it: NULL, digits, 'text', x'00ff'. Long values are not cut.
 std::string shownValue(const Cell& cell);
 
 }  // namespace kd_lib::exchange::detail

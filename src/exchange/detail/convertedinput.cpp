@@ -17,7 +17,7 @@ bool isMark(char c)
     return c == ConvertedInput::firstMark || c == ConvertedInput::nextMark;
 }
 
-/// UTF-16 without a name for its order: by the mark at its beginning, else as Windows writes it.
+/// UTF-16 without a named byte order: that of the mark at its beginning, else that of Windows.
 std::string converterName(const CodePage& encoding, std::string_view beginning)
 {
     const std::string& name = encoding.name();
@@ -43,7 +43,7 @@ std::size_t unitOf(const CodePage& encoding)
     return encoding.isSingleByte() ? 1 : 0;
 }
 
-/// The first bytes of a file, which tell the order of the bytes.
+/// The first bytes of a file, which show the byte order.
 std::string beginningOf(InputFile& file)
 {
     std::string bytes(4, '\0');

@@ -1,5 +1,5 @@
 /// \file
-/// A file in an encoding whose bytes cannot be searched for delimiters, as UTF-8.
+/// Converts a file whose encoding cannot be searched for delimiters to UTF-8.
 #pragma once
 
 #include "inputfile.h"
@@ -15,9 +15,9 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Reads a file and converts it. What the encoding lacks is marked, byte by byte, so that the cell that holds it can be
-/// found: `firstMark` for the first byte of a character and `nextMark` for the others, each with the byte as two
-/// hexadecimal digits. No UTF-8 text has these bytes.
+/// Reads and converts a file. Bytes that the encoding lacks are marked, so that the cell that holds them can be found:
+/// `firstMark` for the first byte of a character and `nextMark` for the others, each followed by the byte as two
+/// hexadecimal digits. No UTF-8 text contains these marks.
 class ConvertedInput {
 public:
     static constexpr char firstMark = '\xFF';
@@ -26,13 +26,13 @@ public:
     /// `file` must outlive the object and be at its beginning.
     ConvertedInput(InputFile& file, const CodePage& encoding);
 
-    /// Reads up to `count` bytes of UTF-8, which must be 64 or more; fewer come where a pipe has no more yet. 0: the end.
+    /// Reads up to `count` bytes of UTF-8, which must be 64 or more; fewer if a pipe has no more yet. 0: the end.
     std::size_t readSome(char* to, std::size_t count);
 
-    /// Begins anew at the beginning of the file. Needs a file that is `seekable`.
+    /// Starts again at the beginning of the file. Needs a file that is `seekable`.
     void restart();
 
-    /// How many bytes of the file a piece of its text is; nothing for encodings where that cannot be told.
+    /// How many bytes of the file correspond to a piece of its text; nothing for encodings where that cannot be known.
     std::optional<std::uint64_t> sizeInFile(std::string_view text) const;
 
 private:
@@ -49,7 +49,7 @@ private:
     std::size_t Unit;  // bytes of a character in the file; 2: UTF-16; 0: not known
 };
 
-/// Text of a `ConvertedInput` with its marks as `onError` says.
+/// Text of a `ConvertedInput`, with its marks replaced as `onError` says.
 CodePage::Decoded decodeMarked(std::string_view text, EncodingErrors onError, std::string& scratch);
 
 }  // namespace kd_lib::exchange::detail

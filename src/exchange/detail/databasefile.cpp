@@ -26,7 +26,7 @@ std::string folderOf(const std::string& path)
     return path.substr(0, path.rfind('/') + 1);
 }
 
-/// Where a symbolic link leads; empty: `path` is none.
+/// The destination of a symbolic link; empty: `path` is not a link.
 std::string linkTarget(const std::string& path)
 {
     std::string target(PATH_MAX, '\0');
@@ -58,7 +58,7 @@ int bringToDisk(const std::string& path, int flags)
     return error;
 }
 
-/// Gives the file `from` the name `to`, unless something has it. Returns an error number, or 0.
+/// Renames the file `from` to `to`, unless that exists. Returns an error number, or 0.
 int renameWithoutReplacing(const std::string& from, const std::string& to)
 {
     return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;

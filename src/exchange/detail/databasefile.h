@@ -1,39 +1,39 @@
 /// \file
-/// The file of a database that is to be changed, or made.
+/// The file of a database that is changed or created.
 #pragma once
 
 #include <string>
 
 namespace kd_lib::exchange::detail {
 
-/// Where a database is written: in place where the file exists; else under a name of its own in the same folder, which
-/// nobody else knows, until `publish` gives it its final name. Because of that name the file can be removed on failure:
-/// no other program can have stored anything in it. The file with the final name is never removed.
-/// A program that is killed leaves the file `.kd_db-...` behind.
+/// The file in which a database is written. An existing file is changed in place. A new one has a temporary name in the
+/// same folder, which nobody else knows, until `publish` gives it its final name. Because of that name the file can be
+/// removed on failure: no other program can have stored anything in it. A file with the final name is never removed. If
+/// the program is killed, the file `.kd_db-...` remains.
 class DatabaseFile {
 public:
-    /// Makes an empty file if `name` does not exist. Throws an `Error` where it can be neither opened nor made, and
-    /// where it is not a regular file.
+    /// Creates an empty file if `name` does not exist. Throws an `Error` if it can be neither opened nor created, or is
+    /// not a regular file.
     explicit DatabaseFile(const std::string& name);
 
-    /// Removes an unpublished file. In a database that exists, what a failed write left is rolled back; no connection of
-    /// the work may be open any longer.
+    /// Removes an unpublished file. In an existing database, the remains of a failed write are rolled back; all
+    /// connections of the work must be closed before.
     ~DatabaseFile();
     DatabaseFile(const DatabaseFile&) = delete;
     DatabaseFile& operator=(const DatabaseFile&) = delete;
 
     bool isNew() const { return !Temporary.empty(); }
 
-    /// What is to be opened, in a form that SQLite takes for nothing else.
+    /// The path to open, in a form that SQLite cannot mistake for anything else.
     const std::string& path() const { return isNew() ? Temporary : Final; }
 
-    /// Brings the new file to the disk and gives it its final name; it must be closed. False: the final name exists
-    /// now, or the file system cannot do this without the danger of replacing another's file; the new file stays where
-    /// it is. Throws an `Error` for other failures.
+    /// Writes the new file, which must be closed, to the disk and gives it its final name. False: the final name exists
+    /// now, or the file system cannot rename without the risk of replacing another file; the new file keeps its
+    /// temporary name. Throws an `Error` for other failures.
     bool publish();
 
 private:
-    /// SQLite would take the journal of an earlier database for that of the new one, and spoil it.
+    /// SQLite would apply the journal of an earlier database to the new one, and damage it.
     void checkRemains() const;
     void makeTemporary();
     void removeTemporary() noexcept;
@@ -44,7 +44,7 @@ private:
     std::string Temporary;  // empty: none
 };
 
-/// The database's path in a form that SQLite takes for nothing else: no ":memory:", no "file:" address.
+/// The database's path in a form that SQLite cannot mistake for ":memory:" or a "file:" address.
 std::string plainPath(const std::string& name);
 
 }  // namespace kd_lib::exchange::detail

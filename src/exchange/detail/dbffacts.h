@@ -1,5 +1,5 @@
 /// \file
-/// What a .dbf file is, for a description.
+/// Facts about a .dbf file, for a description.
 #pragma once
 
 #include "dbflayout.h"
@@ -16,13 +16,13 @@ namespace kd_lib::exchange::detail {
 /// The kind of the table: "dBase III with memo (version byte 83)".
 std::string kindOfTable(const DbfLayout& layout);
 
-/// The day of the last change: "2024-03-05"; or why there is none.
+/// The day of the last change: "2024-03-05", or the reason why there is none.
 std::string lastChange(const DbfLayout& layout);
 
 /// Of a memo file that is open: "people.dbt (dBase III, blocks of 512 bytes)".
 std::string memoFact(const MemoFile& memo);
 
-/// What the header tells besides: its state, the database that the table belongs to.
+/// Further facts of the header: the table's state, the database that it belongs to.
 std::vector<Fact> factsOfHeader(const DbfLayout& layout);
 
 }  // namespace kd_lib::exchange::detail

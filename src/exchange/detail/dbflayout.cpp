@@ -80,7 +80,7 @@ DbfField fieldAt(std::string_view bytes, std::size_t at, const DescriptorShape& 
     return field;
 }
 
-/// Neither a descriptor nor its end mark, but room that nothing was written to.
+/// Neither a descriptor nor its end mark, but unused room.
 bool isUnused(std::string_view descriptor)
 {
     return std::ranges::all_of(descriptor, [](char c) { return c == 0; });
@@ -127,8 +127,8 @@ std::uint32_t lengthOfFields(const std::vector<DbfField>& fields)
     return length;
 }
 
-/// The C fields whose decimals byte is the high byte of the length: the ones that make the fields fill the record.
-/// Decimals may also be left-overs. Where several choices fill it, or none does, all of them are wide if that fits.
+/// The C fields whose decimals byte is the high byte of the length: those that make the fields fill the record. The
+/// byte may also be meaningless. If several choices fill the record, or none does, all of them are wide if that fits.
 void widenTexts(std::vector<DbfField>& fields, std::uint32_t recordLength)
 {
     const std::uint32_t narrow = lengthOfFields(fields);
@@ -191,7 +191,7 @@ void setFault(DbfLayout& layout, std::size_t at, std::string fault)
     layout.FaultAt = at;
 }
 
-/// The first thing that makes it impossible to read the table.
+/// The first fault that makes it impossible to read the table.
 void findFault(DbfLayout& layout, std::size_t bytes)
 {
     const bool two = layout.Family == DbfFamily::DBase2;

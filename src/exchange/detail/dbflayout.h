@@ -1,5 +1,5 @@
 /// \file
-/// The header of a .dbf file: what the table is, and where its fields are.
+/// The header of a .dbf file: the kind of the table, and the places of its fields.
 #pragma once
 
 #include "../../formats/dbfheader.h"
@@ -28,7 +28,7 @@ struct DbfField {
     std::size_t DescriptorAt = 0;  ///< byte in the file
 };
 
-/// The header, checked: the fields lie in the record.
+/// The checked header: the fields lie in the record.
 struct DbfLayout {
     std::uint8_t Version = 0;
     const formats::DbfVersion* Known = nullptr;  ///< null: the version byte is not known
@@ -38,7 +38,7 @@ struct DbfLayout {
     int Year = 0;  ///< of the last change, four digits
     int Month = 0;
     int Day = 0;
-    std::uint64_t RecordCount = 0;  ///< as the header says
+    std::uint64_t RecordCount = 0;  ///< according to the header
     std::uint32_t HeaderLength = 0;
     std::uint32_t RecordLength = 0;
     std::uint8_t Flags = 0;
@@ -50,24 +50,25 @@ struct DbfLayout {
 
     std::vector<DbfField> Fields;
     std::size_t FieldsEnd = 0;       ///< byte after the last descriptor
-    bool FieldsEndMarked = false;    ///< the end mark is there
+    bool FieldsEndMarked = false;    ///< there is an end mark
     std::uint32_t FieldsLength = 0;  ///< sum of the fields and the deletion mark
 
-    /// Why the table cannot be read; nothing for a sound one.
+    /// The reason why the table cannot be read; nothing for a sound table.
     std::optional<std::string> Fault;
     std::size_t FaultAt = 0;  ///< byte in the file
 };
 
-/// Reads the header's bytes from the beginning of a file: all of them, or those that the file has.
+/// Reads the header's bytes from the beginning of a file: all of them, or as many as the file has.
 std::string readDbfHeader(InputFile& file);
 
-/// Finds out what the bytes of a header say. Where they make no table, `Fault` is set, and what was found until then is there.
+/// Interprets the bytes of a header. If they do not define a table, `Fault` is set, and the facts found before it are
+/// filled in.
 DbfLayout parseDbfHeader(std::string_view bytes);
 
-/// What there is to say about a table that can be read though its header is odd.
+/// Notes about a table that can be read although its header is unusual.
 std::vector<Note> layoutNotes(const DbfLayout& layout);
 
-/// The field of the null flags; a null pointer where the table has none.
+/// The field of the null flags; a null pointer if the table has none.
 const DbfField* nullFlagsOf(const DbfLayout& layout);
 
 }  // namespace kd_lib::exchange::detail

@@ -41,7 +41,7 @@ DbfRecords::Found DbfRecords::next()
     return Found::Record;
 }
 
-/// Whether a record begins with this mark, which is neither of the usual ones.
+/// Whether a record begins with this unusual mark.
 bool DbfRecords::isRecord(char mark)
 {
     if (Number >= Count || (mark == fileEnd && !recordFollows())) {
@@ -51,8 +51,8 @@ bool DbfRecords::isRecord(char mark)
     return true;
 }
 
-/// The end mark may also be the damaged mark of a record: then there is a record to lose, and other records come after
-/// it, or the end in its place.
+/// The end mark may also be the damaged mark of a record. Then a whole record begins with it, and after that come
+/// further records or the end.
 bool DbfRecords::recordFollows()
 {
     const std::string_view bytes = Blocks.ahead(std::size_t{Length} + 1);
@@ -111,13 +111,13 @@ void DbfRecords::noteEnd(std::string_view rest, bool cut)
     if (bytes == 0) {
         return;
     }
-    // What is as long as a record and is not empty may be one, with a damaged mark.
+    // Bytes that are as long as a record and not empty may be a record with a damaged mark.
     const bool mayBeRecord =
         !marked && rest.size() >= Length && rest.substr(0, Length).find_first_not_of('\0') != std::string_view::npos;
     Notes.push_back({"not read: " + (File.seekable() ? count(bytes, "byte") : "bytes") + what, mayBeRecord});
 }
 
-/// Whether the records end where the header's count lets them.
+/// Whether the records end where they should by the header's count.
 bool DbfRecords::countIsRight()
 {
     const std::uint64_t end = First + Count * Length;
@@ -131,7 +131,7 @@ bool DbfRecords::countIsRight()
     return Count == 0 || (File.readAt(end - Length, &mark, 1) == 1 && isUsualMark(mark));
 }
 
-/// The number of the last whole record, found by reading all marks where the header cannot be believed.
+/// The number of the last whole record, found by reading all marks if the header is wrong.
 std::uint64_t DbfRecords::lastRecord()
 {
     if (!Last && countIsRight()) {

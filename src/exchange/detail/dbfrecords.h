@@ -1,5 +1,5 @@
 /// \file
-/// The records of a .dbf file, one after another, also where its header is wrong about them.
+/// The records of a .dbf file in order, even if its header is wrong about them.
 #pragma once
 
 #include "dbflayout.h"
@@ -17,11 +17,10 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Walks over the records. The end is where the records end, not where the header's count says: at the end mark, or
-/// at the end of the file.
+/// Reads the records in order, up to the end mark or the end of the file, whatever count the header has.
 class DbfRecords {
 public:
-    /// The file is at the first record: its header was read.
+    /// The file must be at the first record, after its header.
     DbfRecords(InputFile& file, const DbfLayout& layout);
 
     enum class Found : std::uint8_t {
@@ -30,7 +29,7 @@ public:
         End
     };
 
-    /// Takes the next record.
+    /// Reads the next record.
     Found next();
 
     std::string_view bytes() const { return Bytes; }  ///< of the record, from its deletion mark on
@@ -38,15 +37,15 @@ public:
     std::uint64_t offset() const { return Offset; }   ///< of the record in the file
     bool deleted() const { return Bytes.front() == formats::deletedMark; }
 
-    /// Lets `next` take the record of this number, or meet the end. On standard input this reads on; an `Error` where
-    /// the record is gone.
+    /// Makes `next` read the record of this number, or the end. Standard input is read up to it; throws an `Error` if
+    /// it has passed the record already.
     void goTo(std::uint64_t number);
 
-    /// After the end: the bytes there, as far as they are in memory, and their place.
+    /// After the end: the bytes there that are in memory, and their place.
     std::string_view rest() const { return Rest; }
     std::uint64_t restOffset() const { return Blocks.offset(); }
 
-    /// Whether there is something to say, and what.
+    /// Whether there are notes, and the notes.
     bool hasNotes() const { return !Notes.empty(); }
     std::vector<Note> takeNotes() { return std::exchange(Notes, {}); }
 
@@ -72,7 +71,7 @@ private:
     bool AtEnd = false;
     std::string_view Rest;
 
-    std::optional<std::uint64_t> Last;  ///< number of the last record, once it was needed
+    std::optional<std::uint64_t> Last;  ///< number of the last record, if it was needed
     std::vector<Note> Notes;
     bool Silent = false;
     bool NotedMark = false;

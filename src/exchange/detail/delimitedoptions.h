@@ -13,15 +13,15 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Whether the delimiter is to be found by the text itself.
+/// Whether the delimiter is to be found from the text.
 bool findsDelimiter(const SourceOptions& options);
 
-/// How the text is written: the delimiter asked for, else the usual one of the kind. Throws an `OptionError` for a
-/// delimiter or a quote that cannot be one.
+/// The form of the text: the delimiter of the options, else the usual one of the kind. Throws an `OptionError` for an
+/// invalid delimiter or quote.
 DelimitedForm delimitedForm(const std::string& file, const SourceOptions& options);
 
 /// The page that a text is converted from before it is cut, because its bytes cannot be searched for the marks of
-/// `form`; null where they can.
+/// `form`; null if they can.
 const CodePage* pageToConvert(const CodePage& page, const DelimitedForm& form);
 
 }  // namespace kd_lib::exchange::detail

@@ -29,7 +29,7 @@ void DelimitedReader::load(const char* block)
     High = High || Found.High != 0;
 }
 
-/// The next delimiter, quote or line end; the window's end where there is none.
+/// The next delimiter, quote or line end; the window's end if there is none.
 inline const char* DelimitedReader::nextMark()
 {
     while (Found.Marks == 0) {
@@ -93,7 +93,7 @@ DelimitedReader::Step DelimitedReader::readRow()
     }
 }
 
-/// Takes the cell whose opening quote is at `cell`, and leaves what ends it in `mark`.
+/// Reads the cell whose opening quote is at `cell`; `mark` becomes the place of its end.
 DelimitedReader::Step DelimitedReader::readQuoted(const char* cell, const char*& mark)
 {
     const char* const end = Window.end();
@@ -117,7 +117,7 @@ DelimitedReader::Step DelimitedReader::readQuoted(const char* cell, const char*&
     }
 }
 
-/// What follows a closing quote must be a delimiter, a line end, or the end.
+/// After a closing quote there must be a delimiter, a line end, or the end.
 DelimitedReader::Step DelimitedReader::endQuoted(const char* after, const char*& mark)
 {
     if (after == Window.end()) {

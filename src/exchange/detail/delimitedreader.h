@@ -1,5 +1,5 @@
 /// \file
-/// Cuts delimited text into rows and cells.
+/// Splits delimited text into rows and cells.
 #pragma once
 
 #include "bytemarks.h"
@@ -22,7 +22,7 @@ struct DelimitedForm {
 
 /// A cell as it is in the text.
 struct DelimitedCell {
-    const char* Begin;  ///< of what is between the quotes, or between the delimiters
+    const char* Begin;  ///< of the bytes between the quotes, or between the delimiters
     const char* End;
     bool Quoted;
     bool HasDoubledQuotes;
@@ -37,17 +37,17 @@ struct DelimitedCell {
 /// one; in between, delimiters and line ends are characters, and two quotes are one. A quote elsewhere is a character.
 class DelimitedReader {
 public:
-    /// `window` must outlive the object, which begins at its beginning.
+    /// Starts at the beginning of `window`, which must outlive the object.
     DelimitedReader(TextWindow& window, const DelimitedForm& form);
 
     enum class Result : std::uint8_t {
         Row,
         End,
-        TextAfterQuote,  ///< a cell goes on after its closing quote; the reader cannot go on
+        TextAfterQuote,  ///< a cell continues after its closing quote; nothing more can be read
         QuoteNotClosed   ///< the same for a cell whose closing quote is missing
     };
 
-    /// Takes the next row. Cells view the window until the next call.
+    /// Reads the next row. Cells view the window until the next call.
     Result next();
 
     /// The cells of the row. An empty line is one cell, unquoted and empty.
@@ -55,7 +55,7 @@ public:
 
     bool isEmptyLine() const { return Cells.size() == 1 && !Cells[0].Quoted && Cells[0].Begin == Cells[0].End; }
 
-    /// False where all bytes of the row are below 128. True may mean nothing.
+    /// False: all bytes of the row are below 128. True: there may be others.
     bool mayHaveHighBytes() const { return High; }
 
     const char* rowBegin() const { return RowBegin; }  ///< null before the first row
@@ -65,7 +65,7 @@ public:
     /// The line with the text after a closing quote, or with the opening quote that is not closed.
     std::uint64_t problemLine() const { return ProblemLine; }
 
-    /// Begins anew at the beginning of the window, which has been restarted, or has not moved.
+    /// Starts again at the beginning of the window, which must have been restarted or not moved.
     void restart();
 
 private:
@@ -87,7 +87,7 @@ private:
     const char* Block = nullptr;
     BlockMarks Found = {0, 0};
     std::uint64_t RowLine = 1;
-    std::uint64_t LineEnds = 0;  // in the row, at the moment
+    std::uint64_t LineEnds = 0;  // in the current row
     std::uint64_t NextLine = 1;
     std::uint64_t ProblemLine = 0;
     bool High = false;

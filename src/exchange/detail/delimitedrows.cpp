@@ -43,7 +43,7 @@ DelimitedRows::DelimitedRows(TextWindow& window, const DelimitedForm& form, bool
     }
 }
 
-/// Takes the header, or the first record; it is the first row that is no empty line.
+/// Reads the header, or the first record: the first row that is not an empty line.
 bool DelimitedRows::takeFirst()
 {
     Number = 0;
@@ -67,7 +67,7 @@ void DelimitedRows::restart()
     takeFirst();
 }
 
-/// Keeps account of the place in a converted file.
+/// Tracks the place in a converted file.
 void DelimitedRows::pass()
 {
     if (RowOffset) {

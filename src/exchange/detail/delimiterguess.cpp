@@ -6,7 +6,7 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-/// What a delimiter makes of the rows.
+/// The rows as a delimiter splits them.
 struct Trial {
     std::size_t Cells = 0;  // of the first row
     std::size_t Rows = 0;
@@ -27,7 +27,7 @@ struct Trial {
     }
 };
 
-/// Takes the row at the beginning of `rest`, and returns the number of its cells. An empty line has none.
+/// Removes the row at the beginning of `rest`, and returns the number of its cells. An empty line has none.
 std::size_t takeRow(std::string_view& rest, const DelimitedForm& form)
 {
     std::size_t cells = 1;

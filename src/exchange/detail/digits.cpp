@@ -8,7 +8,8 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-/// Every decimal number of so many digits survives the way through a double, even through one that is a unit off.
+/// Every decimal number of at most this many digits survives conversion to a double and back, even to a double that is
+/// one unit off.
 constexpr std::size_t digitsOfDouble = 15;
 
 // Well within the range of a double that is not denormal.

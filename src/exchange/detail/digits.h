@@ -18,7 +18,7 @@ struct DigitCounts {
 };
 DigitCounts countDigits(std::string_view number);
 
-/// Takes decimals off that are all zeros. False, and nothing changes, where others are among them.
+/// Removes decimals that are all zeros. Returns false and changes nothing if there are others.
 bool takeZeroDecimals(std::string_view& number);
 
 /// True for a whole number that fits in `Integer`.
@@ -31,13 +31,13 @@ bool fits(std::string_view number)
     return error == std::errc() && stop == end;
 }
 
-/// True where a double gives the digits back: at most 15 significant ones, within the range of a double.
+/// True if a double converts back to the digits: at most 15 significant ones, within the range of a double.
 bool isExactAsDouble(std::string_view number);
 
 /// How SQLite keeps a number in a column without a type.
 enum class SqliteForm : std::uint8_t {
     Integer,  ///< 64 bits
-    Real,     ///< decimals, and a double gives the digits back
+    Real,     ///< decimals, and a double converts back to the digits
     Text      ///< the digits
 };
 SqliteForm sqliteFormOf(std::string_view number);

@@ -1,5 +1,5 @@
 /// \file
-/// Texts with a few bytes that are written differently.
+/// Writes texts in which a few bytes are escaped.
 #pragma once
 
 #include "lanes.h"
@@ -34,13 +34,13 @@ struct NoEscapes {
     }
 };
 
-/// The texts of most cells are not longer. They are copied while they are looked at.
+/// The texts of most cells are not longer. They are copied while they are examined.
 constexpr std::size_t shortSize = 32;
 
 /// Longer texts are written in pieces of this size, so that the block stays small.
 constexpr std::size_t pieceSize = 16384;
 
-/// Copies a text of up to `shortSize` bytes. False where a byte is marked; what was copied is void then.
+/// Copies a text of up to `shortSize` bytes. False if a byte is marked; then the copy is void.
 template <class Way>
 bool copyUnmarked(char* to, std::string_view text)
 {
@@ -58,7 +58,7 @@ bool copyUnmarked(char* to, std::string_view text)
         return !anySet(Way::marks(first) | Way::marks(last));
     }
     if (size >= sizeof(HalfWord)) {
-        // One way for all these sizes is faster than the shortest for each: they mix in most columns.
+        // One method for all these sizes is faster than the best for each, because most columns mix them.
         const std::size_t second = size / 8 * 4;
         const std::size_t last = size - 4;
         const FourHalfWords words = {valueAt<HalfWord>(from), valueAt<HalfWord>(from + second),

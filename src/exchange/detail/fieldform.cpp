@@ -28,7 +28,7 @@ bool isBinary(const DbfField& field, const DbfLayout& layout)
     return layout.FoxFlags && (field.Flags & foxfield::binaryFlag) != 0;
 }
 
-/// A pointer of four bytes, or of digits; what else is 8 bytes long in a B field is a double.
+/// A pointer of four bytes, or of digits; a B field of 8 bytes is a double.
 FieldForm formOfB(const DbfField& field)
 {
     return field.Length == doubleSize ? FieldForm::Double : FieldForm::MemoBytes;

@@ -1,5 +1,5 @@
 /// \file
-/// What the bytes of a .dbf field are, by its letter, its length and the kind of table.
+/// How the bytes of a .dbf field are read, by its letter, its length and the kind of table.
 #pragma once
 
 #include "dbflayout.h"
@@ -12,12 +12,12 @@ namespace kd_lib::exchange::detail {
 
 enum class FieldForm : std::uint8_t {
     Text,
-    TrimmedText,  ///< without blanks and zero bytes at both ends; a type that was asked for
+    TrimmedText,  ///< without blanks and zero bytes at both ends; for a type given by the options
     Number,       ///< digits
     Logical,      ///< a letter
     Date,         ///< eight digits
     Bytes,        ///< as they are
-    VaryingText,  ///< the null flags tell whether the last byte is the length
+    VaryingText,  ///< the null flags say whether the last byte is the length
     VaryingBytes,
     Integer,               ///< 32 bits, little-endian
     SortableInteger,       ///< big-endian, the sign bit turned
@@ -28,14 +28,14 @@ enum class FieldForm : std::uint8_t {
     MillisecondTimestamp,  ///< a big-endian double of milliseconds
     MemoText,              ///< a pointer into the memo file
     MemoBytes,
-    NullFlags,  ///< no column
-    Unknown     ///< bytes of a type that is not known
+    NullFlags,  ///< not a column
+    Unknown     ///< bytes of an unknown type
 };
 
 FieldForm formOf(const DbfField& field, const DbfLayout& layout);
 
-/// The form to read a field in for a column of another type. Where that form is not of this type, its cells have to
-/// be converted.
+/// The form in which a field is read for a column of another type. If that form is not of this type, its cells must be
+/// converted.
 FieldForm formFor(FieldForm form, ColumnType type);
 
 /// The type of the cells of a form.
@@ -49,13 +49,13 @@ constexpr bool isMemo(FieldForm form)
 /// The bits of a field in the null flags, by their numbers; -1: it has none.
 struct NullBits {
     int Varying = -1;  ///< set: the last byte is the length
-    int Null = -1;     ///< set: no value
+    int Null = -1;     ///< set: NULL
 };
 
-/// The bits of every field of a table, in the order of the fields. Without null flags none has any.
+/// The bits of every field of a table, in the order of the fields; -1 for all if there are no null flags.
 std::vector<NullBits> nullBitsOf(const DbfLayout& layout);
 
-/// The column of a field, apart from its name.
+/// The column of a field, without its name.
 Column columnOf(const DbfField& field, FieldForm form);
 
 }  // namespace kd_lib::exchange::detail

@@ -1,5 +1,5 @@
 /// \file
-/// Values that are text in a record: the usual forms of them, found without a call and nearly without a branch that
+/// Values that are text in a record: recognises their usual forms without a call and nearly without a branch that
 /// depends on the value. All operations may read `RecordBlocks::slack` bytes before and after the field.
 #pragma once
 
@@ -67,7 +67,7 @@ enum class NumberForm : std::uint8_t {
     Other
 };
 
-/// Looks for a number in a field of up to 32 bytes. `digits` becomes what is not padding.
+/// Looks for a number in a field of up to 32 bytes. `digits` becomes the field without padding.
 inline NumberForm numberForm(const char* bytes, std::size_t length, std::string_view& digits)
 {
     const char* const end = bytes + length;
@@ -118,7 +118,7 @@ inline bool isDay(const char* bytes, Date& day)
     return found.has_value();
 }
 
-/// What a letter of a logical field is.
+/// The meaning of a letter of a logical field.
 enum class Logical : std::uint8_t { Other, None, True, False };
 
 constexpr std::array<Logical, 256> logicalLetters = [] {
@@ -135,10 +135,10 @@ constexpr std::array<Logical, 256> logicalLetters = [] {
     return letters;
 }();
 
-/// What the bytes of a record are.
+/// Which bytes a record has.
 struct RecordBytes {
     bool Ascii;      ///< none is above 127
-    bool Printable;  ///< nor a control character below the blank
+    bool Printable;  ///< nor is any a control character below the blank
 };
 
 inline RecordBytes bytesOfRecord(const char* bytes, std::size_t length)

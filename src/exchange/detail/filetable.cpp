@@ -13,7 +13,7 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-/// More rejects than that may be told twice; fewer never are.
+/// With more rejects than this, some may be reported twice.
 constexpr std::size_t mostToldRejects = 65536;
 
 constexpr std::uint64_t likelyRecordLength = 50;

@@ -1,5 +1,5 @@
 /// \file
-/// A file that statements read as a table, apart from SQLite.
+/// A file that statements read as a table; independent of SQLite.
 #pragma once
 
 #include "tablearguments.h"
@@ -19,7 +19,7 @@
 
 namespace kd_lib::exchange::detail {
 
-/// What tells whether a file has changed.
+/// Shows whether a file has changed.
 struct FileState {
     std::uint64_t Device = 0;
     std::uint64_t Node = 0;
@@ -30,7 +30,7 @@ struct FileState {
     friend bool operator==(const FileState&, const FileState&) = default;
 };
 
-/// A source, with what must be known to read it again.
+/// A source, with the state needed to read it again.
 struct OpenTable {
     std::unique_ptr<Source> From;
     FileState State;
@@ -38,14 +38,14 @@ struct OpenTable {
     bool Fresh = true;  // nothing was read yet
 };
 
-/// A file as a table. Its scans take their sources from here.
+/// A file as a table. Its scans get their sources from here.
 class FileTable {
 public:
-    /// Opens the file. Throws an `Error` where it cannot be read, or SQLite could not hold its columns.
+    /// Opens the file. Throws an `Error` if it cannot be read, or SQLite could not hold its columns.
     /// `events` must outlive this.
     FileTable(TableArguments arguments, const VirtualTableEvents& events);
 
-    /// Names and types, and what the columns hold.
+    /// Names, types and limits of the columns.
     TableLayout& layout() { return Layout; }
 
     std::uint64_t estimatedRecords() const { return Estimate; }
@@ -53,14 +53,14 @@ public:
     /// Whether a record is found without reading those before it.
     bool hasFixedRecords() const { return Fixed; }
 
-    /// A source at any place. Throws an `Error` where the file cannot be opened, or has other columns now.
+    /// A source at any record. Throws an `Error` if the file cannot be opened, or has other columns now.
     OpenTable take();
     void giveBack(OpenTable table);
 
-    /// Tells what there is to say about a source since the last call.
+    /// Reports the notes of a source since the last call.
     void tell(OpenTable& table);
 
-    /// Tells of a cell, once.
+    /// Reports a cell, once.
     const std::function<void(const Reject&)>& onReject() const { return TellReject; }
 
 private:
@@ -80,7 +80,7 @@ private:
     std::function<void(const Reject&)> TellReject;
 };
 
-/// A walk through the records of a table.
+/// A scan of the records of a table.
 class FileScan {
 public:
     explicit FileScan(FileTable& table) : Table(table) {}
@@ -88,11 +88,11 @@ public:
     FileScan(const FileScan&) = delete;
     FileScan& operator=(const FileScan&) = delete;
 
-    /// Goes to the first record of a range, and takes it. Bit i of `used` says that column i is needed, the highest bit
-    /// that all columns from there on are.
+    /// Goes to the first record of a range, and reads it. Bit i of `used` says that column i is needed; the highest bit
+    /// stands for all columns from there on.
     void start(const RecordRange& range, std::uint64_t used);
 
-    /// Takes the next record.
+    /// Reads the next record.
     void next();
 
     bool atEnd() const { return End; }

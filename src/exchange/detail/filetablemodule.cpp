@@ -21,16 +21,16 @@ namespace {
 
 constexpr std::uint64_t mostRecords = std::numeric_limits<std::int64_t>::max();
 
-// The conditions on rowid that a plan uses, as the bits of its number. Their values come in this order.
+// The conditions on rowid that a plan uses, as bits of its number. Their values come in this order.
 constexpr int equalTo = 1;
 constexpr int atLeast = 2;
 constexpr int atMost = 4;
 
-// What a record costs, in units of SQLite's planner.
+// The cost of a record, in units of SQLite's planner.
 constexpr double costOfSeek = 10;
 constexpr double shareOfRange = 0.25;
 
-/// What all tables of a connection share.
+/// Shared by all tables of a connection.
 struct Registry {
     VirtualTableEvents Events;
     std::vector<FileTableOptions> Prepared;
@@ -60,7 +60,7 @@ ModuleCursor& scanOf(sqlite3_vtab_cursor* cursor)
     return *static_cast<ModuleCursor*>(cursor);
 }
 
-/// Runs `work`; an exception becomes a message and an error code, because SQLite knows none.
+/// Runs `work` and turns exceptions into a message and an error code, because SQLite is written in C.
 template <class Work>
 int guarded(char** message, Work work)
 {
@@ -108,7 +108,7 @@ int connect(sqlite3* connection, void* registered, int count, const char* const*
     return failure != SQLITE_OK ? failure : code;
 }
 
-/// Another function than `connect`: else SQLite would offer the module itself as a table.
+/// Must differ from `connect`; otherwise SQLite would offer the module itself as a table.
 int create(sqlite3* connection, void* registered, int count, const char* const* texts, sqlite3_vtab** to,
            char** message)
 {
@@ -121,7 +121,7 @@ int disconnect(sqlite3_vtab* table)
     return SQLITE_OK;
 }
 
-/// The bit of a condition on rowid; 0: it is of no use.
+/// The bit of a condition on rowid; 0: it cannot be used.
 int useOf(const sqlite3_index_info::sqlite3_index_constraint& condition)
 {
     if (condition.usable == 0 || condition.iColumn >= 0) {
@@ -168,7 +168,7 @@ int bestIndex(sqlite3_vtab* table, sqlite3_index_info* plan)
     }
     int argument = 0;
     for (const int condition : found) {
-        // SQLite checks the conditions too: the values may be no whole numbers.
+        // SQLite checks the conditions too, because the values may not be whole numbers.
         if (condition >= 0) {
             plan->aConstraintUsage[condition].argvIndex = ++argument;
         }
@@ -180,7 +180,7 @@ int bestIndex(sqlite3_vtab* table, sqlite3_index_info* plan)
     return plan->idxStr != nullptr ? SQLITE_OK : SQLITE_NOMEM;
 }
 
-/// Narrows a range by a condition. A value that is no number says nothing: SQLite compares it.
+/// Narrows a range by a condition. A value that is not a number is left to SQLite.
 void narrow(RecordRange& range, int use, sqlite3_value* value)
 {
     const int type = sqlite3_value_numeric_type(value);
@@ -214,7 +214,7 @@ int openScan(sqlite3_vtab* table, sqlite3_vtab_cursor** to)
 
 int closeScan(sqlite3_vtab_cursor* cursor)
 {
-    // Telling the last notes may fail; the scan is over all the same.
+    // Reporting the last notes may fail; the scan has ended anyway.
     return guarded(&cursor->pVtab->zErrMsg, [&] { delete static_cast<ModuleCursor*>(cursor); });
 }
 
@@ -253,13 +253,13 @@ int rowid(sqlite3_vtab_cursor* cursor, sqlite3_int64* to)
 
 void giveText(sqlite3_context* to, std::string_view text)
 {
-    // SQLite may keep a value longer than the record lasts.
+    // SQLite may keep a value longer than the record exists.
     sqlite3_result_text64(to, text.empty() ? "" : text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
 
 void giveReal(sqlite3_context* to, double value, bool numeric)
 {
-    // Whole numbers beyond that do not come as decimals.
+    // Larger whole numbers do not occur as decimals.
     constexpr double surelyWhole = 1e15;
     if (numeric && value == std::trunc(value) && std::abs(value) < surelyWhole) {
         sqlite3_result_int64(to, static_cast<sqlite3_int64>(value));
@@ -278,7 +278,7 @@ void giveNumber(sqlite3_context* to, std::string_view digits, bool numeric)
         giveReal(to, realOf(digits), numeric);
         break;
     case SqliteForm::Text:
-        // In a numeric column a double gives the digits back all the same: the number is a large one.
+        // In a numeric column, a double still converts back to the digits, because the number is large.
         numeric ? sqlite3_result_double(to, realOf(digits)) : giveText(to, digits);
         break;
     }
@@ -348,7 +348,7 @@ int registerModule(sqlite3* connection, VirtualTableEvents events, std::vector<F
 {
     const auto forget = [](void* registry) { delete static_cast<Registry*>(registry); };
     auto registry = std::make_unique<Registry>(Registry{std::move(events), std::move(prepared)});
-    // SQLite calls `forget` also where it refuses the module.
+    // SQLite calls `forget` even if it refuses the module.
     return sqlite3_create_module_v2(connection, "kd", &fileModule, registry.release(), forget);
 }
 

@@ -11,8 +11,8 @@ struct sqlite3;
 
 namespace kd_lib::exchange::detail {
 
-/// Registers the module `kd`. Returns SQLite's code.
-/// Its arguments are those of `registerTables`; a number alone is that of a table in `prepared`, from 0.
+/// Registers the module `kd`. Returns SQLite's code. Its arguments are those of `registerTables`; a number alone is the
+/// index of a table in `prepared`.
 int registerModule(sqlite3* connection, VirtualTableEvents events, std::vector<FileTableOptions> prepared);
 
 }  // namespace kd_lib::exchange::detail

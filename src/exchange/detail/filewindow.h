@@ -1,5 +1,5 @@
 /// \file
-/// A file read here and there, with the bytes around the last place kept.
+/// Reads of a file at any place, with the bytes around the last one kept.
 #pragma once
 
 #include "inputfile.h"
@@ -11,18 +11,18 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Reads of a seekable file, in any order, a block at a time.
+/// Reads a seekable file in any order, one block at a time.
 class FileWindow {
 public:
     static constexpr std::size_t capacity = 65536;
 
     explicit FileWindow(const InputFile& file) : File(file) {}
 
-    /// Up to `count` bytes from a place on, and at most `capacity`; fewer at the end of the file only.
-    /// Valid until the next call.
+    /// Returns `count` bytes from a place on, but at most `capacity`; fewer at the end of the file only. Valid until
+    /// the next call.
     std::string_view view(std::uint64_t at, std::size_t count);
 
-    /// All bytes from a place on that come with one read, at least one unless the file ends there.
+    /// The bytes from a place on that one read returns: at least one, unless the file ends there.
     std::string_view viewSome(std::uint64_t at);
 
 private:

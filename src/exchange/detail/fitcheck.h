@@ -1,5 +1,5 @@
 /// \file
-/// What a column of a target can hold.
+/// The limits of a target's columns.
 #pragma once
 
 #include <kd_lib/exchange/record.h>
@@ -17,10 +17,10 @@ enum class FitRule : std::uint8_t {
     Whole32,            ///< whole numbers of 32 bits
     Whole64,            ///< whole numbers of 64 bits
     Decimal,            ///< `Limit` digits before the point and `Decimals` after it
-    PostgreSqlNumeric,  ///< as many digits as PostgreSQL takes
-    ExactAsDouble,      ///< numbers whose digits a double gives back
-    DoubleOrText,       ///< every number; those whose digits a double does not give back are kept as text
-    NoNan,              ///< infinities, but no NaN
+    PostgreSqlNumeric,  ///< as many digits as PostgreSQL accepts
+    ExactAsDouble,      ///< numbers whose digits survive in a double
+    DoubleOrText,       ///< every number; those whose digits a double would lose are kept as text
+    NoNan,              ///< infinities, but not NaN
     Finite              ///< neither
 };
 
@@ -31,13 +31,13 @@ struct FitCheck {
     std::uint32_t Decimals = 0;
 };
 
-/// The checks of a target's columns, chosen once. A record in which every cell is plainly small enough is looked at
-/// in one pass without a decision per cell; that is nearly every record.
+/// The checks of a target's columns, chosen once. Nearly every record has only cells that are clearly small enough;
+/// such a record is checked in one pass without a branch per cell.
 class FitChecks {
 public:
     void add(std::size_t column, FitCheck check);
 
-    /// Rejects the cells that do not fit. Decimals that are all zeros are taken off whole numbers.
+    /// Rejects the cells that do not fit. Removes decimals that are all zeros from whole numbers.
     void apply(Record& record)
     {
         if (!Checks.empty() && !fitsPlainly(record)) {
@@ -45,7 +45,7 @@ public:
         }
     }
 
-    /// How many numbers of this column were too long for a double, and are kept as text.
+    /// How many numbers of this column were kept as text because they were too long for a double.
     std::uint64_t keptAsText(std::size_t column) const;
 
 private:

@@ -18,7 +18,7 @@ struct FixedColumn {
     std::uint32_t end() const { return Offset + Length; }
 };
 
-/// The columns of a list as `FixedSource` takes it. Throws an `OptionError` that names `file` for anything else.
+/// Reads a list of columns as `FixedSource` describes it. Throws an `OptionError` that names `file` for anything else.
 std::vector<FixedColumn> parseFixedColumns(const std::string& file, std::string_view list);
 
 }  // namespace kd_lib::exchange::detail

@@ -27,8 +27,8 @@ InputFile::InputFile(const std::string& path, std::stop_token stop) : Path(path)
         }
         fail(error);
     }
-    // Standard input may be a file that another program has begun to read: it is one pass, as a pipe is.
-    // The length of a file of /proc is 0, whatever it holds: it is read as a pipe too.
+    // Standard input may be a file that another program has begun to read, so it is read once, like a pipe. The length
+    // of a file of /proc is 0, whatever it holds, so it is read like a pipe too.
     if (S_ISREG(status.st_mode) && !standardInput && status.st_size > 0) {
         Size = static_cast<std::uint64_t>(status.st_size);
     }
@@ -41,7 +41,7 @@ InputFile::~InputFile()
     }
 }
 
-/// A pipe is opened without waiting for its writer, so it is waited for here.
+/// A pipe is opened without waiting for its writer, so the wait is here.
 void InputFile::waitForBytes() const
 {
     constexpr int interval = 100;  // milliseconds

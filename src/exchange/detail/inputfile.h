@@ -10,25 +10,24 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Reads through a file descriptor; nothing is kept here, callers have their own blocks. Every failed read is an
-/// `Error` with the system's reason: an error is never taken for the end.
+/// Reads through a file descriptor into the caller's memory, without a buffer. Every failed read is an `Error` with the
+/// system's reason: an error is never mistaken for the end.
 class InputFile {
 public:
-    /// Opens a file; "-" is standard input, which is not closed. Throws an `Error` where it cannot be opened, and for
-    /// a folder.
-    /// A pipe that lets the reader wait is waited for until a stop is requested: then a read throws `Stopped`.
+    /// Opens a file; "-" is standard input, which is not closed. Throws an `Error` if it cannot be opened, and for a
+    /// folder. If a stop is requested while a read waits for a pipe, the read throws `Stopped`.
     explicit InputFile(const std::string& path, std::stop_token stop = {});
     ~InputFile();
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
 
-    /// Reads up to `count` bytes from the current position; fewer come where a pipe has no more yet. 0: the end.
+    /// Reads up to `count` bytes from the current position; fewer if a pipe has no more yet. 0: the end.
     std::size_t readSome(char* to, std::size_t count);
 
-    /// Reads `count` bytes from the current position; fewer come at the end of the file only.
+    /// Reads `count` bytes from the current position; fewer at the end of the file only.
     std::size_t read(char* to, std::size_t count);
 
-    /// Reads at a place, leaving the current position. Needs a file that is `seekable`.
+    /// Reads at a place without changing the current position. Needs a file that is `seekable`.
     std::size_t readAt(std::uint64_t offset, char* to, std::size_t count) const;
 
     /// Goes to a place. Needs a file that is `seekable`.

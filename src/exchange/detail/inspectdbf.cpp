@@ -21,7 +21,7 @@ namespace {
 
 using namespace formats;
 
-/// The header of a table and what is in it, line by line.
+/// Explains the header of a table, line by line.
 class HeaderInspection {
 public:
     HeaderInspection(Inspection& to, const DbfLayout& layout, std::string_view bytes, const TableColumns* columns)
@@ -271,7 +271,7 @@ private:
         To.tell(offset, bytes, what, meaning);
     }
 
-    /// The end of the records, and what is wrong with their number.
+    /// The end of the records, and faults of their number.
     void notes()
     {
         std::string_view rest = Records.rest();

@@ -1,5 +1,5 @@
 /// \file
-/// The lines of an inspection, on their way to the caller.
+/// Passes the lines of an inspection to the caller.
 #pragma once
 
 #include <kd_lib/exchange/cell.h>
@@ -11,7 +11,7 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Gives lines to the callback, and remembers whether one told of damage.
+/// Passes lines to the callback, and remembers whether one reported damage.
 class Inspection {
 public:
     Inspection(std::string file, const InspectLine& line, const InspectOptions& options)
@@ -19,20 +19,20 @@ public:
     {
     }
 
-    /// Bytes that are as they should be. Throws `Stopped` where the caller wants the end.
+    /// Reports sound bytes. Throws `Stopped` if the caller has stopped the work.
     void tell(std::uint64_t offset, std::string_view bytes, std::string_view what, std::string_view meaning)
     {
         give({offset, bytes.size(), bytes, what, meaning, false});
     }
 
-    /// Many of them, of which `bytes` are the first.
+    /// Reports many bytes, of which `bytes` are the first.
     void tellMany(std::uint64_t offset, std::uint64_t length, std::string_view bytes, std::string_view what,
                   std::string_view meaning)
     {
         give({offset, length, bytes, what, meaning, false});
     }
 
-    /// Bytes that are not.
+    /// Reports damaged bytes.
     void damaged(std::uint64_t offset, std::string_view bytes, std::string_view what, std::string_view reason)
     {
         Sound = false;
@@ -52,13 +52,13 @@ private:
     bool Sound = true;
 };
 
-/// A cell as a person reads it: texts in quotation marks, the beginning of long ones.
+/// A cell as people read it: texts in quotation marks, long ones cut.
 std::string cellMeaning(const Cell& cell);
 
 /// The beginning of a text in quotation marks.
 std::string quotedBeginning(std::string_view text);
 
-// What each kind of file is explained by.
+// Explains each kind of file.
 void inspectDbf(Inspection& to);
 void inspectMemoFile(Inspection& to);
 void inspectMem(Inspection& to);

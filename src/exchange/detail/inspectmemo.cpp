@@ -19,8 +19,8 @@ using namespace formats;
 
 constexpr std::size_t bytesShown = 64;
 
-/// A memo file from its first block to its last. Which blocks are in use only its table knows: what looks like a
-/// value is explained as one.
+/// Explains a memo file from its first block to its last. Only the table knows which blocks are in use, so everything
+/// that looks like a value is explained as one.
 class MemoInspection {
 public:
     MemoInspection(Inspection& to, const MemoFile& memo)
@@ -105,7 +105,7 @@ private:
         }
     }
 
-    /// Bytes of no value, up to the next block.
+    /// Unused bytes up to the next block.
     void unused(std::uint64_t at, std::uint64_t length, const char* what)
     {
         if (length > 0) {
@@ -123,7 +123,7 @@ private:
                     count(length, "byte") + ": \"" + printable(bytes) + (bytes.size() < length ? "..." : "\""));
     }
 
-    /// A dBase III text, which its end mark ends. Returns the place of the next block.
+    /// A dBase III text up to its end mark. Returns the place of the next block.
     std::uint64_t textAt(std::uint64_t at)
     {
         if (Window.view(at, 1).front() == '\0') {

@@ -30,7 +30,7 @@ public:
     /// The bytes `0` to `9`.
     std::uint32_t digits() const
     {
-        // The digits are made the ten lowest signed bytes.
+        // Maps the digits to the ten lowest signed bytes.
         constexpr char lowest = -128;
         const __m128i moved = _mm_add_epi8(Bytes, _mm_set1_epi8(static_cast<char>(lowest - '0')));
         return bits(_mm_cmplt_epi8(moved, _mm_set1_epi8(lowest + 10)));

@@ -1,5 +1,5 @@
 /// \file
-/// The case of ASCII letters. Other bytes stay as they are.
+/// The case of ASCII letters. Other bytes are not changed.
 #pragma once
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 /// \file
-/// The database of a load: opened in place, or made under a name of its own.
+/// The database of a load: opened in place, or created under a temporary name.
 #pragma once
 
 #include "databasefile.h"
@@ -14,14 +14,14 @@
 
 namespace kd_lib::exchange::detail {
 
-/// A table that was made.
+/// A table that the load has created.
 struct MadeTable {
     std::string Name;
     std::string Definition;  ///< CREATE TABLE
     TableMode Mode;
 };
 
-/// Makes the place for a new table: drops the old one, or throws an `Error` where it must stay.
+/// Makes room for a new table: drops the old one, or throws an `Error` if it must stay.
 void makeRoom(SqliteDatabase& database, const std::string& table, TableMode mode);
 
 bool holdsTable(SqliteDatabase& database, const std::string& table);
@@ -30,18 +30,18 @@ class LoadDatabase {
 public:
     enum class Tables { One, Several };
 
-    /// Opens or makes the database. Throws an `Error`. With `Several` a transaction can be rolled back without an end
-    /// of the whole load.
+    /// Opens or creates the database. Throws an `Error`. With `Several`, one transaction can be rolled back while the
+    /// load continues.
     LoadDatabase(std::string name, SqliteOptions options, Tables tables);
 
     SqliteDatabase& database() { return *Database; }
     const SqliteOptions& options() const { return Options; }
 
-    /// A table is whole, and its transaction has ended.
+    /// Registers a table that is whole, and whose transaction has ended.
     void add(MadeTable table) { Made.push_back(std::move(table)); }
 
-    /// Gives a new database its name, if it holds a table. Where another program has made one of that name meanwhile,
-    /// the tables go into that one; an `Error` is thrown at the end if one of them could not.
+    /// Gives a new database its name, if it holds a table. If another program has created one of that name meanwhile,
+    /// the tables are copied into that one; an `Error` is thrown at the end if one of them could not be.
     void finish();
 
 private:

@@ -40,8 +40,8 @@ MemoKind kindOf(const DbfLayout& layout)
     return layout.FoxFlags ? MemoKind::Fpt : MemoKind::None;
 }
 
-/// The end of a dBase III text. One end mark may be a character of the text: it is the end if another one follows, or
-/// the end of the file, or the rest of its block is unused.
+/// The end of a dBase III text. A single end mark may be a character of the text: it is the end if another one or the
+/// end of the file follows, or if the rest of its block is unused.
 bool endsText(std::string_view fromMark, std::uint64_t markAt, std::uint64_t fileSize)
 {
     if (fromMark.size() > 1 && fromMark[1] == dbt3::textEnd) {
@@ -58,7 +58,7 @@ bool endsText(std::string_view fromMark, std::uint64_t markAt, std::uint64_t fil
 MemoFile::MemoFile(const std::string& path, MemoKind kind) : File(path), Window(File), Kind(kind)
 {
     if (!File.seekable()) {
-        // An empty file is of a size that is not known, and has no header: a damaged memo file, not a pipe.
+        // The size of an empty file is not known, like that of a pipe, but it is a damaged memo file without a header.
         if (!std::filesystem::is_regular_file(path)) {
             throw Error(path, "a memo file must be a regular file");
         }
@@ -69,7 +69,7 @@ MemoFile::MemoFile(const std::string& path, MemoKind kind) : File(path), Window(
     readHeader();
 }
 
-/// A .dbt file says in its header, or by its first block, whether it is dBase IV's.
+/// The header of a .dbt file, or its first block, shows whether it is dBase IV's.
 MemoKind MemoFile::kindOfContents()
 {
     const std::string_view header = Window.view(0, dbt4::headerSize);
@@ -119,7 +119,7 @@ const char* MemoFile::read(std::uint64_t block, std::string& value)
     if (BlockSize == 0) {
         return noBlockSize;
     }
-    // A number has at most ten digits and a block size 16 bits: the product fits.
+    // A number has at most ten digits and a block size 16 bits, so the product fits.
     const std::uint64_t at = block * BlockSize;
     if (at < HeaderSize) {
         return intoHeader;

@@ -13,16 +13,16 @@
 
 namespace kd_lib::exchange::detail {
 
-/// A memo file, open. Nothing of it is trusted: every place and length is checked against the file's size.
+/// An open memo file. Every place and length in it is checked against the file's size.
 class MemoFile {
 public:
-    /// Opens a file. `kind` `None`: found out from its extension and contents. Throws an `Error` where it cannot be
-    /// opened, is not a regular file, or is of a kind that cannot be read. A header that makes no sense is no error
-    /// here: each value is then unreadable.
+    /// Opens a file. `kind` `None`: found out from its extension and contents. Throws an `Error` if it cannot be
+    /// opened, is not a regular file, or is of a kind that cannot be read. An invalid header is not an error here, but
+    /// makes every value unreadable.
     MemoFile(const std::string& path, formats::MemoKind kind);
 
-    /// Reads the value that begins with a block, into `value`. Returns a null pointer, or the reason why it cannot be
-    /// read, a text that lives for ever.
+    /// Reads the value that begins with a block into `value`. Returns a null pointer, or the reason why it cannot be
+    /// read: a string literal.
     const char* read(std::uint64_t block, std::string& value);
 
     const std::string& path() const { return File.path(); }
@@ -45,10 +45,10 @@ private:
     std::uint64_t HeaderSize = 0;
 };
 
-/// The memo file beside a table; nothing where there is none.
+/// The memo file in the table's folder; nothing if there is none.
 std::optional<std::string> findMemoFile(const std::string& table, const DbfLayout& layout);
 
-/// The kind of a memo file of this table; `None` where neither the table nor the file's extension tells.
+/// The kind of a memo file of this table; `None` if neither the table nor the file's extension determines it.
 formats::MemoKind memoKindOf(const DbfLayout& layout, const std::string& path);
 
 /// The name that the memo file of a table should have, for messages.

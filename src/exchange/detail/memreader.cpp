@@ -47,17 +47,17 @@ void MemReader::restart()
     AtEnd = EndMark = false;
 }
 
-/// Whether the variable has so many bytes in the file, which are in memory then.
+/// Whether the variable has this many bytes in the file; they are then in memory.
 bool MemReader::has(std::size_t count)
 {
     if (File.size() && Start + count > *File.size()) {
-        return false;  // a length of damaged bytes is no reason to read all of the file
+        return false;  // a damaged length must not make the whole file be read
     }
     load(count);
     return Buffer.size() - At >= count;
 }
 
-/// Reads so many bytes of the variable, or up to the end of the file.
+/// Reads this many bytes of the variable, or up to the end of the file.
 void MemReader::load(std::size_t count)
 {
     if (Buffer.size() - At < count) {
@@ -108,7 +108,7 @@ MemReader::Found MemReader::next()
     return found != Found::Variable || takeValue() ? found : Found::Cut;
 }
 
-/// Finds out form, type and name.
+/// Determines form, type and name.
 MemReader::Found MemReader::takeHeader()
 {
     const auto byte = static_cast<std::uint8_t>(typeByte()[0]);
@@ -206,7 +206,7 @@ bool MemReader::takeText(std::size_t length)
     return true;
 }
 
-/// Digits up to their mark. Without the mark nothing tells where the number ends.
+/// Digits up to their mark. Without the mark the end of the number is unknown.
 bool MemReader::takeNumberText()
 {
     load(Size + memfile::longestNumber);

@@ -15,29 +15,29 @@ namespace kd_lib::exchange::detail {
 enum class MemForm : std::uint8_t {
     DBase,   ///< dBase III and Clipper
     FoxPro,  ///< FoxPro and Visual FoxPro
-    Text     ///< texts alone: numbers as digits, dates as eight of them
+    Text     ///< only texts: numbers as digits, dates as eight digits
 };
 
 /// "dBase III or Clipper", "FoxPro", "texts".
 const char* memFormName(MemForm form);
 
-/// Takes one variable after the other.
+/// Reads the variables in order.
 class MemReader {
 public:
-    /// `file` must outlive the object and be at its beginning.
+    /// `file` must be at its beginning and outlive the object.
     explicit MemReader(InputFile& file) : File(file) {}
 
     enum class Found : std::uint8_t {
         Variable,
         End,      ///< the end mark, or the end of the file
         Cut,      ///< the file ends within a variable
-        Unknown,  ///< the header of a variable has a type that is not known; the reader cannot go on
+        Unknown,  ///< a variable's type is unknown; nothing more can be read
     };
     Found next();
 
     // Of the current variable. Views are valid until the next call.
     MemForm form() const { return Form; }
-    char type() const { return Type; }                       ///< 'C', 'N', 'D' or 'L'; where it is not known, the byte
+    char type() const { return Type; }                       ///< 'C', 'N', 'D' or 'L'; the byte itself if it is unknown
     std::string_view name() const { return bytes(Name); }    ///< as it is in the file
     std::string_view value() const { return bytes(Value); }  ///< of C without the zero byte at its end
     std::string_view typeByte() const;                       ///< in the header
@@ -46,10 +46,10 @@ public:
 
     bool hasEndMark() const { return EndMark; }
 
-    /// Bytes after the end mark, where the file is not read on; only where `hasEndMark`.
+    /// Bytes after the end mark, which are not read; only if `hasEndMark`.
     bool hasBytesAfterEnd();
 
-    /// Begins anew, with the file at its beginning.
+    /// Starts again, with the file at its beginning.
     void restart();
 
 private:
@@ -75,7 +75,7 @@ private:
     std::string Buffer;
     std::size_t At = 0;       // of the variable, in the buffer
     std::uint64_t Start = 0;  // the same in the file
-    std::size_t Size = 0;     // of the variable, as far as it has been looked at
+    std::size_t Size = 0;     // of the part of the variable that has been examined
     bool AtEnd = false;
     bool EndMark = false;
     MemForm Form = MemForm::DBase;

@@ -4,7 +4,7 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-/// The number of `count` digits at a place; nothing where one of them is none, or is missing.
+/// The number of `count` digits at a place; nothing if one of them is another character, or is missing.
 std::optional<unsigned> digitsAt(std::string_view text, std::size_t at, std::size_t count)
 {
     if (text.size() < at + count) {
@@ -25,7 +25,7 @@ std::optional<Date> dayOf(std::optional<unsigned> year, std::optional<unsigned> 
     return year && month && day ? dayOfCalendar(*year, *month, *day) : std::nullopt;
 }
 
-/// The milliseconds of ".123": nothing where there is no digit, or one after the third is not zero.
+/// The milliseconds of ".123": nothing if there is no digit, or one after the third is not zero.
 std::optional<unsigned> parseFraction(std::string_view text)
 {
     unsigned value = 0;

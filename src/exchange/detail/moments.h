@@ -23,7 +23,7 @@ constexpr std::size_t dateSize = 10;
 constexpr std::size_t timeSize = 12;
 constexpr std::size_t timestampSize = dateSize + 1 + timeSize;
 
-/// The day, where the calendar has it, in the years 1 to 9999.
+/// The day, if it exists in the calendar, in the years 1 to 9999.
 constexpr std::optional<Date> dayOfCalendar(unsigned year, unsigned month, unsigned day)
 {
     constexpr std::uint8_t lengths[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
@@ -43,12 +43,12 @@ std::optional<Date> parseEightDigits(std::string_view text);
 /// "2024-02-29"; nothing for any other text.
 std::optional<Date> parseDate(std::string_view text);
 
-/// "23:59", "23:59:58", "23:59:58.123": milliseconds since midnight. More than three decimals are taken where those
+/// "23:59", "23:59:58", "23:59:58.123": milliseconds since midnight. More than three decimals are accepted if those
 /// after the third are zero. Nothing for any other text.
 std::optional<std::uint32_t> parseTime(std::string_view text);
 
-/// A date, a blank or "T", and a time; or a date alone, which is its midnight. Nothing for any other text, also for one
-/// with a time zone.
+/// A date, a blank or "T", and a time; or a date alone, which is its midnight. Nothing for any other text, including
+/// one with a time zone.
 std::optional<Timestamp> parseTimestamp(std::string_view text);
 
 /// 00 to 99.
@@ -61,14 +61,14 @@ constexpr std::array<char, 200> twoDigits = [] {
     return digits;
 }();
 
-/// Writes a number below 100; returns what is after it.
+/// Writes a number below 100; returns the place after it.
 inline char* putTwoDigits(char* to, unsigned number)
 {
     std::memcpy(to, &twoDigits[std::size_t{2} * number], 2);
     return to + 2;
 }
 
-/// Writes "2024-02-29", "23:59:58.123", and both with `between` between them; returns what is after the text.
+/// Write "2024-02-29", "23:59:58.123", and both with `between` between them; return the place after the text.
 inline char* putDate(char* to, Date date)
 {
     const auto year = static_cast<unsigned>(date.Year);

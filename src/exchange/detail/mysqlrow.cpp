@@ -9,8 +9,8 @@ namespace kd_lib::exchange::detail {
 namespace {
 
 // Measured with MariaDB 10.11; MySQL documents the same limits.
-constexpr std::size_t rowBytes = 65535;  // of a row, long texts counting as pointers
-constexpr std::size_t pageBytes = 8126;  // of the part of a row that InnoDB keeps in its page
+constexpr std::size_t rowBytes = 65535;  // of a row; long texts count as pointers
+constexpr std::size_t pageBytes = 8126;  // of the part of a row that InnoDB keeps in the page
 constexpr std::size_t pageOverhead = 24;
 constexpr std::size_t longTextInRow = 12;
 constexpr std::size_t longTextInPage = 21;  // a pointer and its length
@@ -18,7 +18,7 @@ constexpr std::size_t shortVarchar = 255;   // bytes; shorter ones stay in the p
 constexpr std::size_t bytesOfCharacter = 4;
 constexpr std::size_t bytesOfKey = 8;
 
-/// What a column takes at most.
+/// The most bytes that a column needs.
 struct Size {
     std::size_t InRow;
     std::size_t InPage;
@@ -29,7 +29,7 @@ Size both(std::size_t bytes)
     return {bytes, bytes};
 }
 
-/// Nine digits are four bytes; what is left over, fewer.
+/// Nine digits need four bytes, the remaining digits fewer.
 std::size_t bytesOfDigits(std::size_t digits)
 {
     return digits / 9 * 4 + (digits % 9 + 1) / 2;
@@ -59,7 +59,7 @@ Size sizeOf(const Column& column, const TargetType& type)
     }
 }
 
-/// The columns of a table, as far as their sizes matter.
+/// The sizes of the columns of a table.
 class Row {
 public:
     Row(const std::vector<Column>& columns, bool key, std::vector<TargetType>& types)
@@ -85,7 +85,7 @@ public:
         }
     }
 
-    /// Only varchars that stay in the page, and are longer than a pointer, are worth it.
+    /// Only varchars that stay in the page and are longer than a pointer are worth changing.
     bool shortenPage(const TargetType& longText)
     {
         for (std::size_t i : Order) {

@@ -28,7 +28,7 @@ std::string allowedCharacters(std::string_view name, const Dialect& dialect)
 {
     std::string allowed;
     for (std::string_view rest = name; !rest.empty();) {
-        // Clients read "\r\n" inside quotes as "\n"; of PostgreSQL's this is not so.
+        // Clients other than PostgreSQL's read "\r\n" inside quotes as "\n".
         if (dialect.Is != Engine::PostgreSql && rest.starts_with("\r\n")) {
             rest.remove_prefix(1);
         }
@@ -58,7 +58,7 @@ bool isOwnTable(const std::string& name, const Dialect& dialect)
     return (dialect.Is == Engine::Sqlite ? lowerCase(name) : name).starts_with(dialect.OwnTables);
 }
 
-/// Changes the name of a column to one that the database takes. Returns the reason, or null where it takes this one.
+/// Changes the name of a column to one that the database accepts. Returns the reason, or null if it accepts this one.
 const char* adapt(std::string& name, const Dialect& dialect)
 {
     std::string changed = allowedCharacters(name, dialect);
@@ -83,7 +83,7 @@ public:
     {
     }
 
-    /// Gives every name that comes for the first time to its column, so that only the others change.
+    /// Gives every name to the first column that has it, so that only the others change.
     void takeFirst(NameCase nameCase, const std::string& key)
     {
         if (!key.empty()) {
@@ -102,7 +102,7 @@ public:
         }
     }
 
-    /// Numbers the names that are left.
+    /// Numbers the remaining names.
     void takeOthers()
     {
         for (auto& [column, wanted, reason] : Left) {
@@ -188,7 +188,7 @@ std::string tableName(const std::string& file, const TableOptions& options, cons
     const bool given = !options.Table.empty();
     const std::string wanted = given ? options.Table : inCase(stemOf(file), options.Names);
     std::string name = allowedCharacters(wanted, dialect);
-    // A table given by name may be one of PostgreSQL's own: the server says whether it takes the records.
+    // A table given by name may be one of PostgreSQL's own; the server decides whether it accepts the records.
     if (isOwnTable(name, dialect) && !(given && dialect.Is == Engine::PostgreSql)) {
         name.insert(0, 1, '_');
     }

@@ -14,17 +14,17 @@ namespace kd_lib::exchange::detail {
 
 constexpr const char* noColumns = "there are no columns to carry";
 
-/// The names of `columns` as the target takes them: in the case asked for, none empty, none twice, none too long.
-/// `dialect` may be null: then names may be anything. `key`, where not empty, is the name of a column before them.
-/// Each name that changes other than in case becomes a note.
+/// The names of `columns` as the target accepts them: in the chosen case, none empty, none twice, none too long. If
+/// `dialect` is null, any name is accepted. `key`, if not empty, is the name of a column before them. Each change other
+/// than that of case becomes a note.
 std::vector<std::string> columnNames(const std::vector<Column>& columns, NameCase nameCase, const Dialect* dialect,
                                      const std::string& key, std::vector<Note>& notes);
 
-/// The names of the columns in a target that takes any; `file` is named by the `Error` where there are none.
+/// The names of the columns in a target that accepts any; if there are none, an `Error` names `file`.
 std::vector<std::string> columnNames(const std::string& file, const std::vector<Column>& columns, NameCase nameCase,
                                      std::vector<Note>& notes);
 
-/// The name of the table: the one that the options give, or the file's without folder and extension.
+/// The name of the table: that of the options, or the file's without folder and extension.
 std::string tableName(const std::string& file, const TableOptions& options, const Dialect& dialect,
                       std::vector<Note>& notes);
 

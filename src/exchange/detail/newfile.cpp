@@ -28,7 +28,7 @@ std::string folderOf(const std::string& path)
     return slash == std::string::npos ? "." : path.substr(0, slash + 1);
 }
 
-/// A text that a symbolic link holds; empty where it cannot be read.
+/// The contents of a symbolic link; empty if it cannot be read.
 std::string linkText(const std::string& path)
 {
     std::string text(4096, '\0');
@@ -37,7 +37,7 @@ std::string linkText(const std::string& path)
     return text;
 }
 
-/// The folder of a path, without symbolic links; empty where there is none.
+/// The folder of a path, without symbolic links; empty if there is none.
 std::string realFolderOf(const std::string& path)
 {
     char* const real = ::realpath(folderOf(path).c_str(), nullptr);
@@ -52,8 +52,8 @@ bool liesInProc(const std::string& path)
     return realFolderOf(path).starts_with("/proc/");
 }
 
-/// Another descriptor of a file that is open here, where the path is such a link (/dev/stdout leads to one): it goes on
-/// where the file is written now. -1 for other paths.
+/// If the path is such a link (/dev/stdout leads to one), another descriptor of the file that is open here, which
+/// continues at the same position. -1 for other paths.
 int sameAsOwn(const std::string& path)
 {
     const std::string name = path.substr(path.find_last_of('/') + 1);
@@ -64,10 +64,10 @@ int sameAsOwn(const std::string& path)
     return ::fcntl(std::atoi(name.c_str()), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
 }
 
-/// Where the links from a path lead.
+/// The destination of the links from a path.
 struct Destination {
     std::string Path;
-    bool OpenFile = false;  ///< a link of /proc; followed no further
+    bool OpenFile = false;  ///< a link of /proc, which is not followed
     int Error = 0;
 };
 
@@ -92,7 +92,7 @@ Destination follow(const std::string& path)
     }
 }
 
-/// The name of a file that another process does not choose too.
+/// A file name that no other process chooses.
 std::string unusedName(const std::string& folder)
 {
     static std::atomic<unsigned> count = 0;
@@ -109,7 +109,7 @@ std::string pathOf(int descriptor)
     return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
-/// The new name survives a loss of power too. Not every file system takes this, and the file is there anyway.
+/// Makes the new name survive a loss of power. Not every file system supports this, and the file exists anyway.
 void syncFolder(const std::string& folder)
 {
     const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -174,7 +174,7 @@ void NewFile::openStraight(const std::string& path)
 void NewFile::openTemporary(mode_t mode)
 {
     const std::string folder = folderOf(Final);
-    // A file without a name vanishes with its process, also where that is killed. Not every file system has them.
+    // A file without a name vanishes with its process, even if that is killed. Not every file system has them.
     Descriptor = ::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode);
     if (Descriptor >= 0 && ::access(pathOf(Descriptor).c_str(), F_OK) == 0) {
         return;
@@ -192,7 +192,8 @@ void NewFile::openTemporary(mode_t mode)
 
 void NewFile::takeOver(mode_t mode, uid_t owner, gid_t group)
 {
-    // Without permission the file stays the caller's, and the group that cannot be kept gets no rights by its number.
+    // Without permission the file stays the caller's. If the group cannot be kept, another group does not inherit its
+    // rights.
     const bool kept =
         ::fchown(Descriptor, owner, group) == 0 || ::fchown(Descriptor, static_cast<uid_t>(-1), group) == 0;
     constexpr mode_t rightsOfGroup = 070;
@@ -231,7 +232,7 @@ void NewFile::commit()
 
 void NewFile::giveName()
 {
-    // A new name is taken at once, unless another process has taken it meanwhile.
+    // A new name is used at once, unless another process has used it meanwhile.
     if (Temporary.empty()) {
         if (!Replaces &&
             ::linkat(AT_FDCWD, pathOf(Descriptor).c_str(), AT_FDCWD, Final.c_str(), AT_SYMLINK_FOLLOW) == 0) {
@@ -256,7 +257,7 @@ void NewFile::giveName()
 
 void NewFile::abandon() noexcept
 {
-    // Only a file that is still the one made here is removed.
+    // Removes only the file that was created here.
     struct stat made = {};
     struct stat named = {};
     if (!Temporary.empty() && Descriptor >= 0 && ::fstat(Descriptor, &made) == 0 &&

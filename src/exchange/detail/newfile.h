@@ -1,5 +1,5 @@
 /// \file
-/// A file under way to its name.
+/// An output file that has not got its name yet.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace kd_lib::exchange::detail {
 
-/// The descriptor of an output file, and how the file comes to its name: see `OutputFile`, which gathers the text.
+/// Owns the descriptor of an output file and gives the file its name; see `OutputFile`, which collects the text.
 class NewFile {
 public:
     explicit NewFile(const std::string& path);
@@ -36,7 +36,7 @@ private:
     std::string Temporary;  ///< the file's name so far; empty: none
     int Descriptor = -1;
     bool Straight = false;
-    bool Replaces = false;  ///< a file of the final name was there
+    bool Replaces = false;  ///< a file of the final name existed
 };
 
 }  // namespace kd_lib::exchange::detail

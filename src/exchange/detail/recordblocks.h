@@ -1,5 +1,5 @@
 /// \file
-/// The bytes of a file of records, a block at a time.
+/// The bytes of a file of records, one block at a time.
 #pragma once
 
 #include "inputfile.h"
@@ -11,8 +11,8 @@
 
 namespace kd_lib::exchange::detail {
 
-/// A file read from one place on, with enough bytes in memory for whoever looks at them. There are `slack` readable
-/// bytes, of no meaning, before the first and after the last byte of every view, for code that takes words.
+/// A file read in order, with enough bytes in memory for its reader. There are `slack` readable bytes without meaning
+/// before the first and after the last byte of every view, for code that reads words.
 class RecordBlocks {
 public:
     static constexpr std::size_t slack = 32;
@@ -30,7 +30,7 @@ public:
         return {Buffer.data() + At, End - At};
     }
 
-    /// Goes on by as many bytes, which `ahead` gave.
+    /// Moves forward by this many bytes, which `ahead` has returned.
     void skip(std::size_t count)
     {
         At += count;
@@ -51,7 +51,7 @@ private:
     std::size_t At = slack;
     std::size_t End = slack;
     std::uint64_t Offset;
-    std::size_t Step = 0;  ///< what is read at a time: little at first, so that a single record is cheap to reach
+    std::size_t Step = 0;  ///< bytes to read at a time: few at first, so that a single record is cheap to reach
 };
 
 }  // namespace kd_lib::exchange::detail

@@ -82,10 +82,10 @@ bool RecordDecoder::isSet(const char* record, int bit) const
     return bit >= 0 && byte < NullFlagsLength && (byteAt(record, NullFlagsAt + byte) >> (bit % 8) & 1) != 0;
 }
 
-/// The forms that nearly all fields have, in their usual values. False: the field is to be looked at closely.
+/// Decodes the usual values of the forms that nearly all fields have. False: the field needs the slow path.
 inline bool RecordDecoder::decodeUsual(const Step& step, const char* bytes, bool ascii, Cell& cell)
 {
-    // Members of the cell are set one by one: a whole cell would be made first and then copied.
+    // Sets the members of the cell one by one: a whole cell would be constructed first and then copied.
     switch (step.Form) {
     case FieldForm::Text:
         cell.Kind = CellKind::Text;
@@ -121,7 +121,7 @@ void RecordDecoder::decode(const char* bytes, Record& record)
         Cell& cell = record.Cells[step.Column];
         if (!decodeUsual(step, bytes + step.Offset, ascii, cell)) {
             decodeOther(*step.Of, bytes, record);
-            // Such a text may lie in memory of its own, and come from a memo file.
+            // Such a text may come from a memo file, and lie in other memory than the record.
             plain = plain && cell.Kind != CellKind::Text && cell.Kind != CellKind::Number;
         }
     }
@@ -259,7 +259,7 @@ void RecordDecoder::setBinary(Field& field, const char* bytes, Record& to)
         cell = currencyCell(static_cast<std::int64_t>(little64(bytes)), field.Number);
         break;
     case FieldForm::Double:
-        // A writer of blank records fills all of their fields with blanks.
+        // Programs that append blank records fill all of their fields with blanks.
         cell = isAll(whole, ' ') ? Cell::null() : doubleCell(bytes);
         break;
     case FieldForm::SortableDouble:
@@ -274,7 +274,7 @@ void RecordDecoder::setBinary(Field& field, const char* bytes, Record& to)
     }
 }
 
-/// To the type asked for. What is no value of its own type is its bytes where that is text.
+/// Converts to the type of the options. For text, an unreadable value becomes its bytes.
 void RecordDecoder::convertCell(Field& field, std::string_view bytes, Record& to)
 {
     const Cell& cell = to.Cells[field.Column];

@@ -1,5 +1,5 @@
 /// \file
-/// From the bytes of a .dbf record to its cells.
+/// Decodes the bytes of a .dbf record into cells.
 #pragma once
 
 #include "binaryvalues.h"
@@ -20,22 +20,22 @@
 
 namespace kd_lib::exchange::detail {
 
-/// A field that is to become a column.
+/// A field that becomes a column.
 struct WantedField {
     std::size_t Column = 0;          ///< index of its cell in the record
     std::size_t Index = 0;           ///< of the layout's fields
-    std::optional<ColumnType> Type;  ///< the type asked for, unless it is the field's own
+    std::optional<ColumnType> Type;  ///< the type of the options, unless it is the field's own
 };
 
-/// Knows of each column how its field is read. Nothing is allocated for a record, but where values have become longer
-/// than all before.
+/// Knows how the field of each column is read. Allocates nothing for a record, unless a value is longer than all
+/// before.
 class RecordDecoder {
 public:
-    /// `page` and `memo` (which may be null: there is none) must live as long.
+    /// `page` and `memo` (null if there is none) must outlive the object.
     RecordDecoder(const DbfLayout& layout, const std::vector<WantedField>& wanted, const CodePage& page,
                   EncodingErrors onError, MemoFile* memo);
 
-    /// Only these columns are read from now on; the cells of the others are null.
+    /// From now on only these columns are read; the cells of the others are null.
     void need(const std::vector<bool>& needed);
 
     /// Fills the cells of the wanted fields, and the record's flaws. `bytes` begin with the
@@ -43,7 +43,7 @@ public:
     void decode(const char* bytes, Record& record);
 
     bool metHighByte() const { return MetHighByte; }        ///< a text had a byte above 127
-    bool metMissingMemo() const { return MetMissingMemo; }  ///< a pointer was set though there is no memo file
+    bool metMissingMemo() const { return MetMissingMemo; }  ///< a pointer was set although there is no memo file
 
 private:
     struct Field {
@@ -56,12 +56,12 @@ private:
         Digits Number;                   ///< memory for numbers
         std::string Text;                ///< memory for texts
         std::string Memo;                ///< memory for the bytes of a memo
-        std::string Conversion;          ///< memory for what conversions make
+        std::string Conversion;          ///< memory for results of conversions
     };
 
-    /// What is looked at for every record, close together.
+    /// The members used for every record, close together.
     struct Step {
-        FieldForm Form;  ///< `Unknown` where a value needs more than its bytes
+        FieldForm Form;  ///< `Unknown` if a value needs more than its bytes
         std::uint32_t Offset;
         std::uint32_t Length;
         std::size_t Column;
@@ -91,7 +91,7 @@ private:
     bool MetMissingMemo = false;
 };
 
-/// The number of a memo block in a pointer field: 0 for none; nothing where it is no number.
+/// The number of a memo block in a pointer field: 0 for none; nothing if it is not a number.
 std::optional<std::uint64_t> memoPointer(std::string_view field);
 
 }  // namespace kd_lib::exchange::detail

@@ -1,5 +1,5 @@
 /// \file
-/// Looking for single bytes in the short texts of cells.
+/// Searches short texts of cells for single bytes.
 #pragma once
 
 #include <kd_lib/detail/words.h>
@@ -39,7 +39,7 @@ inline SixteenBytes spread(std::string_view text)
     return std::bit_cast<SixteenBytes>(FourHalfWords{word, word, word, word});
 }
 
-/// True when `isSpecial`, which marks the bytes that it looks for among sixteen, finds one in `text`.
+/// True when `isSpecial`, which marks certain bytes among sixteen, finds one in `text`.
 template <class IsSpecial>
 bool containsAny(std::string_view text, IsSpecial isSpecial)
 {

@@ -19,7 +19,7 @@ std::string lines(std::initializer_list<std::string_view> statements)
     return text;
 }
 
-/// The names of a table, quoted, and the statement that makes it under the first one.
+/// The quoted names of a table, and the statement that creates it under the first one.
 struct Names {
     Names(const TableLayout& layout, bool temporary)
         : Table(layout.quotedTable()), New(layout.dialect().nameWithSuffix(layout.table(), newSuffix)),
@@ -56,8 +56,8 @@ ScriptFrame postgreSqlFrame(const TableLayout& layout, bool copies)
     return frame;
 }
 
-/// A table cannot be made within a transaction. A new one under its own name is harmless; one that takes the place of
-/// another has a name of its own until it is whole. RENAME changes both names at once.
+/// A table cannot be created within a transaction. A new one under its final name is harmless; one that replaces
+/// another has a temporary name until it is whole. RENAME changes both names at once.
 ScriptFrame mySqlFrame(const TableLayout& layout)
 {
     const bool replaces = layout.mode() == TableMode::Replace;
@@ -80,10 +80,10 @@ ScriptFrame mySqlFrame(const TableLayout& layout)
     return frame;
 }
 
-/// The sqlite3 shell goes on after an error, and SQLite ends a transaction by itself where the disk is full. So the rows
-/// go into a table that is there only as long as the transaction is. A table of the final name that was there is
-/// dropped before the rows, not after them, where it could be dropped alone. Views are not to be checked while the table
-/// that they name is away.
+/// The sqlite3 shell continues after an error, and SQLite ends a transaction by itself if the disk is full. So the rows
+/// go into a table that exists only as long as the transaction. An existing table of the final name is dropped before
+/// the rows: after them, the DROP alone might succeed. Views must not be checked while the table that they name is
+/// missing.
 ScriptFrame sqliteFrame(const TableLayout& layout)
 {
     const Names names(layout, true);
@@ -95,7 +95,7 @@ ScriptFrame sqliteFrame(const TableLayout& layout)
                             "DROP TABLE IF EXISTS " + names.New, "COMMIT", "PRAGMA legacy_alter_table = OFF"})};
 }
 
-/// Likewise, one statement adds all rows to a table that is there: a constraint that one row breaks keeps all out.
+/// Likewise, one statement adds all rows to an existing table: if one row breaks a constraint, none is added.
 ScriptFrame sqliteAppendFrame(const TableLayout& layout)
 {
     const Names names(layout, true);

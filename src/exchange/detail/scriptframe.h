@@ -1,5 +1,5 @@
 /// \file
-/// What a script holds beside the rows.
+/// The parts of a script before and after the rows.
 #pragma once
 
 #include <kd_lib/exchange/tablelayout.h>

@@ -35,7 +35,7 @@ Hash hashOf(std::string_view text)
     return {mixed(hash.High + hash.Low), mixed(hash.Low ^ std::rotl(hash.High, 32))};
 }
 
-/// Of the elements with one hash, the first ones of both sides are set off.
+/// Of the elements with the same hash, the first ones of both sides are paired.
 std::string leftQuery(int side)
 {
     return "SELECT number FROM (SELECT number, row_number() OVER (PARTITION BY a, b ORDER BY number) AS place, other "

@@ -1,5 +1,5 @@
 /// \file
-/// What is left of two lists when equal elements are set off against each other.
+/// What remains of two lists after equal elements have been paired.
 #pragma once
 
 #include "sqlitedatabase.h"
@@ -12,7 +12,7 @@
 namespace kd_lib::exchange::detail {
 
 /// Two lists of texts, whose elements have numbers. A text is kept as a hash of 128 bits; the hashes are kept in a
-/// temporary database of SQLite, which goes to a file when it becomes large.
+/// temporary database of SQLite, which is moved to a file when it becomes large.
 class SetOff {
 public:
     enum class Side { First, Second };
@@ -21,10 +21,10 @@ public:
 
     void add(Side side, std::uint64_t number, std::string_view text);
 
-    /// Sets off; nothing may be added afterwards.
+    /// Pairs the elements; nothing may be added afterwards.
     void settle();
 
-    /// The numbers of what is left on a side, in ascending order, one each call; nothing at the end.
+    /// Returns the numbers of the remaining elements of a side in ascending order, one per call; nothing at the end.
     std::optional<std::uint64_t> left(Side side);
 
 private:

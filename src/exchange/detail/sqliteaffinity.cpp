@@ -25,7 +25,7 @@ void skipDigits(std::string_view& text)
     text.remove_prefix(static_cast<std::size_t>(std::ranges::find_if_not(text, isDigit) - text.begin()));
 }
 
-/// Whether SQLite takes a text for a number: blanks around it, signs, decimals and exponents included.
+/// Whether SQLite treats a text as a number, which may have blanks around it, a sign, decimals and an exponent.
 bool looksLikeNumber(std::string_view text)
 {
     constexpr std::string_view blanks = " \t\n\v\f\r";
@@ -52,7 +52,7 @@ bool looksLikeNumber(std::string_view text)
     return digits > 0 && text.empty();
 }
 
-/// Whether a number is written as SQLite writes it, so that the text comes back.
+/// Whether a number is written as SQLite writes it, so that the text is preserved.
 bool isPlainNumber(std::string_view text)
 {
     text.remove_prefix(text.starts_with('-') ? 1 : 0);
@@ -74,7 +74,7 @@ bool isKept(Affinity affinity, std::string_view digits)
     return (whole && affinity == Affinity::Numeric && fits<std::int64_t>(digits)) || isExactAsDouble(digits);
 }
 
-/// Texts that look like numbers come back as they were if they are plain, kept whole, and of the column's own form.
+/// Texts that look like numbers are preserved if they are plain, kept whole, and in the column's own form.
 bool isKeptAsText(Affinity affinity, std::string_view text)
 {
     if (!looksLikeNumber(text)) {

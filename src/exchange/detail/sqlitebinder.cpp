@@ -71,7 +71,7 @@ int SqliteBinder::bindNumber(sqlite3_stmt* statement, std::size_t column, std::s
     if (affinity == Affinity::Text) {
         form = SqliteForm::Text;
     } else if (affinity != Affinity::None && form == SqliteForm::Text) {
-        // SQLite would make a double of the text, and not always the one next to it.
+        // SQLite would convert the text to a double, and not always to the nearest one.
         form = SqliteForm::Real;
     }
     switch (form) {
@@ -90,7 +90,7 @@ int SqliteBinder::bindFloat(sqlite3_stmt* statement, std::size_t column, double 
     if (Columns[column] != Affinity::Text || !std::isfinite(value)) {
         return sqlite3_bind_double(statement, static_cast<int>(column) + 1, value);
     }
-    // SQLite itself would write 15 digits only.
+    // SQLite itself would write only 15 digits.
     Room& room = Texts[column];
     const char* const end = std::to_chars(room.data(), room.data() + room.size(), value).ptr;
     return bindText(statement, column, {room.data(), static_cast<std::size_t>(end - room.data())});

@@ -15,7 +15,7 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Binds records to the parameters 1, 2, ... of a statement. What is bound views the record and this object: the
+/// Binds records to the parameters 1, 2, ... of a statement. The bound values view the record and this object, so the
 /// statement must have run before the next record is bound. Nothing is allocated per record.
 class SqliteBinder {
 public:
@@ -33,7 +33,7 @@ private:
     int bindMoment(sqlite3_stmt* statement, std::size_t column, const Cell& cell);
 
     std::vector<Affinity> Columns;
-    std::vector<Room> Texts;  // for the values that are written as text here
+    std::vector<Room> Texts;  // memory for values that are written as text
 };
 
 }  // namespace kd_lib::exchange::detail

@@ -24,8 +24,8 @@ extern "C" int stopRequested(void* stop)
     return static_cast<const std::stop_token*>(stop)->stop_requested() ? 1 : 0;
 }
 
-/// The system's reason why `path` cannot be opened, found without opening it: closing a database file would end the
-/// locks that this process has on it.
+/// The system's reason why `path` cannot be opened. The file is not opened to find it: closing a database file would
+/// end the locks that this process has on it.
 int reasonNotToOpen(const std::string& path)
 {
     struct stat status = {};
@@ -163,7 +163,7 @@ void SqliteDatabase::execute(const std::string& sql)
 void SqliteDatabase::rollback() noexcept
 {
     if (sqlite3_get_autocommit(Handle) == 0) {
-        // A stop that was asked for must not end this.
+        // A requested stop must not end this.
         sqlite3_progress_handler(Handle, 0, nullptr, nullptr);
         sqlite3_exec(Handle, "ROLLBACK", nullptr, nullptr, nullptr);
         watchForStop();

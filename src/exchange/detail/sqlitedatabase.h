@@ -18,17 +18,17 @@ struct StatementCloser {
 };
 using StatementHandle = std::unique_ptr<sqlite3_stmt, StatementCloser>;
 
-/// A name as SQL, quoted so that no character of it can end it.
+/// A name as SQL, quoted so that no character in it can end it.
 std::string quotedName(std::string_view name);
 
-/// Lets SQLite roll back what a failed write left in a database, if its journal is there: it would wait for the next
-/// one who reads. What cannot be opened or read is left as it is.
+/// Makes SQLite roll back the remains of a failed write, if there is a journal; otherwise the next reader would have
+/// to. A database that cannot be opened or read is left as it is.
 void settleJournal(const std::string& path) noexcept;
 
 /// Binds a copy of a text.
 void bindText(sqlite3_stmt* statement, int parameter, std::string_view text);
 
-/// SQLite's words for the last failure of a connection; the system's, where SQLite only says that a file could not be
+/// SQLite's message for the last failure of a connection; the system's if SQLite only says that a file could not be
 /// opened.
 std::string reasonOf(sqlite3* database);
 
@@ -37,28 +37,28 @@ class SqliteDatabase {
 public:
     enum class Access { Change, Read };
 
-    /// Opens an existing regular file. `name` is what errors call it. A file that is write-protected can be read only.
-    /// What the file holds is not looked at.
+    /// Opens an existing regular file, which errors call `name`. A write-protected file is opened for reading. The
+    /// contents of the file are not examined.
     SqliteDatabase(const std::string& path, std::string name, Access access = Access::Change);
 
-    /// Opens a database file, which is made where there is none.
+    /// Opens a database file, or creates it if there is none.
     static std::unique_ptr<SqliteDatabase> openOrMake(const std::string& path);
 
     /// Opens an empty database in memory; `name` is for errors.
     static std::unique_ptr<SqliteDatabase> inMemory(std::string name);
 
-    /// Opens an empty database that goes to a temporary file when it becomes large.
+    /// Opens an empty database that is moved to a temporary file when it becomes large.
     static std::unique_ptr<SqliteDatabase> temporary(std::string name);
 
     ~SqliteDatabase();
     SqliteDatabase(const SqliteDatabase&) = delete;
     SqliteDatabase& operator=(const SqliteDatabase&) = delete;
 
-    /// From now on a locked database is tried again for `patience`; a statement under way ends when a stop is
-    /// requested, and `fail` throws `Stopped` then.
+    /// From now on a locked database is tried again for `patience`. When a stop is requested, the current statement
+    /// ends, and `fail` throws `Stopped`.
     void heed(std::stop_token stop, std::chrono::milliseconds patience);
 
-    /// Runs statements that return no rows of interest.
+    /// Runs statements whose rows are not needed.
     void execute(const std::string& sql);
 
     /// Ends a transaction, if there is one, whatever state the connection is in.
@@ -66,7 +66,7 @@ public:
 
     StatementHandle prepare(std::string_view sql);
 
-    /// Takes the next row; false at the end.
+    /// Reads the next row; false at the end.
     bool step(sqlite3_stmt* statement);
 
     /// The integer in the first column of the first row.
@@ -74,7 +74,7 @@ public:
 
     [[noreturn]] void fail() const;
 
-    /// Throws `Stopped` where a stop that was asked for is why the last call failed.
+    /// Throws `Stopped` if the last call failed because of a requested stop.
     void throwIfStopped() const;
 
     sqlite3* handle() const { return Handle; }

@@ -11,7 +11,7 @@ namespace {
 constexpr std::array<double, 23> powersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                                 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-/// Whole numbers of so many digits are exact in a double, and fit in 64 bits.
+/// Whole numbers of at most this many digits are exact in a double, and fit in 64 bits.
 constexpr std::size_t exactDigits = 15;
 
 }  // namespace
@@ -27,7 +27,7 @@ std::size_t writeMoment(CellKind kind, const Timestamp& moment, char* to)
 double realOf(std::string_view digits)
 {
     if (digits.size() <= exactDigits) {
-        // Both numbers are exact, so that their quotient is the double next to the true value.
+        // Both numbers are exact, so their quotient is the double nearest to the true value.
         std::uint64_t whole = 0;
         std::size_t decimals = 0;
         bool pointSeen = false;

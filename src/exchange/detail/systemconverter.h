@@ -15,12 +15,12 @@ namespace kd_lib::exchange::detail {
 /// A handle of iconv that converts to UTF-8.
 class SystemConverter {
 public:
-    /// Why `convert` came back.
+    /// Why `convert` returned.
     enum class Stop {
         Done,       ///< everything is converted
         Full,       ///< the output is full
-        Unknown,    ///< the input goes on with bytes that the page lacks
-        Incomplete  ///< the input goes on with the beginning of a character
+        Unknown,    ///< the next bytes of the input are not in the page
+        Incomplete  ///< the rest of the input is the beginning of a character
     };
 
     explicit SystemConverter(const std::string& from)
@@ -39,24 +39,24 @@ public:
     SystemConverter(const SystemConverter&) = delete;
     SystemConverter& operator=(const SystemConverter&) = delete;
 
-    /// False where iconv does not know the page.
+    /// False if iconv does not know the page.
     bool isOpen() const { return Handle != invalid(); }
 
-    /// Forgets what was converted before.
+    /// Resets the converter.
     void reset() { ::iconv(Handle, nullptr, nullptr, nullptr, nullptr); }
 
-    /// Converts from `from` to `to`, moving both and reducing both counts.
+    /// Converts from `from` to `to`; advances both and reduces both counts.
     Stop convert(const char*& from, std::size_t& fromLeft, char*& to, std::size_t& toLeft)
     {
-        // iconv does not write to its input, though its declaration lacks the const.
+        // iconv does not write to its input, although its declaration lacks the const.
         return stopOf(::iconv(Handle, const_cast<char**>(&from), &fromLeft, &to, &toLeft));
     }
 
-    /// Writes what the converter holds back, such as a letter that an accent may follow.
+    /// Writes the characters that the converter has held back, such as a letter that an accent may follow.
     Stop finish(char*& to, std::size_t& toLeft) { return stopOf(::iconv(Handle, nullptr, nullptr, &to, &toLeft)); }
 
 private:
-    /// False where even a page that every system has cannot be opened, for want of memory or file descriptors.
+    /// False if even a page that every system has cannot be opened, for lack of memory or file descriptors.
     static bool canOpenAny()
     {
         const iconv_t any = ::iconv_open("UTF-8", "ISO-8859-2");
@@ -65,7 +65,7 @@ private:
 
     static iconv_t invalid() { return reinterpret_cast<iconv_t>(-1); }
 
-    /// iconv takes "" for the page of the environment, and a part after a slash for an instruction.
+    /// iconv treats "" as the page of the environment, and a part after a slash as an instruction.
     static bool isName(const std::string& name) { return !name.empty() && name.find('/') == std::string::npos; }
 
     static Stop stopOf(std::size_t result)

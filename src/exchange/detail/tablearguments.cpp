@@ -87,7 +87,7 @@ std::vector<std::string> listOf(std::string_view text)
 
 std::pair<std::string, std::string> typeOf(const Argument& argument)
 {
-    // A column's name may hold "=", a type does not.
+    // A column's name may contain "=", a type does not.
     const std::size_t equals = argument.Value.rfind('=');
     if (equals == std::string::npos) {
         refuse(argument);

@@ -19,7 +19,7 @@ struct TableArguments {
 };
 
 /// Reads `'people.dbf'`, `encoding=cp852`, `columns='name:1-8,town:9-24'`. Throws an `OptionError` that names the
-/// argument which makes no sense.
+/// invalid argument.
 TableArguments parseTableArguments(const std::vector<std::string_view>& arguments);
 
 }  // namespace kd_lib::exchange::detail

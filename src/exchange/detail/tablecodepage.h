@@ -8,14 +8,14 @@
 
 namespace kd_lib::exchange::detail {
 
-/// A code page and why it is that one.
+/// A code page and the reason for it.
 struct PageChoice {
-    std::string Page;    ///< a name that `CodePage` takes
+    std::string Page;    ///< a name that `CodePage` accepts
     std::string Reason;  ///< "language byte 57", "people.cpg"
 };
 
-/// Chooses: the page asked for, if any; else that of a .cpg file beside the table; else the header's; else CP1252,
-/// also where what the file tells is not known.
+/// Chooses the page: that of the options, if any; else that of a .cpg file in the table's folder; else the header's.
+/// CP1252 if the file names none, or an unknown one.
 PageChoice chooseCodePage(const std::string& file, const DbfLayout& layout, const std::string& asked);
 
 }  // namespace kd_lib::exchange::detail

@@ -31,7 +31,7 @@ void addColumn(TableColumns& to, const DbfLayout& layout, std::size_t index, con
     to.Fields.push_back(index);
 }
 
-/// Bits that are missing count as 0: cells that were NULL would be values.
+/// Missing bits count as 0, so that NULL would become a value.
 void checkNullFlags(TableColumns& to, const DbfLayout& layout)
 {
     const DbfField* const flags = nullFlagsOf(layout);

@@ -13,16 +13,15 @@
 
 namespace kd_lib::exchange::detail {
 
-/// The columns in the order of the file, and of which of the layout's fields each is.
+/// The columns in the order of the file, each with the index of its field in the layout.
 struct TableColumns {
     std::vector<Column> Columns;
     std::vector<std::size_t> Fields;
-    std::vector<Note>
-        Notes;               ///< types that are not known, names that cannot be decoded, null flags that do not suffice
-    bool HighBytes = false;  ///< a name has a byte above 127
+    std::vector<Note> Notes;  ///< about unknown types, names that cannot be decoded, and missing null flags
+    bool HighBytes = false;   ///< a name has a byte above 127
 };
 
-/// All columns, or those that need no memo file. The field of the null flags is none.
+/// All columns, or those that need no memo file. The field of the null flags is not a column.
 TableColumns columnsOfTable(const DbfLayout& layout, const CodePage& page, bool withMemos);
 
 }  // namespace kd_lib::exchange::detail

@@ -26,7 +26,7 @@ TargetType decimalType(std::uint32_t digits, std::uint32_t decimals)
     return {std::move(text), {FitRule::Decimal, digits - decimals, decimals}};
 }
 
-/// The smallest decimal that holds every text of `width` characters, as far as MySQL has one.
+/// The smallest decimal that holds every number of `width` characters, if MySQL has one.
 TargetType mySqlNumber(std::uint32_t width, bool decimals)
 {
     if (width == 0) {
@@ -50,7 +50,7 @@ TargetType sqliteNumber(const Column& column)
 TargetType numberType(const Dialect& dialect, const Column& column)
 {
     if (column.Decimals == 0 && column.Width != 0 && column.Width <= digitsOfBigInteger) {
-        // SQLite's integers have 64 bits, whatever their type is called.
+        // SQLite's integers have 64 bits, whatever the name of their type.
         return column.Width <= digitsOfInteger && dialect.Is != Engine::Sqlite
                    ? wholeType(dialect.Types.Integer, FitRule::Whole32)
                    : wholeType(dialect.Types.BigInteger, FitRule::Whole64);

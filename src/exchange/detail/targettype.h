@@ -1,5 +1,5 @@
 /// \file
-/// The type of a column in a dialect, and what that type holds.
+/// The type of a column in a dialect, and the limits of that type.
 #pragma once
 
 #include "fitcheck.h"
@@ -16,7 +16,7 @@ namespace kd_lib::exchange::detail {
 struct TargetType {
     std::string Text;
     FitCheck Check;
-    std::uint32_t VarcharCharacters = 0;  ///< 0: the type is no varchar
+    std::uint32_t VarcharCharacters = 0;  ///< 0: the type is not a varchar
 };
 
 TargetType targetType(const Dialect& dialect, const Column& column);

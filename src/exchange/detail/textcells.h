@@ -1,5 +1,5 @@
 /// \file
-/// Texts of a file to the cells of a record; the same for all sources of text.
+/// Converts texts of a file to cells; the same for all sources of text.
 #pragma once
 
 #include "columnchoice.h"
@@ -16,23 +16,23 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Decodes texts and gives them the types of their columns, with a flaw for what cannot be read.
+/// Decodes texts and converts them to the types of their columns; a text that cannot be read gets a flaw.
 class TextCells {
 public:
     /// `page` must outlive the object. `marked`: the texts come from a `ConvertedInput` of this page.
     TextCells(const CodePage& page, bool marked, EncodingErrors onError);
 
-    /// For the columns that the records have from now on.
+    /// Sets the columns of the following records.
     void setColumns(const std::vector<Column>& columns);
 
     /// Fills a cell from its bytes, which the cell may view.
     void set(Record& record, std::size_t column, std::string_view bytes);
 
-    /// The same for UTF-8, such as bytes of which all are below 128 in a page based on ASCII.
+    /// The same for UTF-8, for example bytes below 128 in a page based on ASCII.
     void setUtf8(Record& record, std::size_t column, std::string_view bytes)
     {
         if (Types[column] == ColumnType::Text) {
-            // Member by member: a whole cell that is copied at once waits for its members to be written.
+            // Member by member, because copying a whole cell would wait until its members are written.
             Cell& cell = record.Cells[column];
             cell.Text = bytes;
             cell.Kind = CellKind::Text;
@@ -41,14 +41,14 @@ public:
         }
     }
 
-    /// Whether a text is UTF-8 as it is, and so is each of its pieces that ASCII characters separate: they may go to
+    /// Whether a text and each of its pieces between ASCII characters is UTF-8 as it is, and may be passed to
     /// `setUtf8`.
     bool isUtf8(std::string_view bytes);
 
-    /// A text by itself, such as the name of a column.
+    /// A text outside of records, such as the name of a column.
     struct SingleText {
         std::string Utf8;    ///< with U+FFFD for what the page lacks
-        std::string Reason;  ///< what the page lacks; empty: nothing
+        std::string Reason;  ///< the bytes that the page lacks; empty: none
     };
     SingleText text(std::string_view bytes);
 
@@ -69,7 +69,7 @@ private:
     bool Marked;
     EncodingErrors OnError;
     std::vector<ColumnType> Types;
-    std::vector<std::string> Decoded;  // a scratch for each column
+    std::vector<std::string> Decoded;  // a buffer for each column
     std::vector<std::string> Digits;   // likewise
     bool High = false;
 };

@@ -21,7 +21,7 @@ void TextLines::restart()
     Number = 0;
 }
 
-/// CR ends the lines where the first one that ends with either does not end with CR LF.
+/// CR ends the lines if the first CR or LF is a CR without LF.
 void TextLines::findLineEnd()
 {
     std::size_t first = std::string_view::npos;

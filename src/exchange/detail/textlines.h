@@ -9,13 +9,13 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Takes lines that end with LF, or CR LF; with CR where the first line does.
+/// Reads lines that end with LF or CR LF, or with CR if the first line does.
 class TextLines {
 public:
-    /// `window` must outlive the object, which begins at its beginning.
+    /// Starts at the beginning of `window`, which must outlive the object.
     explicit TextLines(TextWindow& window) : Window(window) { restart(); }
 
-    /// Takes the next line; false at the end. The end mark of DOS, a byte 1A at the end of the text, is no line.
+    /// Reads the next line; false at the end. The end mark of DOS, a byte 1A at the end of the text, is not a line.
     bool next();
 
     /// The line, without its end. It views the window until the next call.
@@ -23,10 +23,10 @@ public:
 
     std::uint64_t number() const { return Number; }  ///< of the line, from 1
 
-    /// The text ended with the end mark of DOS.
+    /// Whether the text ended with the end mark of DOS.
     bool hasEndMark() const { return EndMark; }
 
-    /// Begins anew at the beginning of the window, which has been restarted.
+    /// Starts again at the beginning of the window, which has been restarted.
     void restart();
 
 private:

@@ -48,7 +48,7 @@ void TextWindow::open()
     Begin = End = first();
     Offset = 0;
     AtEnd = false;
-    fill(blockSize);  // what the encoding is told by
+    fill(blockSize);  // bytes that reveal the encoding
     if (std::string_view(Begin, static_cast<std::size_t>(End - Begin)).starts_with(utf8Mark)) {
         Begin += utf8Mark.size();
     }
@@ -91,7 +91,7 @@ std::size_t TextWindow::readSome()
 void TextWindow::more(const char* from)
 {
     const auto kept = static_cast<std::size_t>(End - from);
-    reserve(std::max(usualCapacity, 2 * kept + blockSize), from);  // so there is always room to convert into
+    reserve(std::max(usualCapacity, 2 * kept + blockSize), from);  // so that there is always room for the conversion
     std::size_t got = readSome();
     while (got < kept && !AtEnd) {
         got += readSome();

@@ -18,24 +18,24 @@
 
 namespace kd_lib::exchange::detail {
 
-/// A file, or standard input, as one piece of memory that moves along it. The mark of UTF-8 at its beginning is left
+/// The current part of a file or of standard input in one piece of memory. The mark of UTF-8 at the beginning is left
 /// out.
 class TextWindow {
 public:
-    /// Opens the file. `encoding`: the file is converted from this page; null: its bytes come as they are. Throws an
+    /// Opens the file. `encoding`: the file is converted from this page; null: its bytes are not changed. Throws an
     /// `Error` where it cannot be read.
     TextWindow(const std::string& path, const CodePage* encoding, std::stop_token stop = {});
 
-    /// The bytes that are in memory. `blockSize` bytes before the beginning and after the end may be read; they mean
-    /// nothing.
+    /// The bytes that are in memory. `blockSize` bytes before the beginning and after the end may be read; they have no
+    /// meaning.
     const char* begin() const { return Begin; }
     const char* end() const { return End; }
 
-    /// All of the file is before `end`.
+    /// Whether `end` is the end of the file.
     bool atEnd() const { return AtEnd; }
 
-    /// Reads on, keeping the bytes from `from` on, which become those from `begin` on. At least as many new ones come as
-    /// are kept, unless the file ends; so a long record is not looked through again and again.
+    /// Reads more, keeping the bytes from `from` on, which move to `begin`. Reads at least as many bytes as are kept,
+    /// unless the file ends, so that a long record is not examined again and again.
     void more(const char* from);
 
     /// Reads until `size` bytes, at most 128 KiB, are in memory, or the file ends. For the beginning of a file.
@@ -44,7 +44,7 @@ public:
     /// Goes back to the beginning. Needs a file that is `seekable`.
     void restart();
 
-    /// The place of a byte of the window in the file, from 0; in the converted text where the file is converted.
+    /// The place of a byte of the window in the file, or in the converted text if the file is converted.
     std::uint64_t offsetOf(const char* at) const { return Offset + static_cast<std::uint64_t>(at - first()); }
 
     const InputFile& file() const { return File; }
@@ -68,7 +68,7 @@ private:
     bool AtEnd = false;
 };
 
-/// "UTF-16" or "UTF-32" where a text begins as one in that encoding does; null for any other text. The window is at its
+/// "UTF-16" or "UTF-32" if the text seems to have that encoding; null for any other text. The window must be at its
 /// beginning.
 const char* wideEncoding(const TextWindow& window);
 

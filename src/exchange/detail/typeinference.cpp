@@ -10,7 +10,7 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-/// The longest text that is taken for a number.
+/// The longest text that is accepted as a number.
 constexpr std::size_t longestNumber = 1000;
 
 bool isAsPrinted(const Converted& number, std::string_view text)

@@ -1,5 +1,5 @@
 /// \file
-/// Finds the types of the columns of a text by its values.
+/// Finds the types of the columns of a text from its values.
 #pragma once
 
 #include <kd_lib/exchange/column.h>
@@ -11,14 +11,14 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Looks at all values of one column. A type is found only where every value prints back as it is: 007, +1, 1. and -0
-/// are texts, and so is a number with an exponent.
+/// Examines all values of one column. A type other than text is found only if every value prints back the same: 007,
+/// +1, 1. and -0 are texts, and so is a number with an exponent.
 class TypeInference {
 public:
-    /// Looks at a value; one that is NULL is not shown to it.
+    /// Examines a value that is not NULL.
     void add(std::string_view text, std::uint64_t record);
 
-    /// The type: whole numbers of 64 bits, numbers, days of the calendar ("2024-02-29"), else text; text where there was
+    /// The type: whole numbers of 64 bits, numbers, days of the calendar ("2024-02-29"), else text; text if there was
     /// no value. Numbers have the width and the decimals that they need.
     Column applyTo(Column column) const;
 
@@ -33,7 +33,7 @@ private:
     bool Exact = true;
     bool Days = true;
     std::uint64_t Values = 0;
-    std::uint64_t TextRecord = 0;  // the first that made the column one of text
+    std::uint64_t TextRecord = 0;  // the first record that made the column text
     std::uint32_t WholeWidth = 0;  // characters before the point, with the sign
     std::uint32_t Decimals = 0;
     std::string Scratch;

@@ -17,7 +17,7 @@ bool continues(char byte)
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
-/// Each character through `change`.
+/// Passes each character through `change`.
 template <class Change>
 std::string changed(std::string_view text, Change change)
 {

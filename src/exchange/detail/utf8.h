@@ -9,7 +9,7 @@
 
 namespace kd_lib::exchange::detail {
 
-/// What a text begins with: a whole character, or the longest beginning of one.
+/// The beginning of a text: a whole character, or the longest beginning of one.
 struct Utf8Piece {
     std::size_t Length;
     bool Whole;
@@ -27,7 +27,7 @@ inline Utf8Piece firstUtf8Piece(std::string_view text)
     if (length == 0) {
         return {1, false};
     }
-    // The second byte excludes overlong forms, surrogates, and what is beyond U+10FFFF.
+    // The second byte excludes overlong forms, surrogates, and values beyond U+10FFFF.
     unsigned char low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
     unsigned char high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
     std::size_t got = 1;
@@ -39,7 +39,7 @@ inline Utf8Piece firstUtf8Piece(std::string_view text)
     return {got, got == length};
 }
 
-/// The length of the beginning that is UTF-8; of the whole text where all of it is.
+/// The length of the beginning that is UTF-8; of the whole text if all of it is.
 inline std::size_t validUtf8Length(std::string_view text)
 {
     using kd_lib::detail::valueAt;

@@ -42,7 +42,7 @@ bool isPadding(char c)
     return c == ' ' || c == '\0';
 }
 
-/// A number's pieces, as they are in its text.
+/// The pieces of a number in its text.
 struct NumberPieces {
     bool Negative = false;
     std::string_view Whole;  // without zeros before its last digit; may be empty
@@ -73,7 +73,7 @@ bool takeSign(std::string_view& rest)
     return false;
 }
 
-/// Takes an exponent, if there is one; false where it has no digits.
+/// Takes an exponent, if there is one; false if it has no digits.
 bool takeExponent(std::string_view& rest, int& exponent)
 {
     if (rest.empty() || lowerLetter(rest[0]) != 'e') {
@@ -113,7 +113,7 @@ std::optional<NumberPieces> piecesOf(std::string_view text)
     return pieces;
 }
 
-/// The number in its text, where it is there in normal form.
+/// The number as a part of its text, if it has normal form there.
 std::optional<std::string_view> viewOf(const NumberPieces& number, std::string_view text)
 {
     if (number.Exponent != 0 || number.Whole.empty()) {
@@ -161,7 +161,7 @@ bool isOneOf(std::string_view text, std::initializer_list<std::string_view> word
     return std::ranges::any_of(words, [text](std::string_view word) { return equalWithoutCase(text, word); });
 }
 
-/// A whole number that `digits`, in normal form, are; they may have decimals of zero.
+/// The whole number of `digits` in normal form, which may have decimals of zero.
 Converted wholeOf(std::string_view digits)
 {
     const std::size_t point = digits.find('.');
@@ -189,7 +189,7 @@ Converted doubleOf(std::string_view digits)
     return error == std::errc() && stop == end ? Converted(Cell::real(value)) : Converted::failed(notANumber);
 }
 
-/// The shortest digits that give the double back, in the form that is asked for.
+/// The shortest digits that convert back to the double, in the given form.
 std::string_view writeDouble(double value, std::string& scratch, std::chars_format form)
 {
     constexpr std::size_t longest = 512;
@@ -199,7 +199,7 @@ std::string_view writeDouble(double value, std::string& scratch, std::chars_form
     return scratch;
 }
 
-/// As a reader expects them: 1000000 and 0.001, but 1e+300.
+/// As people write them: 1000000 and 0.001, but 1e+300.
 std::string_view textOfDouble(double value, std::string& scratch)
 {
     if (std::isnan(value)) {
@@ -221,7 +221,7 @@ std::string_view writeMoment(std::string& scratch, Put put)
     return scratch;
 }
 
-/// The cell as a text, for a cell that is a value.
+/// The text of a cell that has a value.
 std::string_view textOf(const Cell& cell, std::string& scratch)
 {
     switch (cell.Kind) {
@@ -245,7 +245,7 @@ Converted convertFloat(double value, ColumnType to, std::string& scratch)
     if (!std::isfinite(value)) {
         return Converted::failed(notANumber);
     }
-    // Without an exponent the digits are in normal form, but for the sign of zero: they are viewed where they are.
+    // Without an exponent the digits are in normal form, except the sign of zero, and are viewed in place.
     return valueOf(to, writeDouble(value, scratch, std::chars_format::fixed), scratch);
 }
 

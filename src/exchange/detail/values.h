@@ -1,6 +1,6 @@
 /// \file
-/// Texts to typed cells: one rule a type, for all sources. Texts are UTF-8 here; values of other types than text are
-/// ASCII, so that bytes of a code page based on ASCII may be given as well.
+/// Converts texts to typed cells, with one rule per type for all sources. Texts are UTF-8 here; values of types other
+/// than text are ASCII, so they may also be bytes of a code page based on ASCII.
 #pragma once
 
 #include <kd_lib/exchange/cell.h>
@@ -11,10 +11,10 @@
 
 namespace kd_lib::exchange::detail {
 
-/// A cell, or why there is none.
+/// A cell, or the reason why there is none.
 struct Converted {
     Cell Value;
-    const char* Problem = nullptr;  ///< the reason where `Value` is unreadable; null otherwise
+    const char* Problem = nullptr;  ///< the reason if `Value` is unreadable; null otherwise
 
     Converted(const Cell& value) : Value(value) {}
     static Converted failed(const char* problem)
@@ -28,16 +28,17 @@ struct Converted {
 /// A text without the blanks and zero bytes around it.
 std::string_view withoutPadding(std::string_view text);
 
-// In all that follows padding around the text is ignored, and what is padding only is NULL. A cell's text views `text`
-// where that holds it as it must be; otherwise it is in `scratch`, which the caller keeps as long as the cell.
+// All following functions ignore padding around the text, and return NULL for padding only. A cell's text views `text`
+// if that contains it in the right form; otherwise it is in `scratch`, which must outlive the cell.
 
-/// An exact number by its digits: plus sign, leading zeros and the sign of zero go; exponents are expanded, up to 1000.
+/// An exact number by its digits: a plus sign, leading zeros and the sign of zero are removed; exponents are expanded,
+/// up to 1000.
 Converted numberOf(std::string_view text, std::string& scratch);
 
-/// The same for a number of 64 bits without decimals; decimals of zero go.
+/// The same for a number of 64 bits without decimals; decimals of zero are removed.
 Converted wholeNumberOf(std::string_view text, std::string& scratch);
 
-/// The double next to the number, or "NaN", "Infinity", "inf" in any case.
+/// The double nearest to the number, or "NaN", "Infinity", "inf" in any case.
 Converted floatOf(std::string_view text);
 
 /// The boolean of one letter of a .dbf: T t Y y, F f N n; "?" is NULL.
@@ -60,7 +61,8 @@ Converted timestampOf(std::string_view text);
 Converted valueOf(ColumnType type, std::string_view text, std::string& scratch);
 
 /// A cell as a value of another type, without loss: 5.00 is the integer 5, a day is the timestamp of its midnight; 1.5
-/// is no integer, a timestamp at noon is no day. Bytes become text where they are UTF-8. NULL and unreadable cells stay.
+/// is not an integer, a timestamp at noon is not a day. Bytes become text if they are UTF-8. NULL and unreadable cells
+/// stay.
 Converted convert(const Cell& cell, ColumnType to, std::string& scratch);
 
 }  // namespace kd_lib::exchange::detail

@@ -14,7 +14,7 @@ namespace {
 
 using namespace kd_lib::exchange;
 
-/// What happens while statements run goes to SQLite's log, which its shell shows after `.log on`.
+/// Rejects and notes go to SQLite's log, which its shell shows after `.log on`.
 VirtualTableEvents loggedEvents()
 {
     VirtualTableEvents events;
@@ -30,7 +30,7 @@ VirtualTableEvents loggedEvents()
 
 }  // namespace
 
-/// SQLite makes this name of that of the file.
+/// SQLite derives this name from that of the file.
 extern "C" KD_LIB_EXPORT int sqlite3_kdtables_init(sqlite3* connection, char** message,
                                                    const sqlite3_api_routines* functions)
 {

@@ -123,7 +123,7 @@ inline Reading readFileAs(const std::string& path, const kd_lib::exchange::Sourc
     return readAll(*kd_lib::exchange::openSource(path, options));
 }
 
-/// Why a file cannot be opened or read, without its name; empty where it can.
+/// Why a file cannot be opened or read, without its name; empty if it can.
 inline std::string failureOf(const std::string& path, const kd_lib::exchange::SourceOptions& options = {})
 {
     try {

@@ -98,7 +98,7 @@ inline std::string shownNotes(const kd_lib::exchange::Source& source)
     return all;
 }
 
-/// The line of the error that `work` throws; empty where it throws none.
+/// The line of the error that `work` throws; empty if it throws none.
 template <class Work>
 std::string errorOf(Work work)
 {
