@@ -217,7 +217,7 @@ void DbfSource::Reader::tell()
     }
     if (!ToldPage && (InFile.HighBytes || Decoder->metHighByte())) {
         ToldPage = true;
-        Of.note("code page " + Page.name() + ": " + PageWhy.Reason);
+        Of.noteFact("code page " + Page.name() + ": " + PageWhy.Reason);
     }
     if (!ToldMemo && Decoder->metMissingMemo()) {
         ToldMemo = true;

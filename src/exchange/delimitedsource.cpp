@@ -256,7 +256,7 @@ void DelimitedSource::Reader::tellAtEnd()
     }
     Told = true;
     if (Cells.metHighBytes()) {
-        Of.note("code page " + Page.name() + ": " + whyPage());
+        Of.noteFact("code page " + Page.name() + ": " + whyPage());
     }
     if (Rows.hasEndMark()) {
         Of.note("the byte 1A at the end, the end mark of DOS, is left out");

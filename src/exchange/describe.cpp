@@ -5,6 +5,7 @@
 #include <kd_lib/exchange/target.h>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -95,7 +96,7 @@ Description describe(const std::string& file, const SourceOptions& options, cons
     Description description;
     description.File = file;
     description.Columns = source->columns();
-    description.Notes = source->notes();
+    std::ranges::remove_copy_if(source->notes(), std::back_inserter(description.Notes), &Note::Fact);
     rejects.tell(description.Notes);
     description.Facts = source->facts();
     const std::uint64_t deleted = source->recordsLeftOut() + target.Deleted;

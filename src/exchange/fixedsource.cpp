@@ -173,7 +173,7 @@ void FixedSource::Reader::tellAtEnd()
     }
     Told = true;
     if (Cells.metHighBytes()) {
-        Of.note("code page " + Page.name() + ": " + whyPage());
+        Of.noteFact("code page " + Page.name() + ": " + whyPage());
     }
     if (Longer > 0) {
         Of.note(detail::count(Longer, "line") + (Longer == 1 ? " has" : " have") + " text after byte " +

@@ -182,7 +182,7 @@ void MemSource::Reader::tellAtEnd()
     }
     Told = true;
     if (Cells.metHighBytes()) {
-        Of.note("code page " + Page.name() + ": " + whyPage());
+        Of.noteFact("code page " + Page.name() + ": " + whyPage());
     }
     if (Current == Found::End && !Variables.hasEndMark() && Variables.form() != detail::MemForm::Text) {
         Of.note("the end mark is missing");

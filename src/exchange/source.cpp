@@ -19,4 +19,9 @@ void Source::note(std::string text, bool loss)
     Notes.push_back({std::move(text), loss});
 }
 
+void Source::noteFact(std::string text)
+{
+    Notes.push_back({std::move(text), false, true});
+}
+
 }  // namespace kd_lib::exchange

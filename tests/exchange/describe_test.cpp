@@ -89,7 +89,7 @@ TEST_F(DescribeTest, WhatWouldNotBeCarried)
         .record({"20230229", "", ""}, '*');
     file.Count = 9;
     EXPECT_EQ(notes(of(file)),
-              (Texts{"column X: type 7 of 1 byte is not known; carried as bytes", "code page CP1252: language byte 03",
+              (Texts{"column X: type 7 of 1 byte is not known; carried as bytes",
                      "loss: the header counts 9 records, the file holds 4", "1 deleted record left out",
                      "loss: column BORN: 3 cells unreadable, the first in record 1: not a date",
                      "loss: column NAME: 2 cells with bytes replaced, the first in record 1: byte 0x81 is not in code "

@@ -161,7 +161,11 @@ TEST_F(InspectTest, DamagedRecords)
     XbaseFile file = sample();
     file.Count = 9;
     lines("n.dbf", file.bytes());
-    EXPECT_EQ(damaged(), (Texts{"!124+0 records: the header counts 9 records, the file holds 2"}));
+    EXPECT_EQ(damaged(), (Texts{"!4+4 record count: the header counts 9 records, the file holds 2"}));
+    XbaseFile old(2, {{"A", 'C', 5}});
+    old.Count = 7;
+    lines("o.dbf", old.bytes());
+    EXPECT_EQ(damaged(), (Texts{"!1+2 record count: the header counts 7 records, the file holds 0"}));
     const std::string bytes = sample().bytes();
     lines("cut.dbf", bytes.substr(0, bytes.size() - 4));
     EXPECT_EQ(damaged(), (Texts{"!110+10 record 2: the file ends within the record"}));

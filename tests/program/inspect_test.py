@@ -40,6 +40,12 @@ class Inspect(ProgramTest):
                 self.assertEqual((result.code, result.err), (3, ''))
                 self.assertIn('DAMAGED: ', result.out)
 
+    def test_wrong_record_count_is_damage_of_the_header(self):
+        write('a.dbf', bent(GOOD, 4, b'\xc8'))
+        damaged = [line for line in self.run_program('inspect', 'a.dbf').out.splitlines() if 'DAMAGED' in line]
+        self.assertEqual([line.split() for line in damaged],
+                         ['4 c8 00 00 00 record count DAMAGED: the header counts 200 records, the file holds 3'.split()])
+
     def test_every_length_of_a_table_is_explained(self):
         for size in range(len(GOOD)):
             write('a.dbf', GOOD[:size])

@@ -20,6 +20,11 @@ class Show(ProgramTest):
                      'ID      number   N            4\n', 'LIMIT   number   N            9         2\n']:
             self.assertIn(line, out)
 
+    def test_code_page_is_told_once(self):
+        write('a.csv', 'name\nK\xf6ln\n')
+        for file, page in [(sample('clients.dbf', 'clients.dbt'), 'CP1252'), ('a.csv', 'CP850')]:
+            self.assertEqual(self.shown(file, *([] if file == 'clients.dbf' else ['--encoding', '850'])).count(page), 1)
+
     def test_missing_memo_file_is_a_loss(self):
         sample('clients.dbf')
         out = self.shown('clients.dbf', code=3)

@@ -121,6 +121,9 @@ protected:
     /// Adds a note about the file, unless it is there already.
     void note(std::string text, bool loss = false);
 
+    /// The same, where one of the facts says it too.
+    void noteFact(std::string text);
+
     bool needed(std::size_t column) const { return Needed.empty() || Needed[column]; }
 
     std::string File;

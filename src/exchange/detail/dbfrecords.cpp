@@ -97,9 +97,9 @@ void DbfRecords::noteEnd(std::string_view rest, bool cut)
 {
     const std::uint64_t found = Number + (cut ? 1 : 0);
     if (found != Count) {
-        Notes.push_back({"the header counts " + count(Count, "record") + ", the file holds " + std::to_string(Number) +
-                             (cut ? " whole ones" : ""),
-                         true});
+        WrongCount = "the header counts " + count(Count, "record") + ", the file holds " + std::to_string(Number) +
+                     (cut ? " whole ones" : "");
+        Notes.push_back({*WrongCount, true});
     }
     if (rest.empty() || cut) {
         return;

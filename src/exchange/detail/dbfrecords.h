@@ -49,6 +49,9 @@ public:
     bool hasNotes() const { return !Notes.empty(); }
     std::vector<Note> takeNotes() { return std::exchange(Notes, {}); }
 
+    /// After the end: how the header's count is wrong, if it is. One of the notes says the same.
+    const std::optional<std::string>& wrongCount() const { return WrongCount; }
+
 private:
     Found end(std::string_view rest);
     bool isRecord(char mark);
@@ -73,6 +76,7 @@ private:
 
     std::optional<std::uint64_t> Last;  ///< number of the last record, if it was needed
     std::vector<Note> Notes;
+    std::optional<std::string> WrongCount;
     bool Silent = false;
     bool NotedMark = false;
     bool NotedEnd = false;

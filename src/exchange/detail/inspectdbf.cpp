@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace kd_lib::exchange::detail {
 
@@ -24,8 +25,9 @@ using namespace formats;
 /// Explains the header of a table, line by line.
 class HeaderInspection {
 public:
-    HeaderInspection(Inspection& to, const DbfLayout& layout, std::string_view bytes, const TableColumns* columns)
-        : To(to), Layout(layout), Bytes(bytes), Columns(columns)
+    HeaderInspection(Inspection& to, const DbfLayout& layout, std::string_view bytes, const TableColumns* columns,
+                     std::optional<std::string> wrongCount)
+        : To(to), Layout(layout), Bytes(bytes), Columns(columns), WrongCount(std::move(wrongCount))
     {
     }
 
@@ -64,6 +66,15 @@ private:
         part(at, length, "reserved", empty ? "" : "left-overs, not read");
     }
 
+    void recordCount(std::size_t at, std::size_t length)
+    {
+        if (WrongCount) {
+            To.damaged(at, Bytes.substr(at, length), "record count", *WrongCount);
+        } else {
+            part(at, length, "record count", std::to_string(Layout.RecordCount));
+        }
+    }
+
     void numbers()
     {
         part(dbfheader::versionAt, 1, "version", kindOfTable(Layout));
@@ -72,7 +83,7 @@ private:
             return;
         }
         part(dbfheader::yearAt, 3, "last change", lastChange(Layout));
-        part(dbfheader::recordCountAt, 4, "record count", std::to_string(Layout.RecordCount));
+        recordCount(dbfheader::recordCountAt, 4);
         part(dbfheader::headerLengthAt, 2, "header length", std::to_string(Layout.HeaderLength));
         part(dbfheader::recordLengthAt, 2, "record length", std::to_string(Layout.RecordLength));
         unused(dbfheader::recordLengthAt + 2, 2);
@@ -91,7 +102,7 @@ private:
     void numbersOf2()
     {
         part(dbfheader::versionAt, 1, "version", kindOfTable(Layout));
-        part(dbf2header::recordCountAt, 2, "record count", std::to_string(Layout.RecordCount));
+        recordCount(dbf2header::recordCountAt, 2);
         part(dbf2header::monthAt, 3, "last change", lastChange(Layout));
         part(dbf2header::recordLengthAt, 2, "record length", std::to_string(Layout.RecordLength));
     }
@@ -174,7 +185,23 @@ private:
     const DbfLayout& Layout;
     std::string_view Bytes;
     const TableColumns* Columns;
+    std::optional<std::string> WrongCount;
 };
+
+/// How the header's count is wrong, if it is. The records are read for it before the header is explained. Of a pipe
+/// that is not possible: there it is known at the end.
+std::optional<std::string> wrongCount(const Inspection& to, const InputFile& file, const DbfLayout& layout)
+{
+    if (!file.seekable()) {
+        return std::nullopt;
+    }
+    InputFile again(to.file());
+    again.seek(layout.HeaderLength);
+    DbfRecords records(again, layout);
+    while (records.next() == DbfRecords::Found::Record && !to.options().Stop.stop_requested()) {
+    }
+    return records.wrongCount();
+}
 
 /// The records of a table that can be read.
 class RecordInspection {
@@ -282,7 +309,8 @@ private:
             ++at;
         }
         for (const Note& note : Records.takeNotes()) {
-            if (note.Loss) {
+            // Of a wrong count the header's line tells.
+            if (note.Loss && (note.Text != Records.wrongCount() || !File.seekable())) {
                 To.damaged(at, {}, "records", note.Text);
             }
         }
@@ -311,7 +339,7 @@ void inspectDbf(Inspection& to)
     const std::string bytes = readDbfHeader(file);
     const DbfLayout layout = parseDbfHeader(bytes);
     if (layout.Fault) {
-        HeaderInspection(to, layout, bytes, nullptr).run();
+        HeaderInspection(to, layout, bytes, nullptr, std::nullopt).run();
         if (file.size().value_or(0) > bytes.size()) {
             to.tellMany(bytes.size(), *file.size() - bytes.size(), {}, "rest of the file", "not explained");
         }
@@ -320,7 +348,7 @@ void inspectDbf(Inspection& to)
     const PageChoice choice = chooseCodePage(to.file(), layout, to.options().Encoding);
     const CodePage page(choice.Page);
     const TableColumns columns = columnsOfTable(layout, page, true);
-    HeaderInspection(to, layout, bytes, &columns).run();
+    HeaderInspection(to, layout, bytes, &columns, wrongCount(to, file, layout)).run();
     to.tell(0, {}, "code page", page.name() + ": " + choice.Reason);
     for (const Note& note : columns.Notes) {
         if (note.Loss) {
