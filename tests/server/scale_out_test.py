@@ -1,12 +1,11 @@
 """Tables that are spread over several servers, and slices of one file side by side, as docs/scale-out.md shows."""
-import os
 import pathlib
 import subprocess
 import tempfile
 import unittest
 
 import servers
-from server_faults_test import dbf, kd_db, numbered
+from server_faults_test import ENVIRONMENT, KD_DB, Result, dbf, kd_db, numbered, until
 
 COUNT = 4000
 
@@ -26,9 +25,48 @@ class ScaleOut(unittest.TestCase):
     def sorted_rows(rows):
         return sorted(rows, key=lambda row: int(row[0]))
 
+    def rows_of(self, server):
+        return server.execute('SELECT n, t FROM people', 'shop')
+
+    def fail_in_commit(self, shard):
+        """A load during whose COMMIT the shard is killed; it has the rows by then, and they are not committed."""
+        with shard.session('shop') as send:
+            send(self.HOLD_COMMIT)
+            process = subprocess.Popen([KD_DB, 'load', self.file, '--append', '--into', self.uri], env=ENVIRONMENT,
+                                       stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            self.assertTrue(until(lambda: self.commits(shard) or process.poll() is not None))
+            self.assertIsNone(process.poll())
+            shard.kill()
+            result = Result(process.wait(120), *(pipe.read() for pipe in (process.stdout, process.stderr)))
+            process.stdout.close()
+            process.stderr.close()
+        shard.restart()
+        return result
+
+    def check_a_death_in_commit(self):
+        """The shard that dies keeps nothing, the other one all or nothing; the load fails, `verify` shows what is there,
+        and with the rows deleted the load is right."""
+        kept = []
+        for dying, other in (self.shards, self.shards[::-1]):
+            result = self.fail_in_commit(dying)
+            self.assertEqual(result.code, 1, result.err)
+            self.assertEqual(self.rows_of(dying), [])
+            rows = self.rows_of(other)
+            kept.append(len(rows))
+            self.assertEqual(kd_db('verify', self.file, self.uri).code, 1)
+            self.front.execute('DELETE FROM people', 'shop')
+            self.assertEqual(self.append(self.uri).code, 0)
+            self.assertEqual(kd_db('verify', self.file, self.uri).code, 0)
+            if rows:
+                self.assertEqual(self.sorted_rows(rows), self.sorted_rows(self.rows_of(other)))
+            self.front.execute('DELETE FROM people', 'shop')
+        return kept
+
 
 class PostgreSQLPartitionsTest(ScaleOut):
     """A table partitioned by hash over two more servers (postgres_fdw)."""
+
+    HOLD_COMMIT = 'SELECT pg_advisory_lock(1)'
 
     @classmethod
     def setUpClass(cls):
@@ -54,9 +92,6 @@ class PostgreSQLPartitionsTest(ScaleOut):
                 f"SERVER shard{i} OPTIONS (table_name 'people')", 'shop')
         self.uri = self.front.uri('shop')
 
-    def rows_of(self, server):
-        return server.execute('SELECT n, t FROM people', 'shop')
-
     def test_every_row_is_on_one_shard(self):
         result = self.append(self.uri)
         self.assertEqual(result.code, 0, result.err)
@@ -80,9 +115,41 @@ class PostgreSQLPartitionsTest(ScaleOut):
             self.shards[1].restart()
         self.assertEqual([self.rows_of(shard) for shard in self.shards], [[], []])
 
+    @staticmethod
+    def commits(shard):
+        return shard.execute("SELECT count(*) FROM pg_locks WHERE locktype = 'advisory' AND NOT granted")[0][0] != '0'
+
+    def constrain_at_commit(self, shard, check):
+        shard.execute(f'CREATE FUNCTION late() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN {check}; RETURN NULL; END $$;'
+                      'CREATE CONSTRAINT TRIGGER late AFTER INSERT ON people DEFERRABLE INITIALLY DEFERRED '
+                      'FOR EACH ROW WHEN (NEW.n > 3990) EXECUTE FUNCTION late()', 'shop')
+
+    def test_a_shard_that_refuses_at_commit(self):
+        """The front commits the shards one after the other: those before the refusing one keep their rows."""
+        kept = []
+        for refusing, other in (self.shards, self.shards[::-1]):
+            self.constrain_at_commit(refusing, "RAISE 'too late'")
+            result = self.append(self.uri)
+            self.assertEqual(result.code, 1, result.err)
+            self.assertIn('too late', result.err)
+            self.assertEqual(self.rows_of(refusing), [])
+            kept.append(len(self.rows_of(other)))
+            refusing.execute('DROP TRIGGER late ON people; DROP FUNCTION late', 'shop')
+            self.front.execute('DELETE FROM people', 'shop')
+        self.assertEqual(kept.count(0), 1, kept)
+        self.assertTrue(0 < max(kept) < COUNT, kept)
+
+    def test_a_shard_that_dies_during_commit(self):
+        for shard in self.shards:
+            self.constrain_at_commit(shard, 'PERFORM pg_advisory_xact_lock_shared(1)')
+        kept = self.check_a_death_in_commit()
+        self.assertEqual(kept.count(0), 1, kept)
+
 
 class SpiderTest(ScaleOut):
     """A table that the Spider engine shards over two more servers."""
+
+    HOLD_COMMIT = 'BACKUP STAGE START; BACKUP STAGE BLOCK_COMMIT'
 
     @classmethod
     def setUpClass(cls):
@@ -109,9 +176,6 @@ class SpiderTest(ScaleOut):
                            f"({', '.join(partitions)})", 'shop')
         self.uri = self.front.uri('shop')
 
-    def rows_of(self, server):
-        return server.execute('SELECT n, t FROM people', 'shop')
-
     def test_every_row_is_on_one_shard(self):
         result = self.append(self.uri)
         self.assertEqual(result.code, 0, result.err)
@@ -135,6 +199,17 @@ class SpiderTest(ScaleOut):
             self.shards[1].restart()
         self.assertEqual([self.rows_of(shard) for shard in self.shards], [[], []])
 
+    @staticmethod
+    def commits(shard):
+        return shard.execute("SELECT count(*) FROM information_schema.processlist WHERE state LIKE '%backup lock%'"
+                             )[0][0] != '0'
+
+    def test_a_shard_that_dies_during_commit(self):
+        """Spider commits the other shard all the same."""
+        kept = self.check_a_death_in_commit()
+        self.assertEqual(sum(kept), COUNT)
+        self.assertGreater(min(kept), 0)
+
 
 class SlicesTest(ScaleOut):
     """Four processes, each with a quarter of one file."""
@@ -144,7 +219,7 @@ class SlicesTest(ScaleOut):
             uri = server.uri(name)
             server.execute(create, name)
             edges = [(i * COUNT // 4 + 1, (i + 1) * COUNT // 4) for i in range(4)]
-            processes = [subprocess.Popen([os.environ['KD_DB'], 'load', self.file, '--append', '--into', uri,
+            processes = [subprocess.Popen([KD_DB, 'load', self.file, '--append', '--into', uri,
                                            '--records', f'{first}-{last}'], stderr=subprocess.PIPE)
                          for first, last in edges]
             for process in processes:

@@ -118,26 +118,8 @@ class OnServer:
     def load(self, *words, file=None, uri=None, environment=None):
         return kd_db('load', file or self.file, '--into', uri or self.uri, *words, environment=environment)
 
-    @contextlib.contextmanager
     def session(self):
-        """A session of the server's own client that stays open: a function that sends it statements and, unless they
-        are to wait for something, returns once they are done."""
-        words = [*self.server.client(self.name), *self.PROMPT]
-        with subprocess.Popen(words, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                              text=True, env=self.server._environment()) as process:
-            def send(sql, wait=True):
-                process.stdin.write(f"{sql};\nSELECT 'done';\n")
-                process.stdin.flush()
-                lines = iter(process.stdout.readline, 'done\n') if wait else ()
-                for line in lines:
-                    self.assertNotIn('ERROR', line)
-                    self.assertNotEqual(line, '', 'the session has ended')
-            try:
-                yield send
-            finally:
-                with contextlib.suppress(BrokenPipeError):
-                    process.stdin.close()
-                process.kill()
+        return self.server.session(self.name)
 
     # Refused before anything is stored
 
@@ -360,7 +342,6 @@ class PostgreSQLTest(OnServer, unittest.TestCase):
     FULL = ('No space left', '[#53100]')
     LONGEST = 63
     MARK = '"'
-    PROMPT = ['-R', '\n']
 
     def make_user(self, user, password):
         self.server.execute(f"DROP ROLE IF EXISTS {user}")
@@ -463,7 +444,6 @@ class MariaDBTest(OnServer, unittest.TestCase):
     FULL = ('full', '[#1114]')
     LONGEST = 64
     MARK = '`'
-    PROMPT = ['--unbuffered']
 
     def make_user(self, user, password):
         self.server.execute(f"CREATE OR REPLACE USER {user}@'%' IDENTIFIED BY '{password}';"

@@ -232,6 +232,26 @@ class Server:
             raise ServerError(f'{self.KIND}: {done.stderr.strip()}')
         return self._rows(done.stdout)
 
+    @contextlib.contextmanager
+    def session(self, database=None):
+        """A session of the server's own client that stays open until the block's end: a function that sends it
+        statements and, unless it is not to wait, returns once they are done."""
+        with subprocess.Popen([*self.client(database), *self.LINE_BY_LINE], stdin=subprocess.PIPE,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                              env=self._environment()) as process:
+            def send(sql, wait=True):
+                process.stdin.write(f"{sql};\nSELECT 'done';\n")
+                process.stdin.flush()
+                for line in iter(process.stdout.readline, 'done\n') if wait else ():
+                    if not line or 'ERROR' in line:
+                        raise ServerError(f'{self.KIND}: {line or "the session has ended"}')
+            try:
+                yield send
+            finally:
+                with contextlib.suppress(BrokenPipeError):
+                    process.stdin.close()
+                process.kill()
+
     def state(self):
         """What describes the server to another process."""
         return {'kind': self.KIND, **{name: getattr(self, name) for name in self.SETTINGS + ('keeper',)
@@ -258,6 +278,7 @@ class PostgreSQL(Server):
     KIND = 'postgresql'
     HALT = signal.SIGINT  # does not wait for clients
     END = signal.SIGQUIT
+    LINE_BY_LINE = ('-R', '\n')
 
     def _programs(self):
         return _newest('/usr/lib/postgresql/*/bin')
@@ -313,6 +334,7 @@ class MariaDB(Server):
     KIND = 'mariadb'
     HALT = signal.SIGTERM
     END = signal.SIGKILL
+    LINE_BY_LINE = ('--unbuffered',)
 
     def _making(self):
         return ['mariadb-install-db', '--no-defaults', f'--datadir={self.folder}/data', '--skip-test-db',
