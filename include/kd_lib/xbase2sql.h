@@ -22,6 +22,10 @@ public:
     std::string KeyColumn;      ///< if not empty, the table begins with an auto-increment key of this name
     bool InsertRecords = true;  ///< `convert` writes the table's definition, then an INSERT per record
 
+    /// Whether an override may change `Name` or the names of the columns between two records. A derived class that
+    /// never does can set it to false: then `convert` and `writeScript` do not compare the names for every record.
+    bool NamesMayChange = true;
+
     xBase2Sql();                                  ///< as `xBaseTable`
     explicit xBase2Sql(const std::string& name);  ///< the same, with `Name` set
     ~xBase2Sql() override;

@@ -193,7 +193,7 @@ std::string xBase2Sql::insert()
 void xBase2Sql::writeRecords(std::ostream& out)
 {
     InsertLead lead(Name, Fields);
-    const bool mayBeRenamed = typeid(*this) != typeid(xBase2Sql);
+    const bool mayBeRenamed = NamesMayChange && typeid(*this) != typeid(xBase2Sql);
     StatementWriter writer(out);
     firstRecord();
     while (out && fetchRecord()) {

@@ -273,6 +273,27 @@ TEST(xBase2SqlConvert, RecordsComeThroughTheVirtualFetchRecord)
               readFile(directory.file("t.sql")));
 }
 
+TEST(xBase2SqlConvert, WithoutNamesMayChangeEveryRecordHasTheNamesOfTheFirst)
+{
+    class Renaming : public xBase2Sql {
+    public:
+        using xBase2Sql::xBase2Sql;
+        bool fetchRecord() override
+        {
+            Name += 'x';
+            Fields.get(0UL)->Name += 'y';
+            return xBase2Sql::fetchRecord();
+        }
+    };
+    Opened<Renaming> file(twoColumns().record({"one", "19990102"}).bytes());
+    file.table.getFieldList();
+    const std::string insert = "INSERT INTO " + file.table.Name + "(" + file.table.Fields.get(0UL)->Name + ",";
+    file.table.NamesMayChange = false;
+    std::ostringstream out;
+    file.table.writeScript(out);
+    EXPECT_NE(std::string::npos, out.str().find(insert)) << out.str();
+}
+
 TEST(xBase2SqlConvert, EveryRecordIsWrittenWithTheNamesOfItsMoment)
 {
     class Renaming : public xBase2Sql {

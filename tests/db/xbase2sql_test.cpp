@@ -34,6 +34,7 @@ TEST(xBase2Sql, DefaultsOfTheConstructorWithoutAName)
     EXPECT_FALSE(table.ReadDeleted);
     EXPECT_EQ("", table.KeyColumn);
     EXPECT_TRUE(table.InsertRecords);
+    EXPECT_TRUE(table.NamesMayChange);
 }
 
 TEST(xBase2Sql, NameConstructorSetsTheNameAndTheSameDefaults)

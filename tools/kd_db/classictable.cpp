@@ -27,6 +27,7 @@ constexpr std::uint64_t longestRecord = 32767;
 constexpr char terminator = '\r';
 constexpr int endMark = 0x1A;
 constexpr std::size_t blockSize = 16384;
+constexpr std::uint64_t recordsPerCheck = 16;
 
 /// The library reads such a byte as a blank; a zero byte is a usual way to write one.
 bool isBlanked(char c)
@@ -65,6 +66,7 @@ void requireReadable(const std::string& file)
 ClassicTable::ClassicTable(const std::string& file, std::function<void()> check)
     : Argument(file), Check(std::move(check))
 {
+    NamesMayChange = false;
     openFile();
     readColumns();
     dropAfterTerminator();
@@ -145,7 +147,9 @@ void ClassicTable::checkShape()
 
 bool ClassicTable::fetchRecord()
 {
-    Check();
+    if (Number % recordsPerCheck == 0) {
+        Check();
+    }
     const int first = File.peek();
     if (first == std::fstream::traits_type::eof() || first == endMark) {
         endOfRecords();

@@ -14,7 +14,7 @@ namespace kd_tool {
 /// the file. A record that is cut, fewer records than the header counts, and a read error are an `exchange::Error`.
 class ClassicTable : public kd_lib::xBase2Sql {
 public:
-    /// Opens the file; "~" stands for the home directory. `check` is called before every record, and may throw.
+    /// Opens the file; "~" stands for the home directory. `check` is called every few records, and may throw.
     ClassicTable(const std::string& file, std::function<void()> check);
 
     bool fetchRecord() override;
