@@ -33,9 +33,9 @@ public:
 /// | member          | default | effect                                                                  |
 /// |-----------------|---------|-------------------------------------------------------------------------|
 /// | `Separator`     | 124   | separates values ("\|"); its low 8 bits count; set before `getFieldList`  |
-/// | `Quote`         | 0     | set by the modes, used by no operation: quotes protect nothing      |
+/// | `Quote`         | 0     | set by the modes, used by no operation: separators inside quotes count      |
 /// | `HasFieldNames` | true  | `getFieldList` takes the column names from the first line                |
-/// | `CommentChar`   | 0     | a first line that holds it is not taken as names                         |
+/// | `CommentChar`   | 0     | a first line that contains it is not read as names                         |
 /// | `RecordLength`  | 255   | one more than the longest line                                           |
 ///
 ///     kd_lib::DelimitedTable people;

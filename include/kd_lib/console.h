@@ -1,7 +1,6 @@
 /// \file
-/// Console output. Every line that the library prints passes through these functions, apart from a few
-/// direct notes, which docs/console-output.md lists.
-/// Threads: the functions write to the standard streams and take no lock; the verbosity
+/// Console output. Every line that the library prints passes through these functions, except a few direct notes, which
+/// docs/console-output.md lists. Threads: the functions write to the standard streams and take no lock; the verbosity
 /// switch may be read and set from any thread.
 #pragma once
 

@@ -11,11 +11,10 @@
 
 namespace kd_lib {
 
-/// Connection settings and the tables that a back end reports. It knows nothing of SQL. Its operations
-/// succeed without doing anything, so a back end overrides only those that it needs. The library
-/// instantiates it once, over `DatabaseTable`. The order of the virtual operations is part of the
-/// binary interface.
-/// Threads: one thread per object.
+/// Connection settings and the tables that a back end reports. It does not know SQL. Its operations succeed without
+/// doing anything, so a back end overrides only those that it needs. The library instantiates it once, over
+/// `DatabaseTable`. The order of the virtual operations is part of the binary interface. Threads: one thread per
+/// object.
 template <class Table>
 class Database {
 public:

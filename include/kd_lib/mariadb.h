@@ -20,13 +20,12 @@ namespace kd_lib {
 ///         shop.queryResults();
 ///     }
 ///
-/// What libmariadb finds by itself stays in force: the groups [client] and [kd_db] of ~/.my.cnf and of the machine's
-/// option files.
+/// libmariadb's own settings apply: the groups [client] and [kd_db] of ~/.my.cnf and of the machine's option files.
 /// - The code after an error is the server's number, such as "[#1146]".
 /// - Parameters are ? or :name; each ? is a separate parameter.
 /// - A statement without parameters is checked when it is executed, not when it is prepared.
 /// - An INSERT or UPDATE counts the rows that it matches, as SQLite does, even if it changes nothing in them.
-/// - CREATE, ALTER, DROP and their like end a transaction, and cannot be rolled back.
+/// - CREATE, ALTER, DROP and similar statements end a transaction, and cannot be rolled back.
 /// - The server never gets a file of this machine, even if it asks for one.
 class KD_LIB_EXPORT MariaDB : public ServerDatabase {
 public:
@@ -36,13 +35,13 @@ public:
     using ServerDatabase::connect;
 
     /// Connects with `host` (a name, an address, or the path of a Unix socket), `port`, `user`, `password` and
-    /// `database`; what is empty is left to libmariadb. A connection that was open before is closed first.
+    /// `database`; libmariadb chooses the empty ones. A connection that was open before is closed first.
     bool connect() override;
 
-    /// Connects with a URI, "mariadb://" or "mysql://". Its options are those of the option files: socket, ssl,
-    /// ssl-ca, ssl-capath, ssl-cert, ssl-cipher, ssl-crl, ssl-key, ssl-verify-server-cert, connect-timeout. "ssl=1"
-    /// and every option that begins with "ssl-" make the connection fail where the server does not offer TLS; ssl-ca and
-    /// ssl-capath also where the server's certificate or name is not right.
+    /// Connects with a URI, "mariadb://" or "mysql://". Its options are those of the option files: socket, ssl, ssl-ca,
+    /// ssl-capath, ssl-cert, ssl-cipher, ssl-crl, ssl-key, ssl-verify-server-cert, connect-timeout. "ssl=1" and every
+    /// option that begins with "ssl-" make the connection fail if the server does not offer TLS; ssl-ca and ssl-capath
+    /// also if the server's certificate or name is wrong.
     bool connectUri(const std::string& uri) override;
 
     /// Makes another database of the same server the current one.

@@ -20,7 +20,7 @@ namespace kd_lib {
 ///         shop.queryResults();
 ///     }
 ///
-/// What libpq finds by itself stays in force: PGHOST and its like, the password file, service files, TLS.
+/// libpq's own settings apply: PGHOST and similar variables, the password file, service files, TLS.
 /// - The code after an error is the SQLSTATE, such as "[#42P01]".
 /// - Parameters are $1, $2 and so on, or :name. "?" is an operator here.
 /// - Backquotes outside of texts and comments become double quotes.
@@ -34,14 +34,14 @@ public:
     using ServerDatabase::connect;
 
     /// Connects with `host` (a name, an address, or the folder of a Unix socket), `port`, `user`, `password` and
-    /// `database`; what is empty is left to libpq. A connection that was open before is closed first.
+    /// `database`; libpq chooses the empty ones. A connection that was open before is closed first.
     bool connect() override;
 
-    /// Connects with a URI in any form that libpq knows, or a list such as "service=shop dbname=archive".
+    /// Connects with a URI in any form that libpq accepts, or a list such as "service=shop dbname=archive".
     bool connectUri(const std::string& uri) override;
 
-    /// Connects to another database of the same server, with the same settings. Where that fails, the connection that
-    /// was open stays.
+    /// Connects to another database of the same server, with the same settings. If that fails, the open connection
+    /// stays.
     bool useDatabase(const std::string& name) override;
 
     /// The connection, for libpq's own functions; null: disconnected.

@@ -39,8 +39,8 @@ inline void copyVectorsReplacing(char* to, const char* from, std::size_t size, R
     }
 }
 
-/// Copies 4 to 16 bytes as four words that overlap. One method for all these sizes is faster than the shortest
-/// method for each size, because most columns mix them.
+/// Copies 4 to 16 bytes as four words that overlap. One method for all these sizes is faster than the best one for each
+/// size, because most columns mix them.
 inline void copyHalfWordsReplacing(char* to, const char* from, std::size_t size, Replacement replacement)
 {
     const std::size_t second = size / 8 * halfWordSize;

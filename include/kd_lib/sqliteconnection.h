@@ -26,10 +26,9 @@ namespace kd_lib {
 ///         shop.finalize();
 ///     }
 ///
-/// A statement or connection that a new one replaces stays open while that can be observed; `disconnect` and
-/// destruction close it. So a half-read statement may be taken from `statement` and put back later, to be read
-/// further or ended with `finalize`.
-/// Threads: one thread per object.
+/// A statement or connection that a new one replaces stays open until `disconnect` or destruction, unless closing it
+/// makes no visible difference. So a half-read statement may be taken from `statement` and put back later, to be read
+/// further or ended with `finalize`. Threads: one thread per object.
 class KD_LIB_EXPORT SQLite3 : public SqlDatabase {
 public:
     bool loadEnabled = false;           ///< whether extension loading is enabled; never set by the library
@@ -111,7 +110,7 @@ public:
     bool getColumnList(std::string table) override;
 
     /// The number of records of a table; 0 if no count could be fetched. If `table` is more than a name, the first
-    /// value may be no count: one that is not a number throws std::invalid_argument, a too large one
+    /// value may not be a count: one that is not a number throws std::invalid_argument, a too large one
     /// std::out_of_range.
     std::int64_t getRecords(const std::string& table) override;
 

@@ -86,8 +86,8 @@ bool ServerDatabase::fail(const std::string& reason)
     return false;
 }
 
-/// Reports the connection's failure. The transaction does not go on: a server gives it up with its first failure, or
-/// would keep the half of it.
+/// Reports the connection's failure and ends the transaction: some servers abort it at its first failure, others would
+/// keep half of it.
 bool ServerDatabase::failStatement()
 {
     fail(Connection ? std::exchange(Connection->Failure, {}) : "not connected");
@@ -322,7 +322,7 @@ void ServerDatabase::rollback()
     if (inTransaction) {
         inTransaction = false;
         const std::string reason = errorText;
-        // The server has rolled back what belonged to a lost connection.
+        // The server has rolled back the transaction of a lost connection.
         if (isConnected()) {
             command("ROLLBACK");
         }

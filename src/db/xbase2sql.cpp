@@ -32,8 +32,8 @@ void appendNames(std::string& sql, const TableFields& fields, const char* before
     }
 }
 
-/// The beginning of an INSERT, up to its values. It is kept from record to record and made again when a name has
-/// changed: a derived class may change names between two records.
+/// The beginning of an INSERT, up to its values. It is kept for all records and composed again when a name has changed:
+/// a derived class may change names between two records.
 class InsertLead {
 public:
     InsertLead(const std::string& table, const TableFields& fields) { make(table, fields); }
@@ -96,7 +96,7 @@ public:
         try {
             write();
         } catch (...) {
-            // An exception of the caller's stream: the one that is already active goes first.
+            // An exception of the caller's stream is dropped, because another one may be active already.
         }
     }
     StatementWriter(const StatementWriter&) = delete;

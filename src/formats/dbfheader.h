@@ -8,7 +8,7 @@
 
 namespace kd_lib::formats {
 
-/// The header proper. dBase II has one of its own, below.
+/// The header of all versions except dBase II, whose header is below.
 namespace dbfheader {
 constexpr std::size_t size = 32;
 constexpr std::size_t versionAt = 0;
@@ -16,7 +16,7 @@ constexpr std::size_t yearAt = 1;  ///< of the last change: since 1900, or the l
 constexpr std::size_t monthAt = 2;
 constexpr std::size_t dayAt = 3;
 constexpr std::size_t recordCountAt = 4;    ///< 4 bytes; deleted records count
-constexpr std::size_t headerLengthAt = 8;   ///< 2 bytes; the first record is there
+constexpr std::size_t headerLengthAt = 8;   ///< 2 bytes; the place of the first record
 constexpr std::size_t recordLengthAt = 10;  ///< 2 bytes; with the deletion mark
 constexpr std::size_t transactionAt = 14;   ///< dBase IV: 1, a transaction is unfinished
 constexpr std::size_t encryptedAt = 15;     ///< dBase IV: 1, the records are encrypted
@@ -37,7 +37,7 @@ constexpr std::size_t dayAt = 4;
 constexpr std::size_t yearAt = 5;
 constexpr std::size_t recordLengthAt = 6;  ///< 2 bytes
 constexpr std::size_t length = 521;        ///< of the whole header, always
-constexpr std::size_t markAt = 520;        ///< the end mark where all 32 descriptors are used
+constexpr std::size_t markAt = 520;        ///< the end mark if all 32 descriptors are used
 }  // namespace dbf2header
 
 /// dBase 7: 36 bytes follow the 32.
@@ -46,7 +46,7 @@ constexpr std::size_t driverAt = 32;  ///< the language driver's name, filled wi
 constexpr std::size_t driverWidth = 32;
 }  // namespace dbf7header
 
-/// The description of one field in the header; the three sizes of header have one each.
+/// The description of one field in the header. There are three forms of it.
 struct DescriptorShape {
     std::size_t First;  ///< position of the first descriptor in the file
     std::size_t Size;
@@ -59,7 +59,7 @@ constexpr DescriptorShape descriptorOf2{8, 16, 11, 11, 12, 15};
 constexpr DescriptorShape descriptorOf3{32, 32, 11, 11, 16, 17};
 constexpr DescriptorShape descriptorOf7{68, 48, 32, 32, 33, 34};
 
-/// Takes the place of a descriptor behind the last one.
+/// Follows the last descriptor, in the place of another one.
 constexpr char descriptorEnd = 0x0D;
 
 /// Visual FoxPro's part of a 32-byte descriptor.
@@ -88,14 +88,14 @@ constexpr std::size_t firstFieldOffset = 1;
 /// After the last record.
 constexpr char fileEnd = 0x1A;
 
-/// What the first byte of a file says.
+/// The meanings of the first byte of a file.
 enum class DbfFamily : std::uint8_t { DBase2, DBase3, DBase4, DBase7, FoxPro, VisualFoxPro };
 enum class MemoKind : std::uint8_t { None, Dbt3, Dbt4, Fpt, Smt };
 
 struct DbfVersion {
     std::uint8_t Byte;
     DbfFamily Family;
-    MemoKind Memo;  ///< the usual one; `None`: the byte does not tell of one
+    MemoKind Memo;  ///< the usual one; `None`: the byte does not imply one
     const char* Program;
 };
 

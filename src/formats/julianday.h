@@ -12,7 +12,7 @@ struct CalendarDay {
     int Day;
 };
 
-/// Julian day numbers of the first and the last day that a date can be: 0001-01-01 and 9999-12-31.
+/// Julian day numbers of the first and the last possible date: 0001-01-01 and 9999-12-31.
 constexpr std::int64_t firstJulianDay = 1721426;
 constexpr std::int64_t lastJulianDay = 5373484;
 

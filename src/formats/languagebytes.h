@@ -7,7 +7,7 @@
 namespace kd_lib::formats {
 
 /// The code page of a language byte, by iconv's name or as "Kamenicky", "Mazovia" or "MacGreek"; empty if the byte
-/// names none (0: the writer told nothing), or where it is not known what it means (8E: a Bulgarian page).
+/// names none (0: not stated), or its meaning is not known (8E: a Bulgarian page).
 constexpr const char* codePageOfLanguageByte(std::uint8_t byte)
 {
     switch (byte) {

@@ -22,7 +22,7 @@ constexpr char textEnd = 0x1A;
 
 /// dBase IV to 7 (.dbt). Numbers are little-endian.
 namespace dbt4 {
-constexpr std::size_t headerSize = 24;   ///< what of the first block is used
+constexpr std::size_t headerSize = 24;   ///< the used part of the first block
 constexpr std::size_t nextBlockAt = 0;   ///< 4 bytes
 constexpr std::size_t blockSizeAt = 20;  ///< 2 bytes; 0: the default
 constexpr std::size_t defaultBlockSize = 512;
@@ -37,7 +37,7 @@ constexpr std::size_t headerSize = 512;
 constexpr std::size_t nextBlockAt = 0;  ///< 4 bytes
 constexpr std::size_t blockSizeAt = 6;  ///< 2 bytes
 constexpr std::size_t flexMarkAt = 512;
-constexpr char flexMark[] = "FlexFile3";  ///< then the header is of `flexHeaderSize`
+constexpr char flexMark[] = "FlexFile3";  ///< then the header has `flexHeaderSize`
 constexpr std::size_t flexHeaderSize = 1024;
 constexpr std::size_t blockHeaderSize = 8;
 constexpr std::size_t typeAt = 0;    ///< 4 bytes

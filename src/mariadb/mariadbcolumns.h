@@ -1,5 +1,5 @@
 /// \file
-/// The columns of a table that exists.
+/// The columns of an existing table.
 #pragma once
 
 #include "mariadbsession.h"
@@ -11,7 +11,7 @@
 
 namespace kd_lib::exchange::detail {
 
-/// In the table's order; none where the database has no such table.
+/// In the table's order; none if the database has no such table.
 std::vector<ExistingColumn> columnsOfTable(MariadbSession& session, const std::string& table);
 
 /// The names of the columns whose texts are in another character set than UTF-8.

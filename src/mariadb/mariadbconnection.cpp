@@ -11,7 +11,7 @@ namespace kd_lib::detail {
 
 namespace {
 
-/// Holds numbers, dates and short texts at once; what is longer is fetched again.
+/// Holds numbers, dates and short texts; longer values are fetched in a second call.
 constexpr std::size_t firstBufferSize = 256;
 
 bool isLoss(unsigned int number)
@@ -23,7 +23,7 @@ bool isLoss(unsigned int number)
 MYSQL_BIND boundTo(const Parameter& parameter, unsigned long& length)
 {
     MYSQL_BIND bind = {};
-    // The interface takes no constants; it does not write here.
+    // The interface lacks the const; it does not write here.
     switch (parameter.Type) {
     case Parameter::Kind::Null:
         bind.buffer_type = MYSQL_TYPE_NULL;
@@ -130,7 +130,7 @@ bool MariadbConnection::run(const StatementText& statement, const std::vector<Pa
     return true;
 }
 
-/// Takes the result of the text that ran last.
+/// Takes the result of the last text statement.
 bool MariadbConnection::takeResult()
 {
     Rows.reset(mysql_use_result(handle()));
@@ -269,7 +269,7 @@ bool MariadbConnection::readPreparedRest()
             failPrepared();
         }
         mysql_stmt_free_result(Prepared.get());
-        // A procedure gives its results one by one; none of those after the first is of use.
+        // A procedure returns several results; those after the first are ignored.
         const int more = mysql_stmt_next_result(Prepared.get());
         Open = more == 0;
         RowsOpen = false;

@@ -12,8 +12,8 @@
 
 namespace kd_lib::detail {
 
-/// A statement without parameters runs as text, which the server takes for every kind of statement; one with parameters
-/// is prepared by the server.
+/// A statement without parameters runs as text, which the server accepts for every kind of statement; one with
+/// parameters is prepared by the server.
 class MariadbConnection final : public ServerConnection {
 public:
     explicit MariadbConnection(Mysql open);
@@ -42,7 +42,7 @@ private:
     };
     using Result = std::unique_ptr<MYSQL_RES, ResultFreer>;
 
-    /// Where the server's value of a column goes.
+    /// Receives the server's value of a column.
     struct Buffer {
         std::string Text;
         unsigned long Length = 0;

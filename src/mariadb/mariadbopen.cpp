@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* characterSet = "utf8mb4";
 constexpr const char* optionGroup = "kd_db";
-constexpr int refusedFile = 2000;  // the number of an error that has none of its own
+constexpr int refusedFile = 2000;  // the number for errors without one
 
 enum class OptionForm { Text, Switch, Number, Socket };
 
@@ -50,7 +50,7 @@ void setSwitch(MYSQL* handle, mysql_option meaning, bool on)
     mysql_optionsv(handle, meaning, &value);
 }
 
-/// One option. Those of TLS ask for it, so that no connection is made without.
+/// Sets one option. Each TLS option also requires TLS, so that no connection is made without.
 void set(MYSQL* handle, const std::string& name, const std::string& value)
 {
     const Option& option = *optionOf(name);
@@ -71,7 +71,7 @@ void set(MYSQL* handle, const std::string& name, const std::string& value)
     }
 }
 
-/// Whether the options ask for TLS.
+/// Whether the options require TLS.
 bool wantsTls(const MariadbSettings& settings)
 {
     return std::ranges::any_of(settings.Options, [](const auto& option) {
@@ -84,7 +84,7 @@ const char* orNull(const std::string& text)
     return text.empty() ? nullptr : text.c_str();
 }
 
-/// A server may ask for any file of this machine in the place of the one that a statement names.
+/// A server may request any file of this machine instead of the one that a statement names.
 int refuseFile(void** state, const char*, void*)
 {
     *state = nullptr;
@@ -147,12 +147,12 @@ Mysql openMariadb(const MariadbSettings& settings, std::string& reason)
                            orNull(settings.Password), orNull(settings.Database), settings.Port,
                            socket ? settings.Host.c_str() : nullptr,
                            CLIENT_FOUND_ROWS | CLIENT_MULTI_RESULTS) == nullptr ||
-        // An option file may have asked for another one.
+        // An option file may have set another one.
         mysql_set_character_set(handle.get(), characterSet) != 0) {
         reason = mariadbReason(mysql_error(handle.get()), mysql_errno(handle.get()));
         return nullptr;
     }
-    // libmariadb goes on without TLS where the server has none, although it was told to enforce it.
+    // libmariadb continues without TLS if the server has none, although the option to enforce it is set.
     if (wantsTls(settings) && mysql_get_ssl_cipher(handle.get()) == nullptr) {
         reason = "the server does not offer TLS, which the URI asks for";
         return nullptr;

@@ -12,7 +12,7 @@
 
 namespace kd_lib::detail {
 
-/// Where to connect and how; what is empty is left to libmariadb.
+/// Where and how to connect; libmariadb chooses the empty members.
 struct MariadbSettings {
     std::string Host;  ///< a name, an address, or the path of a Unix socket
     std::uint16_t Port = 0;
@@ -21,7 +21,7 @@ struct MariadbSettings {
     std::string Database;
     std::vector<std::pair<std::string, std::string>> Options;  ///< as in a URI
 
-    /// The settings of a URI. Throws an `exchange::OptionError` where it is malformed or has an unknown option.
+    /// The settings of a URI. Throws an `exchange::OptionError` if it is malformed or has an unknown option.
     static MariadbSettings of(const std::string& uri);
 };
 

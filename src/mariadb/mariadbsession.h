@@ -18,8 +18,8 @@ namespace kd_lib::exchange::detail {
 /// The rows of a result, all of them; NULL as the empty text.
 using TextRows = std::vector<std::vector<std::string>>;
 
-/// Connects, and turns every failure into an `Error`. A stop that is requested cuts the connection: whatever waits for the
-/// server then fails, and `Stopped` is thrown.
+/// Connects, and turns every failure into an `Error`. A requested stop closes the connection: every wait for the server
+/// then fails, and `Stopped` is thrown.
 class MariadbSession {
 public:
     MariadbSession(const std::string& uri, const ServerOptions& options);
@@ -29,13 +29,13 @@ public:
     const std::string& name() const { return Name; }
     MYSQL* handle() const { return Handle.get(); }
 
-    /// Runs one statement; its rows are passed over.
+    /// Runs one statement and ignores its rows.
     void run(const std::string& sql);
 
     /// The rows of a statement.
     TextRows rows(const std::string& sql);
 
-    /// Sends one statement; true if the server takes it. Its result, if it has one, is to be taken.
+    /// Sends one statement; true if the server accepts it. The caller must read its result, if it has one.
     bool send(const std::string& sql) const;
 
     /// `text` as a literal.
@@ -45,10 +45,10 @@ public:
     std::string reason() const;
     bool lost() const;
 
-    /// Throws what belongs to the last error: `Stopped`, or an `Error` that names the database.
+    /// Throws for the last error: `Stopped`, or an `Error` that names the database.
     [[noreturn]] void fail() const;
 
-    /// Throws `Stopped` where a stop is requested.
+    /// Throws `Stopped` if a stop is requested.
     void checkStop() const;
 
     /// The server's number of the connection.
@@ -60,7 +60,7 @@ private:
     std::string Name;
     std::stop_token Stop;
     kd_lib::detail::Mysql Handle;
-    std::unique_ptr<Cutter> OnStop;  // goes before the connection
+    std::unique_ptr<Cutter> OnStop;  // destroyed before the connection
 };
 
 }  // namespace kd_lib::exchange::detail

@@ -108,7 +108,7 @@ void MariadbSource::takeColumns()
     }
 }
 
-/// Takes the next row; false at the end.
+/// Reads the next row; false at the end.
 bool MariadbSource::take()
 {
     Row = Rows ? mysql_fetch_row(Rows.get()) : nullptr;
@@ -135,7 +135,7 @@ void MariadbSource::endResults()
 
 bool MariadbSource::read()
 {
-    // The first row has been taken by `start`, which tells whether there is one.
+    // `start` has read the first row, if there is one.
     if (Number != 0 && Rows) {
         take();
     }
@@ -163,7 +163,7 @@ void MariadbSource::seek(std::uint64_t number)
         endResults();
         start();
     }
-    // The row under `Row` is the one that `read` gave last, or the first.
+    // `Row` is the row that `read` returned last, or the first.
     while (Number + 1 < number && Row != nullptr && (Number++ == 0 || take())) {
     }
 }

@@ -44,7 +44,7 @@ private:
 
     MariadbSession Session;
     std::string Sql;
-    std::unique_ptr<MYSQL_RES, Freer> Rows;  // goes before the connection
+    std::unique_ptr<MYSQL_RES, Freer> Rows;  // destroyed before the connection
     MYSQL_ROW Row = nullptr;
     std::uint64_t Number = 0;
     std::uint64_t Changes = 0;

@@ -15,7 +15,7 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-/// The mark of a table that is not whole.
+/// Marks an unfinished table.
 constexpr const char* unfinished = "kd_db: unfinished load";
 
 std::vector<std::string> namesOf(const TableLayout& layout, const std::optional<ExistingColumns>& existing)
@@ -29,7 +29,7 @@ std::vector<std::string> namesOf(const TableLayout& layout, const std::optional<
 
 }  // namespace
 
-/// A load under way.
+/// A running load.
 class MariadbTarget::Load {
 public:
     Load(std::string uri, const TableOptions& table, const ServerOptions& options, const std::string& file,
@@ -86,7 +86,7 @@ public:
         }
     }
 
-    /// Takes everything back; false if a table of another name may be left.
+    /// Undoes everything; false if a table with a temporary name may remain.
     bool abandon() noexcept
     {
         Chunks.discard();
@@ -104,7 +104,7 @@ public:
     const std::string& loaded() const { return Loaded; }
 
 private:
-    /// Takes the text of rows into the chunk under way.
+    /// Appends the text of rows to the current chunk.
     class RowBlock final : public OutputBlock {
     public:
         explicit RowBlock(RowChunks& chunks) : To(chunks) {}
@@ -150,7 +150,7 @@ private:
         Loaded = Layout.dialect().nameWithSuffix(Layout.table(), "_kd_db_" + std::to_string(Session.number()));
         Session.run(Layout.createTable(Loaded) + " COMMENT='" + unfinished + "'");
         Made = true;
-        // The table is dropped after a failure: a transaction would only cost time.
+        // The table is dropped after a failure, so a transaction would only cost time.
         Session.run("SET SESSION autocommit = 1");
     }
 

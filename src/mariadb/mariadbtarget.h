@@ -9,7 +9,7 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Loads a new table under another name, or appends in one transaction.
+/// Loads a new table under a temporary name, or appends in one transaction.
 class MariadbTarget final : public Target {
 public:
     MariadbTarget(std::string uri, TableOptions table, ServerOptions options);

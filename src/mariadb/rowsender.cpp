@@ -14,7 +14,7 @@ namespace {
 /// A remark on replication, which has nothing to do with the rows.
 constexpr const char* unsafeStatement = "1592";
 
-// Classes of SQLSTATE that tell of a row.
+// Classes of SQLSTATE that concern a row.
 constexpr std::string_view invalidData = "22";
 constexpr std::string_view brokenConstraint = "23";
 constexpr std::string_view raisedByTrigger = "45000";
@@ -62,7 +62,7 @@ std::string loadStatement(const TableLayout& layout, const std::string& table, c
             list.append(dialect.quoteName(columns[i]));
             continue;
         }
-        // The rows are bytes to LOAD DATA; this column has to be told that they are UTF-8.
+        // LOAD DATA treats the rows as bytes; for this column they must be declared as UTF-8.
         const std::string variable = "@kd_db_" + std::to_string(i);
         list.append(variable);
         conversions.append(conversions.empty() ? " SET " : ",");
@@ -120,7 +120,7 @@ std::optional<RowRefusal> RowSender::load(std::string_view rows, std::size_t cou
         return refusal();
     }
     const auto stored = mysql_affected_rows(Session.handle());
-    // From a client, LOAD DATA goes on after errors, and calls them warnings.
+    // If the data come from a client, LOAD DATA continues after errors, and calls them warnings.
     for (const std::vector<std::string>& warning :
          mysql_warning_count(Session.handle()) != 0 ? Session.rows("SHOW WARNINGS") : TextRows()) {
         if (warning[1] != unsafeStatement) {
@@ -166,7 +166,7 @@ std::optional<RowRefusal> RowSender::insert(const RowChunks::Chunk& chunk, std::
     return std::nullopt;
 }
 
-/// The last error as a refusal of a row; throws where it is another failure: a lost connection, a deadlock, a full disk.
+/// The last error as a refusal of a row; throws if it is another failure: a lost connection, a deadlock, a full disk.
 std::optional<RowRefusal> RowSender::refusal() const
 {
     const std::string_view state = mysql_sqlstate(Session.handle());

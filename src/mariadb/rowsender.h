@@ -1,5 +1,5 @@
 /// \file
-/// Hands rows to the server.
+/// Sends rows to the server.
 #pragma once
 
 #include "mariadbsession.h"
@@ -17,14 +17,14 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Why the server does not take rows, and as far as it says so which row and column.
+/// Why the server refuses rows and, if it says so, which row and column.
 struct RowRefusal {
     std::string Reason;
     std::optional<std::size_t> Row;  // index in the chunk
     std::string Column;
 };
 
-/// The statement that stores rows: LOAD DATA LOCAL from memory, or INSERT where the server forbids that.
+/// The statement that stores rows: LOAD DATA LOCAL from memory, or INSERT if the server forbids that.
 class RowSender {
 public:
     /// `table` and `columns` without quotes; `foreign`: those of the columns that are not UTF-8.
@@ -34,7 +34,7 @@ public:
     /// Appends the row of a record.
     void write(const Record& record, OutputBlock& rows) const;
 
-    /// Sends the first `count` rows of a chunk; nothing if the server takes them all.
+    /// Sends the first `count` rows of a chunk; nothing if the server accepts them all.
     std::optional<RowRefusal> send(const RowChunks::Chunk& chunk, std::size_t count);
 
 private:
@@ -51,9 +51,9 @@ private:
     const TableLayout& Layout;
     bool Inserts;
     std::size_t LongestStatement;
-    std::string Lead;       // the statement, or what stands before the rows
+    std::string Lead;       // the statement, or its part before the rows
     std::string Statement;  // of an INSERT
-    std::string_view Rest;  // what LOAD DATA has not read
+    std::string_view Rest;  // the rows that LOAD DATA has not read
 };
 
 }  // namespace kd_lib::exchange::detail

@@ -76,7 +76,7 @@ bool PostgreSQL::connectUri(const std::string& uri)
     char* reason = nullptr;
     PQconninfoOption* options = PQconninfoParse(uri.c_str(), &reason);
     if (options == nullptr) {
-        // Behind its colon the reason quotes a part of the URI, perhaps the password.
+        // After its colon the reason quotes a part of the URI, perhaps the password.
         const std::string text = reason != nullptr ? reason : "out of memory";
         PQfreemem(reason);
         return fail(detail::postgresqlReason(text.substr(0, text.find(": \"")).c_str()));

@@ -1,5 +1,5 @@
 /// \file
-/// The columns of a table that exists.
+/// The columns of an existing table.
 #pragma once
 
 #include "postgresqlsession.h"
@@ -11,7 +11,7 @@
 
 namespace kd_lib::exchange::detail {
 
-/// In the table's order; none where the search path has no such table.
+/// In the table's order; none if the search path has no such table.
 std::vector<ExistingColumn> columnsOfTable(PostgresqlSession& session, const std::string& table);
 
 }  // namespace kd_lib::exchange::detail

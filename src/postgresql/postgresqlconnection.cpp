@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* unnamed = "";
 
-/// libpq would print what the server remarks.
+/// libpq would print the server's notices.
 void passOver(void*, const PGresult*) {}
 
 bool isCopy(ExecStatusType status)
@@ -100,7 +100,7 @@ bool PostgresqlConnection::backslashes() const
 
 bool PostgresqlConnection::fail(const PGresult* result)
 {
-    // The first failure is the reason; what follows from it says less.
+    // The first failure is the reason; failures that follow from it say less.
     if (Failure.empty()) {
         Failure = postgresqlReason(result, Handle);
     }
@@ -143,7 +143,7 @@ bool PostgresqlConnection::run(const StatementText& statement, const std::vector
     return true;
 }
 
-/// Takes the next result; false at the end of the results, and where the result is a failure.
+/// Takes the next result; false at the end of the results, or if the result is a failure.
 bool PostgresqlConnection::take()
 {
     Current.reset(PQgetResult(Handle));
@@ -173,7 +173,7 @@ bool PostgresqlConnection::take()
 
 bool PostgresqlConnection::next(TableFields& row)
 {
-    // The first result has been taken by `run`.
+    // `run` has taken the first result.
     if (!Current && (!Running || !take())) {
         readRest();
         return false;
@@ -202,12 +202,12 @@ bool PostgresqlConnection::readRest()
 
 bool PostgresqlConnection::command(const char* sql)
 {
-    OnServer = false;  // it takes the place of the unnamed statement
+    OnServer = false;  // it replaces the unnamed statement
     const Result result(PQexec(Handle, sql));
     if (PQresultStatus(result.get()) != PGRES_COMMAND_OK) {
         return fail(result.get());
     }
-    // A transaction that has failed is rolled back by COMMIT.
+    // COMMIT rolls back a transaction that has failed.
     if (std::strcmp(sql, "COMMIT") == 0 && std::strcmp(PQcmdStatus(result.get()), sql) != 0) {
         Failure = "the transaction had failed and was rolled back";
         return false;

@@ -18,7 +18,7 @@ using Result = std::unique_ptr<PGresult, ResultDeleter>;
 /// A text of libpq on one line.
 std::string postgresqlReason(const char* text);
 
-/// Why a result is a failure: message, detail and SQLSTATE; the connection's failure where the result has no text.
+/// Why a result is a failure: message, detail and SQLSTATE; the connection's failure if the result has no text.
 std::string postgresqlReason(const PGresult* result, const PGconn* connection);
 
 class PostgresqlConnection final : public ServerConnection {
@@ -46,7 +46,7 @@ private:
     bool fail(const PGresult* result);
 
     PGconn* Handle;
-    Result Current;  // taken, and not yet used up
+    Result Current;  // taken, with rows left
     std::uint64_t Changed = 0;
     bool Running = false;   // results may still come
     bool OnServer = false;  // the server's unnamed statement is the current one

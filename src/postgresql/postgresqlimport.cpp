@@ -83,7 +83,7 @@ private:
     {
         switch (stepOf(statement)) {
         case Step::Begin:
-            if (!BeginLine) {  // as the server: inside a transaction it has no effect
+            if (!BeginLine) {  // as on the server, it has no effect inside a transaction
                 BeginLine = Script.line();
                 execute(std::string("SAVEPOINT ") + savepoint);
             }
@@ -103,7 +103,7 @@ private:
         }
     }
 
-    /// Sends a statement and passes its rows over.
+    /// Sends a statement and ignores its rows.
     void execute(const std::string& statement)
     {
         if (PQsendQuery(Session.handle(), statement.c_str()) == 0) {

@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* applicationName = "kd_db";
 
-/// libpq would print what the server remarks.
+/// libpq would print the server's notices.
 void passOver(void*, const PGresult*) {}
 
 }  // namespace
@@ -22,7 +22,7 @@ PostgresqlSession::PostgresqlSession(const std::string& uri, const ServerOptions
     char* reason = nullptr;
     PQconninfoOption* const parsed = PQconninfoParse(uri.c_str(), &reason);
     if (parsed == nullptr) {
-        // Behind its colon the reason quotes a part of the URI, perhaps the password.
+        // After its colon the reason quotes a part of the URI, perhaps the password.
         const std::string text = reason != nullptr ? reason : "out of memory";
         PQfreemem(reason);
         throw OptionError(Name, kd_lib::detail::postgresqlReason(text.substr(0, text.find(": \"")).c_str()));

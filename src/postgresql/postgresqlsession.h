@@ -16,8 +16,8 @@ namespace kd_lib::exchange::detail {
 
 using kd_lib::detail::Result;
 
-/// Connects, and turns every failure into an `Error`. A stop that is requested cuts the connection: whatever waits for the
-/// server then fails, and `Stopped` is thrown.
+/// Connects, and turns every failure into an `Error`. A requested stop closes the connection: every wait for the server
+/// then fails, and `Stopped` is thrown.
 class PostgresqlSession {
 public:
     PostgresqlSession(const std::string& uri, const ServerOptions& options);
@@ -26,16 +26,16 @@ public:
     const std::string& name() const { return Name; }
     PGconn* handle() const { return Handle.get(); }
 
-    /// Runs one statement or several. Throws where one of them fails, or begins a COPY that `copy` does not ask for.
+    /// Runs one or more statements. Throws if one of them fails, or begins a COPY although `copy` is false.
     Result run(const std::string& sql, bool copy = false);
 
     /// The rows of a statement with one parameter.
     Result rows(const char* sql, const std::string& parameter);
 
-    /// Throws what belongs to a failed result: `Stopped`, or an `Error` that names the database.
+    /// Throws for a failed result: `Stopped`, or an `Error` that names the database.
     [[noreturn]] void fail(const PGresult* result) const;
 
-    /// Throws `Stopped` where a stop is requested.
+    /// Throws `Stopped` if a stop is requested.
     void checkStop() const;
 
 private:
@@ -47,7 +47,7 @@ private:
     std::string Name;
     std::stop_token Stop;
     std::unique_ptr<PGconn, Closer> Handle;
-    std::unique_ptr<Cutter> OnStop;  // goes before the connection
+    std::unique_ptr<Cutter> OnStop;  // destroyed before the connection
 };
 
 /// The value of a row; empty for NULL.

@@ -13,11 +13,11 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-/// Values are printed so that they can be read back; rows come as they are stored.
+/// Values are printed without loss; rows come in the order in which they are stored.
 constexpr const char* settings = "SET datestyle = 'ISO, YMD'; SET bytea_output = 'hex'; SET extra_float_digits = 1; "
                                  "SET synchronize_seqscans = off; SET max_parallel_workers_per_gather = 0";
 
-// The server's numbers of its types, which never change.
+// The server's numbers for its types, which never change.
 enum TypeNumber : Oid {
     boolType = 16,
     byteaType = 17,
@@ -62,7 +62,7 @@ ColumnType typeOf(Oid type)
     }
 }
 
-/// The byte at which the server sees the fault; it counts characters, from 1.
+/// The byte at which the server reports the fault; the server counts characters, from 1.
 std::optional<std::size_t> placeOf(const PGresult* result, std::string_view sql)
 {
     const char* const position = PQresultErrorField(result, PG_DIAG_STATEMENT_POSITION);
@@ -116,7 +116,7 @@ std::unique_ptr<PostgresqlSource> PostgresqlSource::ofTable(const std::string& u
 /// Runs the statement up to its first row.
 void PostgresqlSource::start()
 {
-    // Not as text alone: that could be several statements.
+    // A plain text could be several statements.
     if (PQsendQueryParams(Session.handle(), Sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, 0) == 0) {
         Session.fail(nullptr);
     }
@@ -159,7 +159,7 @@ bool PostgresqlSource::take()
         throw SqlError(Session.name(), kd_lib::detail::postgresqlReason(Rows.get(), Session.handle()),
                        placeOf(Rows.get(), Sql));
     }
-    // A SELECT counts its rows too; what else has rows changes them.
+    // A SELECT counts its rows too; other statements with rows change them.
     Changing = std::strncmp(PQcmdStatus(Rows.get()), "SELECT", 6) != 0;
     const char* const count = PQcmdTuples(Rows.get());
     if (Changing) {

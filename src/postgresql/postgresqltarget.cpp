@@ -20,7 +20,7 @@ namespace {
 /// Sent in pieces, so that libpq's own buffer stays small.
 constexpr std::size_t pieceSize = 65536;
 
-// What a COPY has at the most: the records of its rows are remembered, and perhaps their texts.
+// The most rows and bytes of one COPY, because the records of its rows are remembered, and perhaps their texts.
 constexpr std::size_t chunkRows = 262144;
 constexpr std::size_t chunkBytes = 4 << 20;
 
@@ -32,14 +32,15 @@ constexpr const char* partsOfTable =
 
 constexpr const char* duplicateTable = "42P07";
 
-/// Why a server refuses rows, and as far as it says so which row and column.
+/// Why a server refuses rows and, if it says so, which row and column.
 struct Refusal {
     std::string Reason;
     std::optional<std::size_t> Row;  // index in the chunk
     std::string Column;
 };
 
-/// Whether the server refuses a row, and does not fail for another reason: a lost connection, a deadlock, a full disk.
+/// Whether the server has refused a row, rather than failed for another reason: a lost connection, a deadlock, a full
+/// disk.
 bool isOfRow(const PGresult* result)
 {
     const char* const text = PQresultErrorField(result, PG_DIAG_SQLSTATE);
@@ -67,7 +68,7 @@ std::optional<std::size_t> lineOf(const PGresult* result, const std::string& tab
     return line == 0 ? std::nullopt : std::optional(line - 1);
 }
 
-/// The column that follows the line.
+/// The column after the line number.
 std::string columnOf(const PGresult* result)
 {
     if (const char* const name = PQresultErrorField(result, PG_DIAG_COLUMN_NAME); name != nullptr) {
@@ -84,7 +85,7 @@ std::string columnOf(const PGresult* result)
 
 }  // namespace
 
-/// A load under way.
+/// A running load.
 class PostgresqlTarget::Load {
 public:
     Load(const std::string& uri, const TableOptions& table, const ServerOptions& options, const std::string& file,
@@ -147,7 +148,7 @@ public:
         }
     }
 
-    /// Returns once the server has taken everything back, unless the connection is gone.
+    /// Returns when the server has undone everything, unless the connection is lost.
     void abandon() noexcept
     {
         Rows.discard();
@@ -155,7 +156,7 @@ public:
     }
 
 private:
-    /// Takes the text of rows to the server.
+    /// Sends the text of rows to the server.
     class RowBlock final : public OutputBlock {
     public:
         explicit RowBlock(Load& load) : OutputBlock(pieceSize), To(load) {}
@@ -197,7 +198,7 @@ private:
         }
     }
 
-    /// The new table takes the old one's name, and the names of what belongs to it follow.
+    /// The new table gets the old one's name, and its indexes and sequences are renamed accordingly.
     void exchangeTables()
     {
         Session.run("DROP TABLE IF EXISTS " + quoted(Layout.table()));
@@ -212,12 +213,12 @@ private:
         }
     }
 
-    /// Hands rows to the server, which is slower than this: a second thread would gain nothing.
+    /// Sends rows to the server, which is slower than this, so a second thread would gain nothing.
     void put(std::string_view rows)
     {
         if (!std::exchange(Copying, true)) {
             Session.checkStop();
-            // Only a table that exists can refuse a row for a reason of its own, and without naming it.
+            // Only an existing table can refuse a row for its own reasons, and without naming the row.
             if (Existing) {
                 Session.run("SAVEPOINT chunk");
             }
@@ -240,7 +241,7 @@ private:
         }
     }
 
-    /// Ends a COPY; nothing if the server takes its rows.
+    /// Ends a COPY; nothing if the server accepts its rows.
     std::optional<Refusal> endCopy()
     {
         Copying = false;
@@ -261,7 +262,7 @@ private:
         return refusal;
     }
 
-    /// Ends the COPY under way. The rows of a chunk are remembered until the server has taken them.
+    /// Ends the current COPY. The rows of a chunk are remembered until the server has accepted them.
     void endChunk()
     {
         Rows.flush();
@@ -303,10 +304,10 @@ private:
     const std::vector<Column>& Source;
     TableLayout Layout;
     PostgresqlSession Session;
-    std::string Loaded;  // the table that is copied into, which is renamed at the end where it replaces another
+    std::string Loaded;  // the loaded table, which is renamed at the end if it replaces another
     std::optional<ExistingColumns> Existing;
     std::string Copy;
-    RowChunks::Chunk Sent;  // its texts only where the server may not name a row that it refuses
+    RowChunks::Chunk Sent;  // its texts only if the server may refuse a row without naming it
     bool Copying = false;
     RowBlock Rows;
 };

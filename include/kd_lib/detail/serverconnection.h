@@ -1,5 +1,5 @@
 /// \file
-/// What a back end on a server gives to `ServerDatabase`.
+/// What `ServerDatabase` needs from the back end of a server.
 #pragma once
 
 #include <kd_lib/detail/statementtext.h>
@@ -36,7 +36,7 @@ public:
     virtual SqlForm form() const = 0;      ///< of the statements
     virtual bool backslashes() const = 0;  ///< the session's quotes know escapes by a backslash
 
-    /// Makes this statement, which must stay as it is, the current one.
+    /// Makes this statement, which must not change, the current one.
     virtual bool prepare(const StatementText& statement) = 0;
 
     /// Starts the current statement and, if it has rows, gives the names of its columns. Rows come by `next`.

@@ -9,7 +9,7 @@
 
 namespace kd_lib::detail {
 
-/// What quotes, comments and parameters look like.
+/// The syntax of quotes, comments and parameters.
 enum class SqlForm {
     PostgreSql,  ///< parameters $1, $2; nested comments; $tag$ quotes; backquotes become double quotes
     MariaDb      ///< each parameter is a ?; comments by # too; both quotes hold texts
@@ -18,7 +18,7 @@ enum class SqlForm {
 /// A statement with its parameters. They are numbered from 1 by first appearance; ":name" twice is one parameter,
 /// each "?" of MariaDB is a separate one.
 struct StatementText {
-    std::string Sql;                       ///< what the server takes
+    std::string Sql;                       ///< the text for the server
     std::vector<std::string> Names;        ///< one for each parameter, ":" included; empty: it has a number only
     std::vector<std::size_t> Occurrences;  ///< MariaDB: for each "?" of `Sql`, the index of its parameter
 
@@ -26,8 +26,8 @@ struct StatementText {
     int number(std::string_view name) const;
 };
 
-/// Finds the parameters. Nothing inside quotes and comments is one, nor is what follows "::" or is in square
-/// brackets. `backslashes`: inside plain single quotes (MariaDB: both kinds) a backslash takes the next byte with it.
+/// Finds the parameters. There are none inside quotes, comments and square brackets, nor after "::". `backslashes`:
+/// inside plain single quotes (MariaDB: both kinds) a backslash escapes the next byte.
 StatementText readStatement(std::string_view sql, SqlForm form, bool backslashes);
 
 }  // namespace kd_lib::detail

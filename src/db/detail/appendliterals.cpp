@@ -90,7 +90,7 @@ inline void putTrimmed(TextWriter& sql, FIELD_TYPE type, std::string_view trimme
     }
 }
 
-/// The most bytes that a literal with its comma takes.
+/// The most bytes that a literal with its comma needs.
 std::size_t literalRoom(const TableField& field)
 {
     constexpr std::size_t quotesAndSeparators = 5;

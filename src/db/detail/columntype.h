@@ -1,5 +1,5 @@
 /// \file
-/// The words of servers for the types of columns.
+/// The names of servers for the types of columns.
 #pragma once
 
 #include <kd_lib/tablefield.h>
@@ -8,8 +8,8 @@
 
 namespace kd_lib::detail {
 
-/// The type for a server's words, in upper case: "VARCHAR(20)", "BIGINT(20) UNSIGNED", "DOUBLE PRECISION". Unknown
-/// for words of neither server.
+/// The type for a server's type name in upper case: "VARCHAR(20)", "BIGINT(20) UNSIGNED", "DOUBLE PRECISION". Unknown
+/// if neither server has such a name.
 FIELD_TYPE serverType(const std::string& words);
 
 /// A column of that name and type, with the length and decimals in round brackets after the first word.

@@ -7,8 +7,8 @@ namespace kd_lib::detail {
 
 namespace {
 
-/// The longest record that is read to its final place. Room for a longer one is not initialised, so that only the
-/// bytes that are read take memory: a length is only a bound.
+/// The longest record that is read directly into the text. Room for a longer one is not initialised, so that only the
+/// bytes that are read need memory: the length is only an upper bound.
 constexpr std::size_t longestDirect = 65536;
 
 }  // namespace

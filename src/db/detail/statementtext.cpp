@@ -24,7 +24,7 @@ bool isWordByte(char c)
     return isLetter(c) || isDigit(c) || c == '$';
 }
 
-/// One pass over a statement. Every step appends the text that it passes to the result.
+/// One pass over a statement. Every step appends the text that it reads to the result.
 class Reader {
 public:
     Reader(std::string_view sql, SqlForm form, bool backslashes)
@@ -95,7 +95,7 @@ private:
         take(end - At);
     }
 
-    /// Whether the quote follows the E of an escape text.
+    /// Whether the quote follows the E of an escape string.
     bool followsEscapeLetter() const
     {
         return At > 0 && (Sql[At - 1] == 'E' || Sql[At - 1] == 'e') && (At == 1 || !isWordByte(Sql[At - 2]));
@@ -107,7 +107,7 @@ private:
         while (end < Sql.size() && Sql[end] != quote) {
             end += escapes && Sql[end] == '\\' ? 2U : 1U;
         }
-        take(end + 1 - At);  // a doubled quote opens the quotes again
+        take(end + 1 - At);  // after a doubled quote the text continues
     }
 
     void takeBackquoted()
