@@ -1,4 +1,4 @@
-# Shell functions that ./run and ./test share: where they build, and how they show what goes on. To be sourced.
+# Shell functions of ./run and ./test: the build folder and the progress display. To be sourced.
 
 # The physical folder of the checkout, whatever link it was called through.
 top=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/../.." && pwd -P)
@@ -16,8 +16,8 @@ buildRoot()
     fi
 }
 
-# useFolder FOLDER: makes it and keeps others out of it until this process ends. A folder that was configured for
-# another place of the sources, or moved itself, is started afresh: CMake cannot use it.
+# useFolder FOLDER: creates and locks it until this process ends. A folder that was configured for another source
+# folder, or was moved, is emptied first, because CMake cannot use it.
 useFolder()
 {
     mkdir -p "$1"
@@ -48,7 +48,7 @@ clearCounter()
     [ ! -t 2 ] || printf '\r\033[K' >&2
 }
 
-# buildIn FOLDER COMMAND...: runs a command that builds, its output in FOLDER/log. When it fails, shows what failed.
+# buildIn FOLDER COMMAND...: runs a build command with its output in FOLDER/log. If it fails, shows the failed step.
 buildIn()
 {
     local log=$1/log status=0 line
@@ -60,7 +60,7 @@ buildIn()
     done || status=1
     clearCounter
     if [ $status -ne 0 ]; then
-        # From the first failed step on, without the steps that went well.
+        # From the first failed step on, without successful steps.
         if grep -q '^FAILED: ' "$log"; then
             sed -n '/^FAILED: /,$p' "$log" | grep -vE '^\[[0-9]+/[0-9]+\] ' >&2
         else

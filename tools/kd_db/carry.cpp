@@ -44,7 +44,7 @@ int carry(exchange::Source& source, exchange::Target& target, const Carriage& ca
     options.Limit = carriage.Asked.Limit;
     options.OnReject = [&](const exchange::Reject& reject) { report.reject(reject); };
     options.OnProgress = [&](const exchange::Progress& now) {
-        // A source that reads all rows first begins again.
+        // A source that reads all rows first reads them again.
         carriage.To.advance(now.Bytes - std::min(before.Bytes, now.Bytes), now.Records - before.Records);
         before = now;
     };
@@ -78,7 +78,7 @@ int carryAlone(exchange::Source& source, exchange::Target& target, const Carriag
         }
         return status;
     } catch (const exchange::Error&) {
-        // What was rejected before the failure is what explains it.
+        // The rejects before the failure explain it.
         if (carriage.Rejects != nullptr && signalReceived() == 0) {
             carriage.Rejects->finish();
         }

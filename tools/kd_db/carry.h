@@ -1,5 +1,5 @@
 /// \file
-/// What the commands share that carry the records of a file.
+/// Shared by the commands that carry the records of a file.
 #pragma once
 
 #include "console.h"
@@ -15,7 +15,7 @@
 
 namespace kd_tool {
 
-/// The file of --rejects; nullptr: none is asked for.
+/// The file of --rejects; nullptr without the option.
 std::unique_ptr<RejectsFile> openRejects(const Options& options);
 
 /// Throws a `UsageError` if the output is the input file itself.
@@ -29,19 +29,18 @@ struct Carriage {
     const Options& Asked;
     Console& To;
     RejectsFile* Rejects = nullptr;
-    std::string Verb = "stored";  ///< what becomes of a record, for the messages
+    std::string Verb = "stored";  ///< what is done with a record, for the messages
     bool Tally = true;            ///< ends with a line of the counts
 };
 
-/// Carries all records of `source` into `target` and tells rejects, notes and counts. Returns the exit status; throws
+/// Carries all records of `source` into `target` and reports rejects, notes and counts. Returns the exit status; throws
 /// what `transfer` throws, after the notes.
 int carry(exchange::Source& source, exchange::Target& target, const Carriage& carriage);
 
 /// The same for the only file of a command: with its progress, and the rejects' file finished in any case.
 int carryAlone(exchange::Source& source, exchange::Target& target, const Carriage& carriage);
 
-/// Does the work on one file: what it throws becomes an error line and the status that belongs to it. An
-/// `exchange::Stopped` passes.
+/// Does the work on one file: its exceptions become an error line and the matching status, except `exchange::Stopped`.
 int withErrorLine(const std::string& file, Console& console, const std::function<int()>& work);
 
 }  // namespace kd_tool

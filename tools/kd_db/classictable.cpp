@@ -41,7 +41,7 @@ std::uint64_t countBlanked(std::string_view bytes)
     return kd_lib::isPlainAscii(bytes) ? 0 : static_cast<std::uint64_t>(std::ranges::count_if(bytes, isBlanked));
 }
 
-/// The library opens by name, and does not tell why it cannot.
+/// The library opens by name, and does not say why it fails.
 void requireReadable(const std::string& file)
 {
     std::string path = file;
@@ -185,7 +185,7 @@ std::uint64_t ClassicTable::fileSize()
     return size;
 }
 
-/// The library blanks in place, so this looks at the records' bytes once more.
+/// The library blanks in place, so this reads the records' bytes once more.
 std::uint64_t ClassicTable::blankedBytes()
 {
     firstRecord();

@@ -10,11 +10,11 @@
 
 namespace kd_tool {
 
-/// An xBase table whose header fits its file. Its records end where one would start with the end mark (0x1A), or with
-/// the file. A record that is cut, fewer records than the header counts, and a read error are an `exchange::Error`.
+/// An xBase table whose header fits its file. Its records end with the file, or before one that would start with the
+/// end mark (0x1A). A cut record, fewer records than the header counts, and a read error are an `exchange::Error`.
 class ClassicTable : public kd_lib::xBase2Sql {
 public:
-    /// Opens the file; "~" stands for the home directory. `check` is called every few records, and may throw.
+    /// Opens the file; "~" is the home directory. `check` is called every few records, and may throw.
     ClassicTable(const std::string& file, std::function<void()> check);
 
     bool fetchRecord() override;

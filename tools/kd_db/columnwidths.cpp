@@ -6,7 +6,7 @@ namespace kd_tool {
 
 namespace {
 
-constexpr std::size_t leastWidth = 6;  // what is left of a text when all are cut
+constexpr std::size_t leastWidth = 6;  // the width of each text when all are cut
 
 std::size_t total(const std::vector<std::size_t>& widths, std::size_t gap)
 {
@@ -27,7 +27,7 @@ std::vector<std::size_t> cutTo(const std::vector<ColumnNeed>& needs, std::size_t
     return widths;
 }
 
-/// Gives what is left over to columns that were cut, from the first on.
+/// Gives the remaining room to columns that were cut, from the first on.
 void spend(std::vector<std::size_t>& widths, const std::vector<ColumnNeed>& needs, std::size_t rest)
 {
     for (std::size_t i = 0; i < widths.size() && rest > 0; ++i) {

@@ -11,7 +11,7 @@ namespace kd_tool {
 
 namespace {
 
-/// What a command takes besides options, by its line of arguments: "FILE... SQL" is two names, the first repeatable.
+/// The arguments of a command: "FILE... SQL" is two names, the first repeatable.
 struct Positionals {
     explicit Positionals(const char* arguments)
     {
@@ -104,7 +104,7 @@ private:
         }
     }
 
-    /// Sets an option whose value, where it has one, is the next argument.
+    /// Sets an option whose value, if it has one, is the next argument.
     void set(const OptionSpec& option, const std::string& shown)
     {
         if (*option.Value == '\0') {

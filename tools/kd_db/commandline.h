@@ -14,9 +14,9 @@ namespace kd_tool {
 /// One command of the program.
 struct CommandSpec {
     const char* Name;
-    const char* Arguments;  ///< as in its help; "..." after a word lets it come more than once
+    const char* Arguments;  ///< as in its help; "..." after a word: it may be repeated
     const char* Summary;    ///< one line
-    const char* Details;    ///< what its help says before the options
+    const char* Details;    ///< its help before the options
     const char* Examples;   ///< two lines at least
     std::vector<const OptionGroup*> Groups;
     int (*Run)(const Options& options, Console& console);  ///< returns an exit status
@@ -32,8 +32,8 @@ const CommandSpec& commandNamed(std::string_view name);
 const OptionSpec* optionNamed(const CommandSpec& command, std::string_view name);
 const OptionSpec* optionLettered(const CommandSpec& command, char letter);
 
-/// Reads the arguments after the name of the command. Options may stand anywhere; "--" ends them. Throws a
-/// `UsageError` for what the command does not have, and where an argument is missing or too many.
+/// Reads the arguments after the name of the command. Options may stand anywhere; "--" ends them. Throws a `UsageError`
+/// for an option that the command does not have, and for a missing or surplus argument.
 Options parseArguments(const CommandSpec& command, const std::vector<std::string>& arguments);
 
 }  // namespace kd_tool

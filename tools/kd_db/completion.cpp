@@ -14,12 +14,12 @@ namespace {
 
 constexpr const char* tableFiles = ":files dbf csv tsv tab txt mem\n";
 
-/// The line under way, up to the word that is completed.
+/// The current line up to the word to complete.
 struct Line {
     const CommandSpec* Command = nullptr;
     const OptionSpec* Awaited = nullptr;  ///< the option whose value the last word is
     std::string Last;
-    std::string Lead;                    ///< what stands before it in the same word: "--into="
+    std::string Lead;                    ///< the text before it in the same word: "--into="
     std::vector<std::string> Arguments;  ///< before the last word
 };
 
@@ -64,7 +64,7 @@ std::string optionCandidates(const CommandSpec& command, const std::string& begi
     return candidates.Text;
 }
 
-/// The value in a word such as --into=FILE, or after a "=" that is a word of its own.
+/// The value in a word such as --into=FILE, or after a separate word "=".
 void takeValue(Line& line)
 {
     const std::size_t equals = line.Last.find('=');
@@ -92,7 +92,7 @@ Line readLine(const std::vector<std::string>& words)
                                    : word.size() == 2 ? optionLettered(*line.Command, word[1])
                                                       : nullptr;
         if (option != nullptr && *option->Value != '\0') {
-            // A shell may make three words of --into=FILE.
+            // A shell may split --into=FILE into three words.
             i += i + 2 < words.size() && words[i + 1] == "=" ? 1U : 0U;
             line.Awaited = i + 2 == words.size() ? option : nullptr;
             ++i;
@@ -102,7 +102,7 @@ Line readLine(const std::vector<std::string>& words)
     return line;
 }
 
-/// The names of a file's columns, where it can be opened; the pieces before the last comma stay.
+/// The names of a file's columns, if it can be opened; the pieces before the last comma stay.
 std::string columnCandidates(const Line& line, const std::string& end)
 {
     const std::size_t comma = line.Last.rfind(',');
@@ -117,7 +117,7 @@ std::string columnCandidates(const Line& line, const std::string& end)
             candidates.add(before + column.Name + end, exchange::typeName(column.Type));
         }
     } catch (const std::exception&) {
-        return {};  // what cannot be read has no names
+        return {};  // a file that cannot be read has no names
     }
     return candidates.Text;
 }
@@ -148,7 +148,7 @@ std::string valueCandidates(const Line& line, const OptionSpec& option)
     return candidates.Text;
 }
 
-/// The files that a command takes at this place.
+/// The files that a command accepts here.
 std::string argumentCandidates(const Line& line)
 {
     const std::string command = line.Command->Name;

@@ -1,5 +1,5 @@
 /// \file
-/// What a shell may complete.
+/// Completion for shells.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@ namespace kd_tool {
 inline constexpr std::string_view completionCommand = "__complete";
 
 /// The candidates that begin with the last word, one a line, "CANDIDATE<tab>DESCRIPTION". A last line that begins with
-/// ":" tells the shell to complete file names: ":files" all, ":files dbf csv" those with one of these extensions in any
+/// ":" makes the shell complete file names: ":files" all, ":files dbf csv" those with one of these extensions in any
 /// case of letters, and folders.
 std::string completions(const std::vector<std::string>& words);
 

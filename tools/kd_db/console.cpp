@@ -71,7 +71,7 @@ void Console::put(const std::string& text)
     while (!rest.empty()) {
         const ssize_t written = ::write(STDERR_FILENO, rest.data(), rest.size());
         if (written <= 0) {
-            return;  // nobody can be told
+            return;  // the failure cannot be reported anywhere
         }
         rest.remove_prefix(static_cast<std::size_t>(written));
     }

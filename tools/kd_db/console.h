@@ -1,5 +1,5 @@
 /// \file
-/// What the program says on standard error: lines, and the progress bar between them.
+/// Standard error of the program: lines, and the progress bar between them.
 #pragma once
 
 #include "options.h"
@@ -13,26 +13,26 @@
 
 namespace kd_tool {
 
-/// Whole lines, whatever control bytes their text holds. Usable by several threads.
+/// Writes whole lines, whatever control bytes their text contains. Usable by several threads.
 class Console {
 public:
-    /// Takes over --quiet, --color and --progress.
+    /// Applies --quiet, --color and --progress.
     void configure(const Options& options);
 
-    /// A line about what failed, or could not be carried: `kd_db: LINE`.
+    /// A line about a failure, or a value that could not be carried: `kd_db: LINE`.
     void trouble(const std::string& line);
 
-    /// A line that tells something; none with --quiet.
+    /// A line of information; none with --quiet.
     void note(const std::string& line);
 
-    /// A line as it is, whatever the options.
+    /// A line without prefix, whatever the options.
     void say(const std::string& line);
 
-    /// Keeps all lines from now on, up to `release`: the screen shows something else.
+    /// Keeps all lines until `release`, because the screen shows something else.
     void hold();
     void release();
 
-    /// Long work begins, of so many bytes, or of unknown size.
+    /// Begins long work with this number of bytes, or of unknown size.
     void beginWork(const std::string& what, std::optional<std::uint64_t> size);
     void advance(std::uint64_t bytes, std::uint64_t records);
     void endWork();
@@ -50,7 +50,7 @@ private:
     ProgressBar Bar;
 };
 
-/// Work that shows its progress as long as it lives.
+/// Work that shows its progress while this object exists.
 class WorkInProgress {
 public:
     WorkInProgress(Console& console, const std::string& what, std::optional<std::uint64_t> size) : Of(console)

@@ -1,5 +1,5 @@
 /// \file
-/// The databases that DATABASE may name: SQLite files, and servers where their libraries were built.
+/// The databases that DATABASE may name: SQLite files, and servers if their libraries were built.
 #pragma once
 
 #include "options.h"
@@ -27,7 +27,7 @@ bool isServer(const std::string& database);
 /// The database of a load.
 class LoadDatabase {
 public:
-    /// For the target of one file, or of several one after the other (or, on a server, at a time).
+    /// For the target of one file, or of several, in turn or (on a server) at the same time.
     LoadDatabase(const Options& options, bool several);
     ~LoadDatabase();
     LoadDatabase(const LoadDatabase&) = delete;
@@ -44,13 +44,13 @@ private:
     std::unique_ptr<exchange::SqliteBatch> Batch;
 };
 
-/// How many files are loaded at a time where `asked` may be: one into SQLite, which locks the whole database.
+/// How many files to load at a time, at most `asked`: one into SQLite, which locks the whole database.
 unsigned jobsAtATime(const std::string& database, unsigned asked);
 
 /// The rows of a statement.
 struct QueryResult {
     std::unique_ptr<exchange::Source> Rows;
-    std::function<std::uint64_t()> Changes;  ///< rows that it changed, once all its rows have been read
+    std::function<std::uint64_t()> Changes;  ///< rows that it changed; known when all its rows have been read
 };
 QueryResult queryDatabase(const std::string& database, const std::string& sql);
 

@@ -7,9 +7,9 @@
 
 namespace kd_tool {
 
-/// Writes text with each control byte as `\xNN`. The control characters of the upper half (0x80 to 0x9F)
-/// count as well, alone or as UTF-8, while such bytes inside other UTF-8 characters stay. A text may be
-/// given in pieces that end anywhere.
+/// Writes text with each control byte as `\xNN`. The control characters of the upper half (0x80 to 0x9F) count as well,
+/// alone or as UTF-8, while such bytes inside other UTF-8 characters stay. A text may be passed in pieces that end
+/// anywhere.
 class ControlEscaper {
 public:
     /// With `keepLines` line ends and tabs stay as they are.
@@ -21,7 +21,7 @@ private:
     bool isControl(unsigned char byte);
 
     bool KeepLines;
-    int Continuation = 0;  // bytes that the UTF-8 character under way still needs
+    int Continuation = 0;  // bytes that the current UTF-8 character still needs
 };
 
 /// One line of `text`: every control byte is an escape.

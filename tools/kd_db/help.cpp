@@ -28,7 +28,7 @@ void appendWrapped(std::string& out, std::string_view text, std::size_t column, 
     out += '\n';
 }
 
-/// `  NAME   text`, the text in a column of its own; on the next line where the name is too long.
+/// `  NAME   text`, the texts aligned; on the next line if the name is too long.
 void appendEntry(std::string& out, const std::string& name, std::string_view text)
 {
     out += "  " + name;

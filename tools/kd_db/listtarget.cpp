@@ -83,7 +83,7 @@ std::unique_ptr<exchange::Target> listTarget(const Options& options, Console& co
     }
     using Paging = ResultOutput::Paging;
     using Controls = ResultOutput::Controls;
-    const bool isTable = options.Format == ListFormat::Table;  // whose cells hold no control bytes any more
+    const bool isTable = options.Format == ListFormat::Table;  // the cells contain no control bytes any more
     return std::make_unique<ListTarget<ResultOutput>>(options, screenStyle(options), console,
                                                       options.Pager ? Paging::LongResults : Paging::Never,
                                                       isTable ? Controls::Pass : Controls::Escape);

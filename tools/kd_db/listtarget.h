@@ -1,5 +1,5 @@
 /// \file
-/// Where records are printed.
+/// Prints records.
 #pragma once
 
 #include "console.h"
@@ -11,8 +11,8 @@
 
 namespace kd_tool {
 
-/// The target of --format and -o: a table, CSV or JSON lines, to a file or to standard output; there, at a terminal,
-/// more than a screen goes through a pager.
+/// The target of --format and -o: a table, CSV or JSON lines, to a file or to standard output; on a terminal, more than
+/// a screen goes through a pager.
 std::unique_ptr<exchange::Target> listTarget(const Options& options, Console& console);
 
 }  // namespace kd_tool

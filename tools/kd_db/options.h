@@ -1,5 +1,5 @@
 /// \file
-/// What the command line asks for.
+/// The options of the command line.
 #pragma once
 
 #include <kd_lib/exchange/opensource.h>
@@ -19,7 +19,7 @@ enum class When : std::uint8_t { Auto, Always, Never };
 enum class ListFormat : std::uint8_t { Table, Csv, JsonLines };
 enum class FileFormat : std::uint8_t { None, Sqlite, PostgreSql, MySql, Csv, JsonLines };
 
-/// All options of all commands with their defaults. A command looks at those that its help names.
+/// All options of all commands with their defaults. A command uses those that its help names.
 struct Options {
     std::vector<std::string> Arguments;  ///< the files, the database, the statement, in the order given
 
@@ -50,9 +50,9 @@ struct Options {
 struct OptionSpec {
     const char* Name;   ///< without its dashes
     char Letter;        ///< the short form; 0: none
-    const char* Value;  ///< what follows it, "a|b|c" being a choice; empty: nothing
+    const char* Value;  ///< its value, "a|b|c" for a choice; empty: none
     const char* Help;
-    void (*Set)(Options& options, const std::string& value);  ///< throws a `UsageError` without the option's name
+    void (*Set)(Options& options, const std::string& value);  ///< throws a `UsageError` that lacks the option's name
 };
 
 /// Options that belong together, with their headline in the help.
@@ -64,13 +64,13 @@ struct OptionGroup {
 /// The groups; each command has some of them.
 extern const OptionGroup fileOptions;    ///< how a file is read
 extern const OptionGroup recordOptions;  ///< which columns and records of it
-extern const OptionGroup rejectOptions;  ///< what becomes of what cannot be carried
-extern const OptionGroup tableOptions;   ///< the table that is made
-extern const OptionGroup verifyOptions;  ///< the table that is compared
+extern const OptionGroup rejectOptions;  ///< what to do with values that cannot be carried
+extern const OptionGroup tableOptions;   ///< the table to create
+extern const OptionGroup verifyOptions;  ///< the table to compare
 extern const OptionGroup convertOptions;
 extern const OptionGroup loadOptions;
 extern const OptionGroup intoOptions;
-extern const OptionGroup viewOptions;  ///< how records are printed
+extern const OptionGroup viewOptions;  ///< how to print records
 extern const OptionGroup limitOptions;
 extern const OptionGroup scriptOptions;
 extern const OptionGroup progressOptions;

@@ -7,13 +7,13 @@
 
 namespace kd_tool {
 
-/// The command line of the pager: $PAGER, else `less -FRX` where that is installed; empty: none.
+/// The command line of the pager: $PAGER, else `less -FRX` if that is installed; empty: none.
 std::string pagerCommand();
 
-/// A running pager. What is written to `descriptor` is shown.
+/// A running pager, which shows what is written to `descriptor`.
 class Pager {
 public:
-    /// Starts it through the shell; less is told that texts are UTF-8.
+    /// Starts it through the shell, for less with texts set to UTF-8.
     explicit Pager(const std::string& command);
 
     /// Closes its input and waits until its user has seen enough.
@@ -24,7 +24,7 @@ public:
     /// -1: it could not be started.
     int descriptor() const { return Input; }
 
-    /// As the destructor does. False: the shell did not find the command.
+    /// Does the work of the destructor. False: the shell did not find the command.
     bool wait();
 
 private:

@@ -54,7 +54,7 @@ void writeAll(std::string_view text)
     while (!text.empty()) {
         const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
         if (written <= 0) {
-            return;  // nobody can be told
+            return;  // the failure cannot be reported anywhere
         }
         text.remove_prefix(static_cast<std::size_t>(written));
     }

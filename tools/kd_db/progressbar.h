@@ -1,5 +1,5 @@
 /// \file
-/// How far long work is, on standard error.
+/// The progress of long work, on standard error.
 #pragma once
 
 #include <chrono>
@@ -10,18 +10,18 @@
 namespace kd_tool {
 
 /// One line at the bottom of the terminal that shows bytes done, rate and time left. It appears after one second and
-/// is gone when it is cleared. Not for several threads: its owner locks.
+/// disappears when it is cleared. Not for several threads: the owner must lock.
 class ProgressBar {
 public:
-    /// Bytes to do in all; nothing if that is not known. Work begins now.
+    /// Starts work of this many bytes; nothing if that is not known.
     void begin(std::string what, std::optional<std::uint64_t> size);
 
     void end();
 
-    /// Adds to what is done, and draws the line where it is time to.
+    /// Adds to the bytes done, and draws the line if it is due.
     void add(std::uint64_t bytes, std::uint64_t records);
 
-    /// Takes the line away, as long as something else is written; the next `add` may draw it again.
+    /// Removes the line while something else is written; the next `add` may draw it again.
     void clear();
 
     bool active() const { return Active; }

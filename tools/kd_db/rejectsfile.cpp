@@ -16,7 +16,7 @@ void appendHex(std::string& out, unsigned char byte)
     out += hexDigits[byte & 0xFU];
 }
 
-/// A text as JSON; bytes that are not UTF-8, as file names may have them, become U+FFFD.
+/// A text as JSON; bytes that are not UTF-8, which file names may have, become U+FFFD.
 void appendString(std::string& out, std::string_view text)
 {
     out += '"';

@@ -14,7 +14,7 @@ namespace kd_tool {
 /// are null, and the bytes are hexadecimal.
 std::string rejectLine(const kd_lib::exchange::Reject& reject);
 
-/// Takes rejects of several threads. The file appears whole when it is finished, after a failure of the work too.
+/// Accepts rejects of several threads. The file appears whole when it is finished, even after a failure of the work.
 class RejectsFile {
 public:
     explicit RejectsFile(const std::string& path);

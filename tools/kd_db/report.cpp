@@ -40,7 +40,7 @@ void Report::reject(const exchange::Reject& reject)
         Rejects->write(reject);
     }
     if (reject.ToldByNote || reject.Action == exchange::RejectAction::Stop) {
-        return;  // a note or the error line tells it
+        return;  // a note or the error line reports it
     }
     if (++Count <= mostLines) {
         To.trouble(lineOf(reject, Verb));

@@ -1,5 +1,5 @@
 /// \file
-/// What is told about the work on one file.
+/// The report on the work on one file.
 #pragma once
 
 #include "console.h"
@@ -14,10 +14,10 @@
 
 namespace kd_tool {
 
-/// Tells the rejects of a file, at most 20 of them, then its notes and its tally. One thread per object.
+/// Prints the rejects of a file, at most 20 of them, then its notes and its tally. One thread per object.
 class Report {
 public:
-    /// What becomes of a record, for the sentences: "stored", "shown".
+    /// What is done with a record, for the sentences: "stored", "shown".
     Report(Console& console, RejectsFile* rejects, std::string file, std::string verb)
         : To(console), Rejects(rejects), File(std::move(file)), Verb(std::move(verb))
     {
@@ -25,11 +25,11 @@ public:
 
     void reject(const exchange::Reject& reject);
 
-    /// Notes that have not been told yet; each list only grows.
+    /// Prints the new notes; each list only grows.
     void sourceNotes(const std::vector<exchange::Note>& notes) { tell(notes, SourceNotes); }
     void targetNotes(const std::vector<exchange::Note>& notes) { tell(notes, TargetNotes); }
 
-    /// The count of the rejects that were not told one by one.
+    /// Prints the count of the rejects that were not printed one by one.
     void restOfRejects();
 
     /// `FILE: 5 records read, 1 left out, 4 stored in table people`

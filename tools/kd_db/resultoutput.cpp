@@ -20,7 +20,7 @@ namespace {
 
 constexpr const char* outputName = "standard output";
 
-/// Waits until the descriptor takes bytes. False: the end is asked for.
+/// Waits until the descriptor accepts bytes. False: a stop is requested.
 bool waitForReader(int descriptor)
 {
     constexpr int interval = 100;
@@ -55,7 +55,7 @@ void ResultOutput::take(std::string_view piece)
         writeShown(piece);
         return;
     }
-    // Whether a pager is needed is not known before there is more than a screen, or the end.
+    // Only after more than a screen, or at the end, it is known whether a pager is needed.
     Held += piece;
     if (Command.empty() || exceedsScreen(Held)) {
         begin();
@@ -82,7 +82,7 @@ void ResultOutput::writeShown(std::string_view text)
     writeOut(text);
 }
 
-/// Lines that are wider than the terminal take several rows.
+/// Lines that are wider than the terminal need several rows.
 bool ResultOutput::exceedsScreen(std::string_view text) const
 {
     const ScreenSize size = screenSize(STDOUT_FILENO);
@@ -119,7 +119,7 @@ void ResultOutput::writeOut(std::string_view text)
         if (!waitForReader(descriptor)) {
             throw kd_lib::exchange::Stopped(outputName, "stopped");
         }
-        // A pipe that takes bytes takes so many without waiting.
+        // A pipe that accepts bytes accepts this many without waiting.
         const ssize_t written = ::write(descriptor, text.data(), std::min<std::size_t>(text.size(), PIPE_BUF));
         if (written >= 0) {
             text.remove_prefix(static_cast<std::size_t>(written));
@@ -145,7 +145,7 @@ void ResultOutput::abandon() noexcept
     try {
         finish();
     } catch (...) {
-        return;  // the failure before is the one to tell
+        return;  // the earlier failure is the one to report
     }
 }
 

@@ -1,5 +1,5 @@
 /// \file
-/// Standard output, with a pager where results are longer than the screen.
+/// Standard output, with a pager if results are longer than the screen.
 #pragma once
 
 #include "console.h"
@@ -15,25 +15,24 @@
 
 namespace kd_tool {
 
-/// Standard output in blocks. Writing throws `ReaderGone` where nobody reads any more, an `exchange::Stopped` when the
-/// end is asked for while the reader lets it wait, and an `exchange::Error` for every other failure.
-/// At a terminal the progress bar ends when the first block is written, and as long as the pager runs the console keeps
-/// its lines.
+/// Standard output in blocks. Writing throws `ReaderGone` if nobody reads any more, an `exchange::Stopped` if a stop is
+/// requested while it waits for the reader, and an `exchange::Error` for every other failure. On a terminal the
+/// progress bar ends when the first block is written, and the console keeps its lines while the pager runs.
 class ResultOutput : public kd_lib::exchange::OutputBlock {
 public:
     enum class Paging : unsigned char { Never, LongResults };
     enum class Controls : unsigned char {
-        Pass,   ///< escape sequences are the program's own
-        Escape  ///< at a terminal, control bytes of the data are shown as \xNN
+        Pass,   ///< the text contains the program's escape sequences
+        Escape  ///< on a terminal, control bytes of the data are shown as \xNN
     };
 
     explicit ResultOutput(Console& console, Paging paging = Paging::Never, Controls controls = Controls::Pass);
     ~ResultOutput() override;
 
-    /// Writes what is left, and waits for the pager.
+    /// Writes the rest, and waits for the pager.
     void finish();
 
-    /// The same after a failure: what was printed before it is shown.
+    /// The same after a failure: shows what was printed before it.
     void abandon() noexcept;
 
 protected:
@@ -52,7 +51,7 @@ private:
     bool Escapes = false;
     bool Begun = false;
     std::string Command;  // of the pager; empty: none
-    std::string Held;     // what came before it is known whether a pager is needed
+    std::string Held;     // text from before it is known whether a pager is needed
     ControlEscaper Escaper{true};
     std::string Escaped;
     std::unique_ptr<Pager> Running;

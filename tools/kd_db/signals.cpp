@@ -38,7 +38,7 @@ std::stop_source& stopSource()
     ::_exit(statusSignal + signal);
 }
 
-/// A thread of its own receives the signals, so that a stop can be requested like from any other place.
+/// A separate thread receives the signals, so that a stop can be requested as from any other place.
 void* watch(void*)
 {
     for (int count = 1;; ++count) {

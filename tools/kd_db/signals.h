@@ -11,18 +11,18 @@ namespace kd_tool {
 /// closed pipe and the limit of a file's size become failed writes. A signal that was ignored before stays so.
 void watchSignals();
 
-/// From now on the three signals only ask for the end, by `stopToken`: work that changes files takes everything
-/// back and ends by itself. The third one still ends the program at once.
+/// From now on the three signals only request a stop, through `stopToken`: work that changes files undoes everything
+/// and ends by itself. The third signal still ends the program at once.
 void finishOnSignal();
 
-/// Asked to stop when a signal came.
+/// Requested to stop when a signal comes.
 std::stop_token stopToken();
 
-/// The signal that asked for the end; 0: none.
+/// The signal that requested the stop; 0: none.
 int signalReceived();
 
-/// While a pager shows the results SIGINT is its own affair, and asks the program to write no more; the other
-/// signals end the pager too. 0: no pager.
+/// While a pager shows the results, SIGINT is left to it and only makes the program stop writing; the other signals end
+/// the pager too. 0: no pager.
 void setPager(pid_t process);
 
 /// Lets a child process receive signals as usual; between fork and exec.

@@ -10,7 +10,7 @@
 namespace kd_tool {
 
 /// The line of the statement in which byte `at` is, and a line with "^" under it; a long line is shown in part. Nothing
-/// where the place is not known.
+/// if the place is not known.
 std::vector<std::string> placeInSql(const std::string& sql, std::optional<std::size_t> at);
 
 }  // namespace kd_tool

@@ -93,7 +93,7 @@ void TableView::layOut()
             number = number || row.Looks[i] == Look::Right;
             text = text || row.Looks[i] == Look::Left;
         }
-        // The result of an expression has no type; its values tell.
+        // The result of an expression has no type; its values decide.
         Numeric[i] = (Numeric[i] || number) && !text;
         need.Cuttable = !Numeric[i];
         needs.push_back(need);
@@ -182,12 +182,12 @@ void TableView::finish()
 void TableView::abandon() noexcept
 {
     try {
-        // What was read before the failure is shown, as it is when the page was full.
+        // Shows the records read before the failure, as if the page were full.
         if (!Streaming && !Page.empty()) {
             printPage();
         }
     } catch (...) {
-        // The failure before is the one to tell.
+        // The earlier failure is the one to report.
         return;
     }
 }

@@ -22,8 +22,8 @@ struct TableStyle {
 };
 
 /// Prints records under their columns' names: texts to the left, numbers to the right, NULL as that word. The widths
-/// are those of the first page of records, so that memory stays flat; a later cell that is wider is cut where there is
-/// a limit, and moves the rest of its line if there is none. The block is flushed at the end, and not closed.
+/// are those of the first page of records, so that memory does not grow; a later cell that is wider is cut if there is
+/// a limit, and otherwise moves the rest of its line. The block is flushed at the end, and not closed.
 class TableView : public kd_lib::exchange::Target {
 public:
     TableView(kd_lib::exchange::OutputBlock& output, TableStyle style);

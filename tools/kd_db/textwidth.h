@@ -1,5 +1,5 @@
 /// \file
-/// How many cells of a terminal a text takes.
+/// The width of a text in cells of a terminal.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@ std::size_t textWidth(std::string_view text);
 /// The longest beginning of a text that takes at most `cells`; clusters stay whole.
 std::string_view fittingPart(std::string_view text, std::size_t cells);
 
-/// The text, or where it takes more than `cells`, a beginning of it that ends with `mark`; never wider than `cells`.
+/// The text, or if it is wider than `cells`, a beginning of it that ends with `mark`; never wider than `cells`.
 std::string truncated(std::string_view text, std::size_t cells, std::string_view mark);
 
 }  // namespace kd_tool

@@ -1,5 +1,5 @@
 /// \file
-/// The commands. Each returns an exit status, and throws an `exchange::Error` where the whole of its work fails.
+/// The commands. Each returns an exit status, and throws an `exchange::Error` if all of its work fails.
 #pragma once
 
 #include "../console.h"

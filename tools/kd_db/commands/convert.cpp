@@ -23,7 +23,7 @@ std::unique_ptr<exchange::Target> scriptTarget(const Options& options, exchange:
                                                                        : exchange::RowStyle::Fastest);
 }
 
-/// Refuses options of a table where none is made.
+/// Refuses options of a table if none is created.
 void requireNoTable(const Options& options, const char* format)
 {
     const auto refuse = [format](bool given, const std::string& option) {

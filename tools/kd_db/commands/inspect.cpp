@@ -47,7 +47,7 @@ std::string visible(std::string_view text)
     return line;
 }
 
-/// One line: offset, bytes, what they are and mean.
+/// One line: offset, bytes, name and meaning.
 class Printer {
 public:
     Printer(exchange::OutputBlock& output, bool colored) : Output(output), Colored(colored) {}

@@ -18,7 +18,7 @@ namespace kd_tool {
 
 namespace {
 
-/// The files of one load, and what became of them.
+/// The files of one load, and their results.
 class Load {
 public:
     Load(const Options& options, Console& console) : Asked(options), To(console), Rejects(openRejects(options))
@@ -42,7 +42,7 @@ public:
                                       sizeOf(Files));
             Into.emplace(Asked, Files.size() > 1);
             loadAll();
-            // The tables that are whole stay, also where the others are no longer wanted.
+            // Finished tables stay, even if the load of the others has been stopped.
             Into->finish();
         }
         if (Rejects) {
@@ -76,7 +76,7 @@ private:
     {
         for (std::size_t i = Next++; i < Files.size(); i = Next++) {
             try {
-                // What the only file throws says what to do about it.
+                // The exception of a single file says what to do.
                 const int status = Files.size() == 1 ? loadFile(Files[i])
                                                      : withErrorLine(Files[i], To, [&] { return loadFile(Files[i]); });
                 const std::lock_guard guard(Lock);
@@ -84,7 +84,7 @@ private:
                 Failed += status == statusFailed || status == statusUsage ? 1U : 0U;
                 WithLosses += status == statusLoss ? 1U : 0U;
             } catch (...) {
-                // Where a signal asked to stop, the other threads find it out by themselves.
+                // After a signal the other threads stop by themselves.
                 const std::lock_guard guard(Lock);
                 Failure = std::current_exception();
                 Next = Files.size();

@@ -20,7 +20,7 @@ namespace kd_tool {
 
 namespace {
 
-/// Prints the rows of a statement; one without columns tells how many rows it changed.
+/// Prints the rows of a statement, or if it has no columns, how many rows it changed.
 int print(exchange::Source& rows, const std::function<std::uint64_t()>& changes, const Options& options,
           Console& console)
 {
@@ -51,7 +51,7 @@ public:
                 }};
     }
 
-    /// Tells what is left to tell; returns the status.
+    /// Prints the remaining reports; returns the status.
     int finish()
     {
         for (auto& [file, report] : Files) {
@@ -73,7 +73,7 @@ private:
     bool Loss = false;
 };
 
-/// The tables of a folder. A file that cannot be read is left out with a note: the statement may well do without it.
+/// The tables of a folder. A file that cannot be read is left out with a note, because the statement may not need it.
 void addFolder(std::vector<exchange::FileTableOptions>& tables, const std::string& folder, const Options& options,
                Console& console)
 {

@@ -19,7 +19,7 @@ namespace kd_tool {
 
 namespace {
 
-/// Lets a stream write to an output file. What the file throws, the stream throws.
+/// Lets a stream write to an output file. The stream passes on the file's exceptions.
 class FileBuffer : public std::streambuf {
 public:
     explicit FileBuffer(exchange::OutputFile& file) : File(file) {}
@@ -43,7 +43,7 @@ private:
     exchange::OutputFile& File;
 };
 
-/// As long as it lives, what the library says on standard output is kept.
+/// While it exists, the library's lines on standard output are kept.
 class Overheard {
 public:
     Overheard() : Before(std::cout.rdbuf(Kept.rdbuf())) {}
@@ -155,7 +155,7 @@ int script(const Options& options, Console& console)
     }
     ResultOutput output(console);
     output.write(path + '\n');
-    // Last, so that nothing can fail once the script is there.
+    // Last, so that nothing can fail once the script exists.
     throwIfStopped(argument);
     file.commit();
     output.finish();

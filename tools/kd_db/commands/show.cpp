@@ -42,7 +42,7 @@ exchange::Cell numberOrNothing(std::uint32_t number, std::string& digits)
     return number > 0 ? exchange::Cell::number(digits) : exchange::Cell::text("");
 }
 
-/// The columns as a table of their own; a text file's have neither letters nor lengths.
+/// The columns as a table; those of a text file have neither letters nor lengths.
 void printColumns(const std::vector<exchange::Column>& columns, exchange::OutputBlock& output, bool colored)
 {
     using Type = exchange::ColumnType;
@@ -86,7 +86,7 @@ void print(const exchange::Description& file, exchange::OutputBlock& output, boo
     printColumns(file.Columns, output, colored);
 }
 
-/// Describes one file, and what of it would not be carried.
+/// Describes one file, and everything in it that would not be carried.
 int showFile(const std::string& file, const Options& options, Console& console, exchange::OutputBlock& output)
 {
     exchange::Progress before;

@@ -14,7 +14,7 @@ namespace kd_tool {
 
 namespace {
 
-/// What differs, on standard output.
+/// Prints the differences on standard output.
 void print(const exchange::Verification& found, const std::string& file, const std::string& database, Console& console)
 {
     ResultOutput output(console, ResultOutput::Paging::Never, ResultOutput::Controls::Escape);
