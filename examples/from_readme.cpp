@@ -14,7 +14,7 @@ int main()
         std::cout << *record["name"].text() << ": " << record["limit"].digits().value_or("no limit") << "\n";
     }
 
-    // Carry it into a database, whole or not at all. What cannot be carried is named.
+    // Carry it into a database, whole or not at all. Each value that cannot be carried is reported.
     SqliteTarget database("clients.db");
     const Tally tally = transfer(*openSource("clients.dbf"), database,
                                  {.OnReject = [](const Reject& reject) { std::cerr << reject.Reason << "\n"; }});

@@ -124,7 +124,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     writeFiles(input);
     kd_fuzz::renewBudget();
     const int answer = runProgram(arguments);
-    require(answer >= 0 && answer <= 3, "an exit code that is none of the program's");
+    require(answer >= 0 && answer <= 3, "an exit code that is not one of the program's");
     require(answer == 0 || answer == 3 || onlyGivenFiles(), "a failure that leaves a file");
     require(::lseek(STDOUT_FILENO, 0, SEEK_END) < static_cast<off_t>(outputLimit), "output without bound");
     require(::ftruncate(STDOUT_FILENO, 0) == 0 && ::lseek(STDOUT_FILENO, 0, SEEK_SET) == 0, "the file of the results");

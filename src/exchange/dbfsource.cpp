@@ -83,7 +83,7 @@ DbfSource::Reader::Reader(DbfSource& source, const SourceOptions& options)
       Chosen(detail::chooseColumns(source.file(), InFile.Columns, options)), Records(File, Layout)
 {
     if (InFile.Columns.empty()) {
-        throw Error(source.file(), "there is no column but memos and null flags");
+        throw Error(source.file(), "there are only memo columns and null flags");
     }
     source.Columns = detail::columnsOf(InFile.Columns, Chosen, options.OnEncodingError);
     source.Current.Cells.resize(source.Columns.size());
@@ -227,7 +227,7 @@ void DbfSource::Reader::tell()
 
 std::string DbfSource::Reader::missingMemo() const
 {
-    return Of.file() == "-" ? "none beside standard input" : detail::likelyMemoFile(Of.file(), Layout) + " is missing";
+    return Of.file() == "-" ? "none for standard input" : detail::likelyMemoFile(Of.file(), Layout) + " is missing";
 }
 
 std::vector<Fact> DbfSource::Reader::facts() const

@@ -160,7 +160,7 @@ bool DelimitedSource::Reader::isNull(const detail::DelimitedCell& cell)
 void DelimitedSource::Reader::inferTypes(std::vector<Column>& columns)
 {
     if (!Window.file().seekable()) {
-        throw OptionError(Of.file(), "the types of columns cannot be found in a text that can be read once only");
+        throw OptionError(Of.file(), "the types of columns cannot be found in a text that can be read only once");
     }
     detail::TextWindow window(Of.file(), pageToConvert());
     detail::DelimitedRows rows(window, Form, Options.Header);
@@ -270,7 +270,7 @@ void DelimitedSource::Reader::seek(std::uint64_t number)
         return;
     }
     if (!Window.file().seekable()) {
-        throw Error(Of.file(), "it can be read once only");
+        throw Error(Of.file(), "it can be read only once");
     }
     Rows.restart();
 }

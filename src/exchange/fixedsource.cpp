@@ -191,7 +191,7 @@ void FixedSource::Reader::seek(std::uint64_t number)
         return;
     }
     if (!Window.file().seekable()) {
-        throw Error(Of.file(), "it can be read once only");
+        throw Error(Of.file(), "it can be read only once");
     }
     Window.restart();
     Lines.restart();

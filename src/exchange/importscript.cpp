@@ -304,7 +304,7 @@ ImportTally importScript(const std::string& script, const std::string& database,
     detail::DatabaseFile file(database);
     const ImportTally tally = runIn(file.path(), file.isNew(), script, database, options);
     if (file.isNew() && !file.publish()) {
-        throw Error(database, "another program made this database meanwhile; nothing was stored");
+        throw Error(database, "another program has created this database meanwhile; nothing was stored");
     }
     return tally;
 }

@@ -84,10 +84,10 @@ MemSource::Reader::Reader(MemSource& source, const SourceOptions& options)
     if (Next == Found::Unknown) {
         const auto type = static_cast<std::uint8_t>(Variables.typeByte()[0]);
         throw Error(Place{Of.file(), 0, {}, Variables.offsetOf(Variables.typeByte())},
-                    "no .mem file: " + detail::hex(type) + " is the type of no variable");
+                    "not a .mem file: " + detail::hex(type) + " is not a variable type");
     }
     if (Next == Found::End && !Variables.hasEndMark()) {
-        throw Error(Of.file(), "no .mem file: it is empty, without an end mark");
+        throw Error(Of.file(), "not a .mem file: it is empty, without an end mark");
     }
     Form = Next == Found::Variable ? detail::memFormName(Variables.form()) : "";
     const std::vector<Column> inFile = columnsInFile();
@@ -115,7 +115,7 @@ bool MemSource::Reader::take()
     if (Current == Found::Unknown) {
         const auto type = static_cast<std::uint8_t>(Variables.typeByte()[0]);
         Of.note("the variable at byte " + std::to_string(Variables.offset()) + " is of the unknown type " +
-                    detail::hex(type) + ": it and what follows cannot be read",
+                    detail::hex(type) + ": it and everything after it cannot be read",
                 true);
     }
     const bool taken = Current == Found::Variable || Current == Found::Cut;
@@ -199,7 +199,7 @@ void MemSource::Reader::seek(std::uint64_t number)
         return;
     }
     if (!File.seekable()) {
-        throw Error(Of.file(), "it can be read once only");
+        throw Error(Of.file(), "it can be read only once");
     }
     File.seek(0);
     Variables.restart();

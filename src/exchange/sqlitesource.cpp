@@ -136,7 +136,7 @@ public:
     {
         if (number <= Number) {
             if (sqlite3_stmt_readonly(Statement.get()) == 0) {
-                throw Error(Name, "the rows of a statement that changes the database come only once");
+                throw Error(Name, "the rows of a statement that changes the database can be read only once");
             }
             sqlite3_reset(Statement.get());
             State = Before;

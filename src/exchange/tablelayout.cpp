@@ -101,7 +101,7 @@ void TableLayout::fit(Record& record)
 Note TableLayout::textNote(const std::string& column, std::uint64_t count)
 {
     return {"column " + column + ": " + std::to_string(count) + (count == 1 ? " number is" : " numbers are") +
-            " kept as text, because a number of SQLite does not hold the digits"};
+            " kept as text, because a SQLite number cannot hold the digits"};
 }
 
 std::vector<Note> TableLayout::notes() const

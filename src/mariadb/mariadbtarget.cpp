@@ -137,7 +137,7 @@ private:
                          Session.literal(Layout.table()));
         if (!engine.empty() && engine[0][1] != "YES") {
             throw Error(Session.name(), "table " + Layout.table() + " is of engine " + engine[0][0] +
-                                            ", which has no transactions: a failure could not be taken back");
+                                            ", which has no transactions: a failure could not be undone");
         }
         Session.run("START TRANSACTION");
     }

@@ -293,7 +293,7 @@ TEST_F(DamagedDbf, NoColumns)
     EXPECT_EQ(failure(file), "the header describes no columns");
     EXPECT_EQ(failure(XbaseFile(2, {})), "the header describes no columns");
     EXPECT_EQ(failure(XbaseFile(4, {})), "the header describes no columns");
-    EXPECT_EQ(failure(XbaseFile(0x30, {{"_NullFlags", '0', 1, 0, 5}})), "there is no column but memos and null flags");
+    EXPECT_EQ(failure(XbaseFile(0x30, {{"_NullFlags", '0', 1, 0, 5}})), "there are only memo columns and null flags");
 }
 
 TEST_F(DamagedDbf, HeaderLengthWrong)

@@ -209,7 +209,7 @@ TEST(DelimitedSource, TheDelimiterByTheText)
     EXPECT_EQ(notesOf("at,what\n10:15,x\n10:16,y\n", {.Delimiter = "auto"}),
               "the delimiter is ',': it cuts 3 of the first 3 rows into 2 columns\n");
     EXPECT_EQ(notesOf("word\none\n", {.Delimiter = "auto"}),
-              "the delimiter is taken to be ',': none cuts the first row into columns\n");
+              "the delimiter is assumed to be ',': none splits the first row into columns\n");
 }
 
 TEST(DelimitedSource, AHintWhereTheDelimiterIsAnotherOne)

@@ -75,7 +75,7 @@ TEST_F(DescribeTest, DaysOfTheLastChange)
     EXPECT_EQ(day("\x5F\x07\x1A"), "1995-07-26");
     EXPECT_EQ(day("\x0C\x01\x1D"), "2012-01-29") << "year modulo 100";
     EXPECT_EQ(day(std::string(3, '\0')), "not stated");
-    EXPECT_EQ(day("\x7B\x02\x1D"), "no day of the calendar: year 2023, 2, 29");
+    EXPECT_EQ(day("\x7B\x02\x1D"), "not a day of the calendar: year 2023, 2, 29");
     EXPECT_EQ(day("\x54\x02\x1D", 2), "1984-02-29");
 }
 

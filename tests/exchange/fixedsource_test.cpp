@@ -83,12 +83,14 @@ TEST(FixedSource, ListsThatAreNone)
     EXPECT_EQ(failureOf(""), "t.txt: text in fixed columns needs a list of its columns, such as name:1-8,town:9-24");
     for (const char* list :
          {"name", "name:", "name:0-3", "name:5-3", "name:1-", "name:-3", "name:a-b", "name:1-99999999999", ":x"}) {
-        EXPECT_EQ(failureOf(list), std::string("t.txt: no column with its bytes, such as name:1-8: ") + list) << list;
+        EXPECT_EQ(failureOf(list), std::string("t.txt: not a column with its bytes, such as name:1-8: ") + list)
+            << list;
     }
-    EXPECT_EQ(failureOf("name:1-3,town"), "t.txt: no column with its bytes, such as name:1-8: town");
-    EXPECT_EQ(failureOf("a:1-3,b:x"), "t.txt: no column with its bytes, such as name:1-8: b:x");
+    EXPECT_EQ(failureOf("name:1-3,town"), "t.txt: not a column with its bytes, such as name:1-8: town");
+    EXPECT_EQ(failureOf("a:1-3,b:x"), "t.txt: not a column with its bytes, such as name:1-8: b:x");
     for (const char* list : {"5|5", "12|5", "0|5", "|", "5||7", "99999999999"}) {
-        EXPECT_EQ(failureOf(list), std::string("t.txt: no list of rising positions, such as 5|12|20: ") + list) << list;
+        EXPECT_EQ(failureOf(list), std::string("t.txt: not a list of increasing positions, such as 5|12|20: ") + list)
+            << list;
     }
 }
 

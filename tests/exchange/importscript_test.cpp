@@ -317,7 +317,7 @@ TEST_F(ImportScript, DatabaseThatAppearsMeanwhileStays)
         Opened(New).run("CREATE TABLE IF NOT EXISTS other(n); INSERT INTO other VALUES ('kept')");
     };
     EXPECT_EQ(failure(script("CREATE TABLE u(n)"), New, options),
-              New + ": another program made this database meanwhile; nothing was stored");
+              New + ": another program has created this database meanwhile; nothing was stored");
     EXPECT_EQ(Opened(New).values("SELECT DISTINCT n FROM other"), Values{"kept"});
     EXPECT_EQ(entries(), (Values{"new.db", "old.db", "s.sql"}));
 }
@@ -328,7 +328,7 @@ TEST_F(ImportScript, JournalOfAnEarlierDatabaseIsNotTakenOver)
     for (const std::string ending : {"-journal", "-wal"}) {
         Folder.write("new.db" + ending, "of an earlier one");
         EXPECT_EQ(failure(good, New),
-                  New + ": " + New + ending + " is left from an earlier database of this name; remove it first");
+                  New + ": " + New + ending + " remains from an earlier database of this name; remove it first");
         EXPECT_FALSE(std::filesystem::exists(New));
         std::filesystem::remove(New + ending);
     }

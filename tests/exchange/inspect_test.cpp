@@ -232,8 +232,7 @@ TEST_F(InspectTest, MemoryVariables)
     lines("cut.mem", bytes.substr(0, 74));
     EXPECT_EQ(damaged(), (Texts{"!40+34 variable 2: the file ends within it"}));
     lines("type.mem", number + header("X", 'Z', 0, 0));
-    EXPECT_EQ(damaged(),
-              (Texts{"!51+1 variable 2: a type that is not known; nothing from byte 40 on can be explained"}));
+    EXPECT_EQ(damaged(), (Texts{"!51+1 variable 2: an unknown type; nothing can be explained from byte 40 on"}));
     lines("empty.mem", "");
     EXPECT_FALSE(Sound);
 }

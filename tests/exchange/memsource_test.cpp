@@ -136,7 +136,7 @@ TEST(MemSource, AnEmptyFileIsItsEndMark)
 {
     EXPECT_EQ(recordsOf(endMark), "");
     EXPECT_EQ(notesOf(endMark), "");
-    EXPECT_EQ(failureOf(""), "m.mem: no .mem file: it is empty, without an end mark");
+    EXPECT_EQ(failureOf(""), "m.mem: not a .mem file: it is empty, without an end mark");
 }
 
 TEST(MemSource, TextsInTheirCodePage)
@@ -176,9 +176,9 @@ TEST(MemSource, DamageIsNamed)
     const std::string strange = header("ARR", 'A', 3);
     EXPECT_EQ(recordsOf(first + strange + first + endMark), "1 <A> <number> <1>\n");
     EXPECT_EQ(notesOf(first + strange + first + endMark),
-              "the variable at byte 40 is of the unknown type 41: it and what follows cannot be read (loss)\n");
-    EXPECT_EQ(failureOf(strange), "m.mem: byte 11: no .mem file: 41 is the type of no variable");
-    EXPECT_EQ(failureOf(std::string(64, '\0')), "m.mem: byte 11: no .mem file: 00 is the type of no variable");
+              "the variable at byte 40 is of the unknown type 41: it and everything after it cannot be read (loss)\n");
+    EXPECT_EQ(failureOf(strange), "m.mem: byte 11: not a .mem file: 41 is not a variable type");
+    EXPECT_EQ(failureOf(std::string(64, '\0')), "m.mem: byte 11: not a .mem file: 00 is not a variable type");
     EXPECT_EQ(recordsOf("abc"), "1 UNREADABLE UNREADABLE UNREADABLE !the file ends within the variable\n");
     Memory cut(first.substr(0, 35));
     ASSERT_TRUE(cut.source.next());

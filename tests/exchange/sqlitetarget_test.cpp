@@ -193,8 +193,7 @@ TEST_F(SqliteTargetTest, DigitsKeptAsTextAreNotedOnceAColumn)
                         "t.dbf");
     load(source);
     ASSERT_EQ(Notes.size(), 1U);
-    EXPECT_EQ(Notes[0].Text,
-              "column a: 2 numbers are kept as text, because a number of SQLite does not hold the digits");
+    EXPECT_EQ(Notes[0].Text, "column a: 2 numbers are kept as text, because a SQLite number cannot hold the digits");
     EXPECT_FALSE(Notes[0].Loss);
 }
 
@@ -371,7 +370,7 @@ TEST_F(SqliteTargetTest, AppendedDigitsKeptAsTextAreNoted)
                         "t.dbf");
     load(source, table);
     ASSERT_EQ(Notes.size(), 1U);
-    EXPECT_EQ(Notes[0].Text, "column c: 1 number is kept as text, because a number of SQLite does not hold the digits");
+    EXPECT_EQ(Notes[0].Text, "column c: 1 number is kept as text, because a SQLite number cannot hold the digits");
 }
 
 TEST_F(SqliteTargetTest, ConstraintNamesTheRecord)

@@ -214,7 +214,7 @@ TEST(TableLayoutNames, ChangesAreNotes)
 {
     const TableLayout layout(mySql, "a.dbf", named({"A", "a", "", "b ", repeated("x", 65)}), {});
     EXPECT_EQ(textsOf(layout.notes()),
-              (Texts{"column b  becomes b: the database does not take such a name",
+              (Texts{"column b  becomes b: the database does not accept such a name",
                      "column " + repeated("x", 65) + " becomes " + repeated("x", 64) + ": the name is too long",
                      "column a becomes a_2: the name comes twice", "column 3 has no name; it becomes column_3"}));
 }
@@ -387,7 +387,7 @@ TEST(TableLayoutFit, DigitsKeptAsTextAreNoted)
         EXPECT_EQ(record.Cells[0].Text, digits);
     }
     EXPECT_EQ(textsOf(layout.notes()),
-              Texts{"column big: 2 numbers are kept as text, because a number of SQLite does not hold the digits"});
+              Texts{"column big: 2 numbers are kept as text, because a SQLite number cannot hold the digits"});
 }
 
 TEST(TableLayoutFit, Texts)

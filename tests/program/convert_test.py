@@ -74,7 +74,7 @@ class Convert(ProgramTest):
     def test_input_is_not_the_output(self):
         before = content('orders.dbf')
         self.check_usage(['convert', 'orders.dbf', '--to', 'csv', '-o', 'orders.dbf'],
-                         'orders.dbf: is the file that is read')
+                         'orders.dbf: is the input file')
         self.assertEqual(content('orders.dbf'), before)
 
     def test_failure_leaves_nothing(self):

@@ -151,7 +151,7 @@ class Formats(ProgramTest):
         write('a.csv', 'x\n1\n')
         os.symlink('a.csv', 'b')
         for output in ['a.csv', './a.csv', 'b']:
-            self.check_usage(['list', 'a.csv', '-o', output], f'{output}: is the file that is read')
+            self.check_usage(['list', 'a.csv', '-o', output], f'{output}: is the input file')
         self.assertEqual(content('a.csv'), b'x\n1\n')
 
 

@@ -194,7 +194,7 @@ class AllOrNothing(ProgramTest):
 
     def test_the_table_is_not_the_database(self):
         sample('members.dbf')
-        self.check_usage(['load', 'members.dbf', '--into', 'members.dbf'], 'members.dbf: is the file that is read')
+        self.check_usage(['load', 'members.dbf', '--into', 'members.dbf'], 'members.dbf: is the input file')
         self.assertEqual(content('members.dbf'), make_data.MEMBERS)
 
 

@@ -71,7 +71,7 @@ class Hints(ProgramTest):
         for name in ['noext', 'a.dat']:
             write(name, make_data.MEMBERS)
             self.check_usage(['list', name],
-                             f'{name}: its extension does not tell what it is; --from dbf|csv|tsv|fixed|mem does')
+                             f'{name}: its extension does not determine its kind; use --from dbf|csv|tsv|fixed|mem')
         self.check_usage(['list', sample('parts.txt')],
                          'parts.txt: fixed columns are given by --columns; --from csv reads delimited text')
 

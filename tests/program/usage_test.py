@@ -25,7 +25,7 @@ WRONG_ARGUMENTS = [
     (['load', 'a.dbf'], '--into is missing'),
     (['import', 'a.sql'], '--into is missing'),
     (['convert', 'a.dbf'], '--to is missing'),
-    (['convert', 'a.dbf', '--to', 'xml'], '--to: "xml" is none of sqlite, postgresql, mysql, csv, jsonl'),
+    (['convert', 'a.dbf', '--to', 'xml'], '--to: "xml" is not one of sqlite, postgresql, mysql, csv, jsonl'),
     (['convert', 'a.dbf', '--to', 'csv', '--key', 'id'], '--key is not for --to csv'),
     (['convert', 'a.dbf', '--to', 'jsonl', '--key', 'id'], '--key is not for --to jsonl'),
     (['convert', 'a.dbf', '--to', 'mysql', '--inserts'], '--inserts is for --to postgresql'),

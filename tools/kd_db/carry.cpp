@@ -23,7 +23,7 @@ void requireOtherFile(const std::string& input, const std::string& output)
     struct stat written {};
     if (::stat(input.c_str(), &read) == 0 && ::stat(output.c_str(), &written) == 0 && S_ISREG(read.st_mode) &&
         read.st_dev == written.st_dev && read.st_ino == written.st_ino) {
-        throw UsageError(output + ": is the file that is read");
+        throw UsageError(output + ": is the input file");
     }
 }
 

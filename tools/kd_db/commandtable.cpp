@@ -10,7 +10,7 @@ const std::vector<CommandSpec>& commands()
         {"show",
          "FILE...",
          "Columns, counts, code page, memo file",
-         "Tells what a file is: its kind and the program that wrote it, its code page and why, the number of records, "
+         "Describes a file: its kind and the program that wrote it, its code page and why, the number of records, "
          "its columns, its memo file, and what would not be carried.",
          "kd_db show clients.dbf\n"
          "kd_db show cities.csv --infer",
@@ -27,7 +27,7 @@ const std::vector<CommandSpec>& commands()
         {"convert",
          "FILE --to FORMAT",
          "Writes an SQL script, CSV or JSON lines",
-         "Writes the records of a file as an SQL script that makes the table in one transaction, as CSV or as JSON "
+         "Writes the records of a file as an SQL script that creates the table in one transaction, as CSV or as JSON "
          "lines.",
          "kd_db convert clients.dbf --to sqlite -o clients.sql\n"
          "kd_db convert orders.dbf --to csv",
@@ -37,8 +37,8 @@ const std::vector<CommandSpec>& commands()
         {"load",
          "FILE... --into DATABASE",
          "Loads tables into a database",
-         "Makes a table of each file, in one transaction each: it holds all records or does not exist. A folder is all "
-         "tables in it.",
+         "Creates a table for each file, each in one transaction: it holds all records or does not exist. A folder "
+         "means all tables in it.",
          "kd_db load clients.dbf orders.dbf --into shop.db\n"
          "kd_db load cities.csv --into shop.db --infer",
          {&intoOptions, &loadOptions, &tableOptions, &recordOptions, &fileOptions, &rejectOptions, &progressOptions,
@@ -47,8 +47,8 @@ const std::vector<CommandSpec>& commands()
         {"query",
          "DATABASE... SQL",
          "Prints the result of an SQL statement",
-         "Runs one statement. DATABASE may also be files, or folders of files: each is a table then, named like the "
-         "file without its extension, in SQLite's SQL.",
+         "Runs one statement. DATABASE may also be files, or folders of files: each file is then a table, named like "
+         "the file without its extension, in SQLite's SQL.",
          "kd_db query shop.db \"SELECT name, town FROM clients WHERE active\"\n"
          "kd_db query clients.dbf orders.dbf \"SELECT name, sum(amount) FROM clients JOIN orders ON client = id GROUP "
          "BY id\"",
@@ -92,7 +92,7 @@ const std::vector<CommandSpec>& commands()
          "FILE",
          "Writes the classic script of a .dbf table",
          "Writes FILE.sql beside the table, in the classic form, and prints its path. convert writes scripts that "
-         "servers take as they are.",
+         "servers accept as they are.",
          "kd_db script stock.dbf\n"
          "kd_db script stock.dbf --definition-only --key id",
          {&scriptOptions, &generalOptions},

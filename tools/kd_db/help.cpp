@@ -75,7 +75,7 @@ std::string programHelp()
                  "kd_db help COMMAND       prints the options and examples of a command\n"
                  "kd_db --version          prints the version\n"
                  "\n"
-                 "FILE is - for standard input. Its extension tells its kind: .dbf, .csv, .tsv,\n"
+                 "FILE is - for standard input. Its extension selects its kind: .dbf, .csv, .tsv,\n"
                  ".tab, .txt (fixed columns), .mem; --from overrides it. DATABASE is a SQLite\n"
                  "file, postgresql://USER@HOST/NAME or mariadb://USER@HOST/NAME.\n"
                  "\n"

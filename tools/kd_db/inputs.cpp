@@ -97,7 +97,7 @@ void requireKind(const std::string& file, const exchange::SourceOptions& options
         throw exchange::Error(file, "Is a directory");
     }
     if (!isTableFile(file, options)) {
-        throw UsageError(file + ": its extension does not tell what it is; --from dbf|csv|tsv|fixed|mem does");
+        throw UsageError(file + ": its extension does not determine its kind; use --from dbf|csv|tsv|fixed|mem");
     }
     if (extensionOf(file) == "txt" && options.FixedColumns.empty()) {
         throw UsageError(file + ": fixed columns are given by --columns; --from csv reads delimited text");

@@ -21,7 +21,7 @@ Value chosen(const std::string& text, std::initializer_list<std::pair<std::strin
         }
         names += (names.empty() ? "" : ", ") + std::string(name);
     }
-    throw UsageError('"' + text + "\" is none of " + names);
+    throw UsageError('"' + text + "\" is not one of " + names);
 }
 
 /// A whole number that is at least 1.
@@ -30,7 +30,7 @@ std::uint64_t positive(std::string_view text)
     std::uint64_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size() || number == 0) {
-        throw UsageError('"' + std::string(text) + "\" is not a number from 1 on");
+        throw UsageError('"' + std::string(text) + "\" is not a number above 0");
     }
     return number;
 }
@@ -128,14 +128,14 @@ constexpr const char* whenValues = "auto|always|never";
 
 const OptionGroup fileOptions = {
     "Reading the file",
-    {{"from", 0, "dbf|csv|tsv|fixed|mem", "The kind of file; by default its extension tells",
+    {{"from", 0, "dbf|csv|tsv|fixed|mem", "The kind of file; by default by its extension",
       [](Options& o, const std::string& value) {
           using Kind = exchange::SourceKind;
           o.Source.Kind = chosen<Kind>(
               value,
               {{"dbf", Kind::Dbf}, {"csv", Kind::Csv}, {"tsv", Kind::Tsv}, {"fixed", Kind::Fixed}, {"mem", Kind::Mem}});
       }},
-     {"encoding", 0, "NAME", "The code page of its texts, such as cp852; by default the file tells",
+     {"encoding", 0, "NAME", "The code page of its texts, such as cp852; by default as the file states",
       [](Options& o, const std::string& value) { o.Source.Encoding = notEmpty(value); }},
      {"encoding-errors", 0, "replace|strict|escape",
       "A byte that the code page lacks becomes U+FFFD (default), makes its cell unreadable, or becomes \\xNN",
@@ -147,7 +147,7 @@ const OptionGroup fileOptions = {
      {"type", 0, "COLUMN=TYPE",
       "Reads a column as text, integer, number, float, boolean, date, time, timestamp or bytes; repeatable",
       [](Options& o, const std::string& value) { o.Source.Types.push_back(typeOf(value)); }},
-     {"memo", 0, "FILE", ".dbf: the memo file; by default the one beside the table",
+     {"memo", 0, "FILE", ".dbf: the memo file; by default the one in the table's folder",
       [](Options& o, const std::string& value) { o.Source.MemoFile = notEmpty(value); }},
      {"no-memo", 0, "", ".dbf: leaves memo columns out",
       [](Options& o, const std::string&) { o.Source.NoMemo = true; }},
@@ -166,14 +166,14 @@ const OptionGroup fileOptions = {
       [](Options& o, const std::string&) { o.Source.Header = false; }},
      {"infer", 0, "", "Delimited text: finds the types of the columns by reading all rows first",
       [](Options& o, const std::string&) { o.Source.Infer = true; }},
-     {"null", 0, "TEXT", "Delimited text: an unquoted cell of this text is NULL",
+     {"null", 0, "TEXT", "Delimited text: an unquoted cell with this text is NULL",
       [](Options& o, const std::string& value) { o.Source.Null = value; }}}};
 
 const OptionGroup recordOptions = {
     "Columns and records",
     {{"select", 0, "A,B,...", "Only these columns, in this order",
       [](Options& o, const std::string& value) { o.Source.Select = namesOf(notEmpty(value)); }},
-     {"records", 0, "FROM-TO", "Only the records of these numbers; either end may be left out",
+     {"records", 0, "FROM-TO", "Only records with these numbers; either end may be left out",
       [](Options& o, const std::string& value) { o.Source.Records = rangeOf(value); }},
      {"deleted", 0, "skip|keep|mark",
       "Deleted records are left out (default), kept, or kept with a last column _deleted",
@@ -184,7 +184,7 @@ const OptionGroup recordOptions = {
       }}}};
 
 const OptionGroup rejectOptions = {
-    "What cannot be carried",
+    "Values that cannot be carried",
     {{"on-error", 0, "null|stop|skip",
       "An unreadable cell becomes NULL (default), ends the command, or its record is left out",
       [](Options& o, const std::string& value) {
@@ -199,9 +199,9 @@ const OptionGroup tableOptions = {
     "The table",
     {{"table", 0, "NAME", "Its name; by default that of FILE without extension, in lower case",
       [](Options& o, const std::string& value) { o.Table.Table = notEmpty(value); }},
-     {"append", 0, "", "Adds to the table that exists; columns are matched by name",
+     {"append", 0, "", "Adds to the existing table; columns are matched by name",
       [](Options& o, const std::string&) { setMode(o, exchange::TableMode::Append); }},
-     {"replace", 0, "", "Takes the place of a table that exists, once the new one is whole",
+     {"replace", 0, "", "Replaces an existing table, once the new one is whole",
       [](Options& o, const std::string&) { setMode(o, exchange::TableMode::Replace); }},
      {"key", 0, "COLUMN", "Begins with a column of this name, numbered by the database",
       [](Options& o, const std::string& value) { o.Table.Key = notEmpty(value); }},
@@ -233,14 +233,14 @@ const OptionGroup convertOptions = {
 
 const OptionGroup intoOptions = {
     "The database",
-    {{"into", 0, "DATABASE", "A SQLite file, postgresql://... or mariadb://...; a SQLite file is made if missing",
+    {{"into", 0, "DATABASE", "A SQLite file, postgresql://... or mariadb://...; a SQLite file is created if missing",
       [](Options& o, const std::string& value) { o.Into = notEmpty(value); }}}};
 
-const OptionGroup loadOptions = {
-    "Many files", {{"jobs", 0, "N", "Loads that many files at a time", [](Options& o, const std::string& value) {
-                        constexpr std::uint64_t most = 1000;
-                        o.Jobs = static_cast<unsigned>(std::min(positive(value), most));
-                    }}}};
+const OptionGroup loadOptions = {"Many files",
+                                 {{"jobs", 0, "N", "Loads N files at a time", [](Options& o, const std::string& value) {
+                                       constexpr std::uint64_t most = 1000;
+                                       o.Jobs = static_cast<unsigned>(std::min(positive(value), most));
+                                   }}}};
 
 const OptionGroup viewOptions = {
     "The result",
@@ -251,7 +251,7 @@ const OptionGroup viewOptions = {
       }},
      {"output", 'o', "OUT", "A file, written whole or not at all; by default standard output",
       [](Options& o, const std::string& value) { o.Output = notEmpty(value); }},
-     {"no-pager", 0, "", "Prints more than a screen without $PAGER",
+     {"no-pager", 0, "", "Prints long results without $PAGER",
       [](Options& o, const std::string&) { o.Pager = false; }}}};
 
 const OptionGroup limitOptions = {"Number of records",
@@ -266,7 +266,7 @@ const OptionGroup scriptOptions = {"The script",
 
 const OptionGroup progressOptions = {
     "Waiting",
-    {{"progress", 0, whenValues, "A progress bar on standard error; auto: where that is a terminal",
+    {{"progress", 0, whenValues, "A progress bar on standard error; auto: if that is a terminal",
       [](Options& o, const std::string& value) { o.Progress = whenOf(value); }}}};
 
 const OptionGroup generalOptions = {

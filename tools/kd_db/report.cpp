@@ -16,7 +16,7 @@ std::string consequence(exchange::RejectAction action, const std::string& verb)
     case exchange::RejectAction::Escape:
         return verb + " as \\xNN";
     case exchange::RejectAction::Cut:
-        return "the cells too many are left out";
+        return "the surplus cells are left out";
     case exchange::RejectAction::Skip:
         return "the record is left out";
     case exchange::RejectAction::Stop:

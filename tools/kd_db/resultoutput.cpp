@@ -107,7 +107,7 @@ void ResultOutput::endPager()
         Running.reset();
         To.release();
         if (!found) {
-            To.trouble("the pager \"" + Command + "\" is not installed; --no-pager does without");
+            To.trouble("the pager \"" + Command + "\" is not installed; use --no-pager");
         }
     }
 }

@@ -111,7 +111,7 @@ void DatabaseFile::checkRemains() const
     for (const char* ending : {"-journal", "-wal"}) {
         struct stat status = {};
         if (::lstat((Final + ending).c_str(), &status) == 0) {
-            throw Error(Name, Name + ending + " is left from an earlier database of this name; remove it first");
+            throw Error(Name, Name + ending + " remains from an earlier database of this name; remove it first");
         }
     }
 }

@@ -63,7 +63,7 @@ std::string lastChange(const DbfLayout& layout)
     const std::optional<Date> day = dayOfCalendar(
         static_cast<unsigned>(layout.Year), static_cast<unsigned>(layout.Month), static_cast<unsigned>(layout.Day));
     if (!day) {
-        return "no day of the calendar: year " + told;
+        return "not a day of the calendar: year " + told;
     }
     std::string text(dateSize, '\0');
     putDate(text.data(), *day);

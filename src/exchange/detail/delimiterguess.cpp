@@ -85,7 +85,7 @@ DelimiterGuess guessDelimiter(std::string_view sample, bool whole, const Delimit
     }
     if (!best.cuts()) {
         return {found,
-                "the delimiter is taken to be " + delimiterName(found) + ": none cuts the first row into columns"};
+                "the delimiter is assumed to be " + delimiterName(found) + ": none splits the first row into columns"};
     }
     return {found, "the delimiter is " + delimiterName(found) + ": it cuts " + std::to_string(best.Alike) +
                        " of the first " + count(best.Rows, "row") + " into " + count(best.Cells, "column")};

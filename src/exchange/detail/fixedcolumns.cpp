@@ -86,7 +86,7 @@ std::vector<FixedColumn> parseFixedColumns(const std::string& file, std::string_
     if (isClassic(list)) {
         columns = parseClassic(list);
         if (columns.empty()) {
-            throw OptionError(file, "no list of rising positions, such as 5|12|20: " + std::string(list));
+            throw OptionError(file, "not a list of increasing positions, such as 5|12|20: " + std::string(list));
         }
         return columns;
     }
@@ -94,7 +94,7 @@ std::vector<FixedColumn> parseFixedColumns(const std::string& file, std::string_
         const std::string_view piece = takePiece(list, ",");
         const std::optional<FixedColumn> column = parseNamed(piece);
         if (!column) {
-            throw OptionError(file, "no column with its bytes, such as name:1-8: " + std::string(piece));
+            throw OptionError(file, "not a column with its bytes, such as name:1-8: " + std::string(piece));
         }
         columns.push_back(*column);
     }

@@ -277,7 +277,7 @@ private:
         }
         if (bytes.size() > Layout.FieldsLength) {
             To.tell(Records.offset() + Layout.FieldsLength, bytes.substr(Layout.FieldsLength), "  rest",
-                    "of no column, not read");
+                    "not of a column, not read");
         }
     }
 

@@ -48,7 +48,7 @@ public:
         } else {
             const std::uint64_t typeAt = at + memfile::typeAt;
             To.damaged(typeAt, Window.view(typeAt, 1), "variable " + std::to_string(Number + 1),
-                       "a type that is not known; nothing from byte " + std::to_string(at) + " on can be explained");
+                       "an unknown type; nothing can be explained from byte " + std::to_string(at) + " on");
         }
     }
 

@@ -16,7 +16,7 @@ constexpr int lastOfBasicPlane = 0xFFFF;
 
 constexpr const char* twice = "the name comes twice";
 constexpr const char* tooLong = "the name is too long";
-constexpr const char* refused = "the database does not take such a name";
+constexpr const char* refused = "the database does not accept such a name";
 
 std::string inCase(std::string_view name, NameCase nameCase)
 {

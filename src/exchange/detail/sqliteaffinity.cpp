@@ -12,7 +12,7 @@ namespace kd_lib::exchange::detail {
 namespace {
 
 constexpr const char* tooManyDigits = "more digits than the column holds";
-constexpr const char* textWouldChange = "the column would make another number of the text";
+constexpr const char* textWouldChange = "the column would change the text to another number";
 constexpr const char* noNan = "the target has no NaN";
 
 bool isDigit(char c)

@@ -49,7 +49,7 @@ TEST(DelimiterGuess, TheUsualOneWhereNoneIsFound)
     EXPECT_EQ(guessOf("word\none\n", true, {'\t', '"', true}), '\t');
     EXPECT_EQ(guessOf(""), ',');
     EXPECT_EQ(guessDelimiter("x", true, {'\t', '"', true}).Evidence,
-              "the delimiter is taken to be tab: none cuts the first row into columns");
+              "the delimiter is assumed to be tab: none splits the first row into columns");
 }
 
 }  // namespace

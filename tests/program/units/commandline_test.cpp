@@ -103,9 +103,9 @@ TEST(CommandLine, WrongUsageIsNamed)
     EXPECT_EQ(refused("load", {"a", "--into", ""}), "--into: needs a value");
     EXPECT_EQ(refused("load", {"a", "--append=x"}), "--append takes no value");
     EXPECT_EQ(refused("load", {"a", "--append", "--replace"}), "--replace: --append and --replace exclude each other");
-    EXPECT_EQ(refused("list", {"a", "--deleted", "all"}), "--deleted: \"all\" is none of skip, keep, mark");
+    EXPECT_EQ(refused("list", {"a", "--deleted", "all"}), "--deleted: \"all\" is not one of skip, keep, mark");
     EXPECT_EQ(refused("list", {"a", "--delimiter", ";;"}), "--delimiter: \";;\" is neither one character nor auto");
-    EXPECT_EQ(refused("load", {"a", "--jobs", "0"}), "--jobs: \"0\" is not a number from 1 on");
+    EXPECT_EQ(refused("load", {"a", "--jobs", "0"}), "--jobs: \"0\" is not a number above 0");
 }
 
 TEST(CommandLine, TheFirstWrongArgumentIsNamed)
