@@ -179,7 +179,7 @@ def outcome(hazard, target):
         values = ['; '.join(', '.join(shown(value) for value in row[:4]) for row in rows[:3])] if rows else ['no rows']
         pieces += values + (['...'] if len(rows) > 3 or len(rows[0] if rows else ()) > 4 else [])
     if hazard.of('rejects', target):
-        pieces.append(f'told of {hazard.of("rejects", target)}')
+        pieces.append(f'{hazard.of("rejects", target)} reported')
     return ' '.join(pieces) or 'whole'
 
 
@@ -189,7 +189,7 @@ def document():
              'must hold afterwards. `tests/server/hazards_test.py` makes each file, carries it into SQLite, PostgreSQL and MariaDB,',
              'by `kd_db convert` and the database\'s own client as well as by `kd_db load`, and compares every value. This page is',
              'made by `hazards_test.py document`, and a test compares the two.', '',
-             '"Told of N" means that N cells or records are named on standard error and in `--rejects`, with status 3.']
+             '"N reported" means that N cells or records are reported on standard error and in `--rejects`, with status 3.']
     group = None
     for hazard in HAZARDS:
         if hazard.group != group:
