@@ -5,6 +5,7 @@
 #include "detail/dbflayout.h"
 #include "detail/dbfrecords.h"
 #include "detail/fieldform.h"
+#include "detail/filereader.h"
 #include "detail/inputfile.h"
 #include "detail/memofile.h"
 #include "detail/recorddecoder.h"
@@ -35,17 +36,16 @@ detail::DbfLayout layoutOf(detail::InputFile& file)
 }  // namespace
 
 /// The state of an open table.
-class DbfSource::Reader {
+class DbfSource::Reader final : public detail::FileReader {
 public:
     Reader(DbfSource& source, const SourceOptions& options);
 
-    bool read();
-    void seek(std::uint64_t number);
-    void need(const std::vector<bool>& needed);
-    Origin origin(std::size_t column) const;
-    std::vector<Fact> facts() const;
-
-    detail::InputFile File;
+    bool read() override;
+    void seek(std::uint64_t number) override;
+    void need(const std::vector<bool>& needed) override;
+    Origin origin(std::size_t column) const override;
+    std::vector<Fact> facts() const override;
+    const detail::InputFile& file() const override { return File; }
 
 private:
     std::vector<detail::WantedField> wantedFields() const;
@@ -57,6 +57,7 @@ private:
     void tell();
     void tellOfDeleted();
 
+    detail::InputFile File;
     DbfSource& Of;
     const SourceOptions Options;
     const detail::DbfLayout Layout;
@@ -272,47 +273,12 @@ Source::Origin DbfSource::Reader::origin(std::size_t column) const
             bytes.substr(std::min<std::size_t>(field.Offset, bytes.size()), field.Length)};
 }
 
-DbfSource::DbfSource(const std::string& file, const SourceOptions& options) : Source(file)
+DbfSource::DbfSource(const std::string& file, const SourceOptions& options) : FileSource(file)
 {
     detail::refuseForeignOptions(file, SourceKind::Dbf, options);
-    TheReader = std::make_unique<Reader>(*this, options);
+    readBy(std::make_unique<Reader>(*this, options));
 }
 
 DbfSource::~DbfSource() = default;
-
-bool DbfSource::read()
-{
-    return TheReader->read();
-}
-
-Source::Origin DbfSource::origin(std::size_t column) const
-{
-    return TheReader->origin(column);
-}
-
-void DbfSource::seek(std::uint64_t number)
-{
-    TheReader->seek(number);
-}
-
-void DbfSource::need(const std::vector<bool>& needed)
-{
-    TheReader->need(needed);
-}
-
-std::vector<Fact> DbfSource::facts() const
-{
-    return TheReader->facts();
-}
-
-std::uint64_t DbfSource::position() const
-{
-    return TheReader->File.position();
-}
-
-std::optional<std::uint64_t> DbfSource::size() const
-{
-    return TheReader->File.size();
-}
 
 }  // namespace kd_lib::exchange

@@ -4,6 +4,7 @@
 #include "detail/delimitedoptions.h"
 #include "detail/delimitedrows.h"
 #include "detail/delimiterguess.h"
+#include "detail/filereader.h"
 #include "detail/sourcekind.h"
 #include "detail/textcells.h"
 #include "detail/typeinference.h"
@@ -24,17 +25,16 @@ constexpr std::uint64_t rowsBetweenLooks = 1024;  // at the stop token
 }  // namespace
 
 /// The state of an open text.
-class DelimitedSource::Reader {
+class DelimitedSource::Reader final : public detail::FileReader {
 public:
     Reader(DelimitedSource& source, const SourceOptions& options);
 
-    bool read();
-    void seek(std::uint64_t number);
-    void need(const std::vector<bool>& needed);
-    Origin origin(std::size_t column) const;
-    std::vector<Fact> facts() const;
-
-    const detail::InputFile& file() const { return Window.file(); }
+    bool read() override;
+    void seek(std::uint64_t number) override;
+    void need(const std::vector<bool>& needed) override;
+    Origin origin(std::size_t column) const override;
+    std::vector<Fact> facts() const override;
+    const detail::InputFile& file() const override { return Window.file(); }
 
 private:
     const CodePage* pageToConvert() const;
@@ -302,48 +302,13 @@ std::vector<Fact> DelimitedSource::Reader::facts() const
             {"header", Options.Header ? "the first row" : "none"}};
 }
 
-DelimitedSource::DelimitedSource(const std::string& file, const SourceOptions& options) : Source(file)
+DelimitedSource::DelimitedSource(const std::string& file, const SourceOptions& options) : FileSource(file)
 {
     const SourceKind kind = options.Kind == SourceKind::Tsv ? SourceKind::Tsv : SourceKind::Csv;
     detail::refuseForeignOptions(file, kind, options);
-    TheReader = std::make_unique<Reader>(*this, options);
+    readBy(std::make_unique<Reader>(*this, options));
 }
 
 DelimitedSource::~DelimitedSource() = default;
-
-bool DelimitedSource::read()
-{
-    return TheReader->read();
-}
-
-Source::Origin DelimitedSource::origin(std::size_t column) const
-{
-    return TheReader->origin(column);
-}
-
-void DelimitedSource::seek(std::uint64_t number)
-{
-    TheReader->seek(number);
-}
-
-void DelimitedSource::need(const std::vector<bool>& needed)
-{
-    TheReader->need(needed);
-}
-
-std::vector<Fact> DelimitedSource::facts() const
-{
-    return TheReader->facts();
-}
-
-std::uint64_t DelimitedSource::position() const
-{
-    return TheReader->file().position();
-}
-
-std::optional<std::uint64_t> DelimitedSource::size() const
-{
-    return TheReader->file().size();
-}
 
 }  // namespace kd_lib::exchange

@@ -2,6 +2,7 @@
 
 #include "detail/columnchoice.h"
 #include "detail/fieldtexts.h"
+#include "detail/filereader.h"
 #include "detail/fixedcolumns.h"
 #include "detail/sourcekind.h"
 #include "detail/textcells.h"
@@ -39,17 +40,16 @@ std::uint32_t endOf(const std::vector<detail::FixedColumn>& layout)
 }  // namespace
 
 /// The state of an open text.
-class FixedSource::Reader {
+class FixedSource::Reader final : public detail::FileReader {
 public:
     Reader(FixedSource& source, const SourceOptions& options);
 
-    bool read();
-    void seek(std::uint64_t number);
-    void need(const std::vector<bool>& needed);
-    Origin origin(std::size_t column) const;
-    std::vector<Fact> facts() const;
-
-    const detail::InputFile& file() const { return Window.file(); }
+    bool read() override;
+    void seek(std::uint64_t number) override;
+    void need(const std::vector<bool>& needed) override;
+    Origin origin(std::size_t column) const override;
+    std::vector<Fact> facts() const override;
+    const detail::InputFile& file() const override { return Window.file(); }
 
 private:
     bool takeLine();
@@ -215,47 +215,12 @@ std::vector<Fact> FixedSource::Reader::facts() const
     return {{"kind", "text in fixed columns"}, {"code page", Page.name() + " (" + whyPage() + ')'}};
 }
 
-FixedSource::FixedSource(const std::string& file, const SourceOptions& options) : Source(file)
+FixedSource::FixedSource(const std::string& file, const SourceOptions& options) : FileSource(file)
 {
     detail::refuseForeignOptions(file, SourceKind::Fixed, options);
-    TheReader = std::make_unique<Reader>(*this, options);
+    readBy(std::make_unique<Reader>(*this, options));
 }
 
 FixedSource::~FixedSource() = default;
-
-bool FixedSource::read()
-{
-    return TheReader->read();
-}
-
-Source::Origin FixedSource::origin(std::size_t column) const
-{
-    return TheReader->origin(column);
-}
-
-void FixedSource::seek(std::uint64_t number)
-{
-    TheReader->seek(number);
-}
-
-void FixedSource::need(const std::vector<bool>& needed)
-{
-    TheReader->need(needed);
-}
-
-std::vector<Fact> FixedSource::facts() const
-{
-    return TheReader->facts();
-}
-
-std::uint64_t FixedSource::position() const
-{
-    return TheReader->file().position();
-}
-
-std::optional<std::uint64_t> FixedSource::size() const
-{
-    return TheReader->file().size();
-}
 
 }  // namespace kd_lib::exchange

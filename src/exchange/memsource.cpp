@@ -2,6 +2,7 @@
 
 #include "../formats/memfile.h"
 #include "detail/columnchoice.h"
+#include "detail/filereader.h"
 #include "detail/inputfile.h"
 #include "detail/memreader.h"
 #include "detail/memvalues.h"
@@ -36,17 +37,16 @@ std::vector<Column> columnsInFile()
 }  // namespace
 
 /// The state of an open file.
-class MemSource::Reader {
+class MemSource::Reader final : public detail::FileReader {
 public:
     Reader(MemSource& source, const SourceOptions& options);
 
-    bool read();
-    void seek(std::uint64_t number);
-    void need(const std::vector<bool>& needed);
-    Origin origin(std::size_t column) const;
-    std::vector<Fact> facts() const;
-
-    detail::InputFile File;
+    bool read() override;
+    void seek(std::uint64_t number) override;
+    void need(const std::vector<bool>& needed) override;
+    Origin origin(std::size_t column) const override;
+    std::vector<Fact> facts() const override;
+    const detail::InputFile& file() const override { return File; }
 
 private:
     using Found = detail::MemReader::Found;
@@ -57,6 +57,7 @@ private:
     void tellAtEnd();
     const char* whyPage() const { return Options.Encoding.empty() ? "the file names none" : "as asked"; }
 
+    detail::InputFile File;
     MemSource& Of;
     const SourceOptions Options;
     const CodePage Page;
@@ -225,47 +226,12 @@ std::vector<Fact> MemSource::Reader::facts() const
             {"code page", Page.name() + " (" + whyPage() + ')'}};
 }
 
-MemSource::MemSource(const std::string& file, const SourceOptions& options) : Source(file)
+MemSource::MemSource(const std::string& file, const SourceOptions& options) : FileSource(file)
 {
     detail::refuseForeignOptions(file, SourceKind::Mem, options);
-    TheReader = std::make_unique<Reader>(*this, options);
+    readBy(std::make_unique<Reader>(*this, options));
 }
 
 MemSource::~MemSource() = default;
-
-bool MemSource::read()
-{
-    return TheReader->read();
-}
-
-Source::Origin MemSource::origin(std::size_t column) const
-{
-    return TheReader->origin(column);
-}
-
-void MemSource::seek(std::uint64_t number)
-{
-    TheReader->seek(number);
-}
-
-void MemSource::need(const std::vector<bool>& needed)
-{
-    TheReader->need(needed);
-}
-
-std::vector<Fact> MemSource::facts() const
-{
-    return TheReader->facts();
-}
-
-std::uint64_t MemSource::position() const
-{
-    return TheReader->File.position();
-}
-
-std::optional<std::uint64_t> MemSource::size() const
-{
-    return TheReader->File.size();
-}
 
 }  // namespace kd_lib::exchange

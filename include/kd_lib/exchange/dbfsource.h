@@ -2,15 +2,11 @@
 /// Tables of dBase, FoxPro, Clipper and their like (.dbf).
 #pragma once
 
+#include <kd_lib/exchange/filesource.h>
 #include <kd_lib/exchange/opensource.h>
-#include <kd_lib/exchange/source.h>
 #include <kd_lib/export.h>
 
-#include <cstdint>
-#include <memory>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace kd_lib::exchange {
 
@@ -28,7 +24,7 @@ namespace kd_lib::exchange {
 ///     G P W Q, others  bytes
 ///
 /// Memory does not depend on the size of the file, only on that of the longest memo text.
-class KD_LIB_EXPORT DbfSource : public Source {
+class KD_LIB_EXPORT DbfSource : public FileSource {
 public:
     /// Opens a table; "-" is standard input, which has no memo file. Throws an `Error` if the file cannot be opened or
     /// is not a table, or if the options name a memo file that cannot be read; an `OptionError` for options that do not
@@ -36,19 +32,8 @@ public:
     explicit DbfSource(const std::string& file, const SourceOptions& options = {});
     ~DbfSource() override;
 
-    Origin origin(std::size_t column) const override;
-    void seek(std::uint64_t number) override;
-    void need(const std::vector<bool>& needed) override;
-    std::vector<Fact> facts() const override;
-    std::uint64_t position() const override;
-    std::optional<std::uint64_t> size() const override;
-
 private:
     class Reader;
-
-    bool read() override;
-
-    std::unique_ptr<Reader> TheReader;
 };
 
 }  // namespace kd_lib::exchange

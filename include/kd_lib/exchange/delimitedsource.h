@@ -2,15 +2,11 @@
 /// Delimited text (.csv, .tsv, .tab).
 #pragma once
 
+#include <kd_lib/exchange/filesource.h>
 #include <kd_lib/exchange/opensource.h>
-#include <kd_lib/exchange/source.h>
 #include <kd_lib/export.h>
 
-#include <cstdint>
-#include <memory>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace kd_lib::exchange {
 
@@ -25,7 +21,7 @@ namespace kd_lib::exchange {
 /// The first row names the columns. Without a header they are `column_1`, `column_2`, ...
 ///
 /// The text is read in blocks; memory grows with the longest row only.
-class KD_LIB_EXPORT DelimitedSource : public Source {
+class KD_LIB_EXPORT DelimitedSource : public FileSource {
 public:
     /// Opens a text; "-" is standard input. The delimiter is that of the options, else the tab for the kind `Tsv`, else
     /// the comma. Throws an `Error` if the file cannot be read, has no row, or is UTF-16 and no encoding was named; an
@@ -33,19 +29,8 @@ public:
     explicit DelimitedSource(const std::string& file, const SourceOptions& options = {});
     ~DelimitedSource() override;
 
-    Origin origin(std::size_t column) const override;
-    void seek(std::uint64_t number) override;
-    void need(const std::vector<bool>& needed) override;
-    std::vector<Fact> facts() const override;
-    std::uint64_t position() const override;
-    std::optional<std::uint64_t> size() const override;
-
 private:
     class Reader;
-
-    bool read() override;
-
-    std::unique_ptr<Reader> TheReader;
 };
 
 }  // namespace kd_lib::exchange

@@ -2,15 +2,11 @@
 /// Text in fixed columns (.txt).
 #pragma once
 
+#include <kd_lib/exchange/filesource.h>
 #include <kd_lib/exchange/opensource.h>
-#include <kd_lib/exchange/source.h>
 #include <kd_lib/export.h>
 
-#include <cstdint>
-#include <memory>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace kd_lib::exchange {
 
@@ -24,26 +20,15 @@ namespace kd_lib::exchange {
 /// out, those at its beginning stay; a cell of blanks is the empty text. If a line ends within a column, the cell is
 /// shorter; if it ends before the column, the cell is NULL. Empty lines are skipped, except in a table of one column,
 /// where they are NULL. All columns are texts, unless the options give types.
-class KD_LIB_EXPORT FixedSource : public Source {
+class KD_LIB_EXPORT FixedSource : public FileSource {
 public:
     /// Opens a text; "-" is standard input. Throws an `Error` if the file cannot be read or is UTF-16; an `OptionError`
     /// for options that do not fit, such as an encoding that is not based on ASCII.
     explicit FixedSource(const std::string& file, const SourceOptions& options);
     ~FixedSource() override;
 
-    Origin origin(std::size_t column) const override;
-    void seek(std::uint64_t number) override;
-    void need(const std::vector<bool>& needed) override;
-    std::vector<Fact> facts() const override;
-    std::uint64_t position() const override;
-    std::optional<std::uint64_t> size() const override;
-
 private:
     class Reader;
-
-    bool read() override;
-
-    std::unique_ptr<Reader> TheReader;
 };
 
 }  // namespace kd_lib::exchange

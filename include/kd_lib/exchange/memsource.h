@@ -2,15 +2,11 @@
 /// Memory variables (.mem).
 #pragma once
 
+#include <kd_lib/exchange/filesource.h>
 #include <kd_lib/exchange/opensource.h>
-#include <kd_lib/exchange/source.h>
 #include <kd_lib/export.h>
 
-#include <cstdint>
-#include <memory>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace kd_lib::exchange {
 
@@ -27,26 +23,15 @@ namespace kd_lib::exchange {
 /// A value that is invalid for its type is unreadable. A variable that is cut by the end of the file is a flaw of that
 /// record. A variable of unknown type (an array, for example) has no known length, so it ends the records, with a note
 /// of loss.
-class KD_LIB_EXPORT MemSource : public Source {
+class KD_LIB_EXPORT MemSource : public FileSource {
 public:
     /// Opens a file; "-" is standard input. Throws an `Error` if the file cannot be read, or does not begin with a
     /// variable or the end mark; an `OptionError` for options that do not fit.
     explicit MemSource(const std::string& file, const SourceOptions& options = {});
     ~MemSource() override;
 
-    Origin origin(std::size_t column) const override;
-    void seek(std::uint64_t number) override;
-    void need(const std::vector<bool>& needed) override;
-    std::vector<Fact> facts() const override;
-    std::uint64_t position() const override;
-    std::optional<std::uint64_t> size() const override;
-
 private:
     class Reader;
-
-    bool read() override;
-
-    std::unique_ptr<Reader> TheReader;
 };
 
 }  // namespace kd_lib::exchange
