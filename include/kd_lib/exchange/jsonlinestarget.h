@@ -2,40 +2,28 @@
 /// Records as lines of JSON.
 #pragma once
 
-#include <kd_lib/exchange/outputblock.h>
-#include <kd_lib/exchange/target.h>
+#include <kd_lib/exchange/rowtext.h>
+#include <kd_lib/exchange/texttarget.h>
 #include <kd_lib/export.h>
 
-#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace kd_lib::exchange {
 
-/// Writes one object per record, each on its own line (`JsonRow`). The file appears when it is finished.
-class KD_LIB_EXPORT JsonLinesTarget : public Target {
+/// Writes one object per record, each on a separate line (`JsonRow`).
+class KD_LIB_EXPORT JsonLinesTarget : public TextTarget {
 public:
-    /// `path`: as for `OutputFile`, "-" is standard output.
-    explicit JsonLinesTarget(std::string path, NameCase names = NameCase::Lower);
-
-    /// Writes to a block of the caller, which must outlive this object: `finish` flushes it, `abandon` leaves it as it
-    /// is.
-    explicit JsonLinesTarget(OutputBlock& out, NameCase names = NameCase::Lower);
+    using TextTarget::TextTarget;
     ~JsonLinesTarget() override;
 
-    void begin(const std::string& file, const std::vector<Column>& columns) override;
-    void fit(Record& record) override;
     void write(const Record& record) override;
-    void finish() override;
-    void abandon() noexcept override;
 
 private:
-    struct Work;
+    void open(const std::vector<std::string>& names) override;
 
-    std::string Path;
-    OutputBlock* Out = nullptr;  // the caller's; null: a file
-    NameCase Names;
-    std::unique_ptr<Work> Current;  ///< from `begin` on
+    std::optional<JsonRow> Row;  // from `open` on
 };
 
 }  // namespace kd_lib::exchange

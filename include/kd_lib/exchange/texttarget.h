@@ -1,0 +1,48 @@
+/// \file
+/// Records as rows of text.
+#pragma once
+
+#include <kd_lib/exchange/outputblock.h>
+#include <kd_lib/exchange/target.h>
+#include <kd_lib/export.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kd_lib::exchange {
+
+/// What targets that write one text share: it goes to a file, which appears when it is finished, or to a block of the
+/// caller. Floats that are not finite cannot be held.
+class KD_LIB_EXPORT TextTarget : public Target {
+public:
+    /// `path`: as for `OutputFile`, "-" is standard output.
+    explicit TextTarget(std::string path, NameCase names = NameCase::Lower);
+
+    /// Writes to a block of the caller, which must live until the end of the work: `finish` flushes it, `abandon`
+    /// leaves it as it is.
+    explicit TextTarget(OutputBlock& out, NameCase names = NameCase::Lower);
+    ~TextTarget() override;
+
+    void begin(const std::string& file, const std::vector<Column>& columns) override;
+    void fit(Record& record) override;
+    void finish() override;
+    void abandon() noexcept override;
+
+protected:
+    /// Begins the text; `names`: of the columns.
+    virtual void open(const std::vector<std::string>& names) = 0;
+
+    /// Where the text goes, from `begin` on.
+    OutputBlock& out();
+
+private:
+    struct Work;
+
+    std::string Path;
+    OutputBlock* Out = nullptr;  // the caller's; null: a file
+    NameCase Names;
+    std::unique_ptr<Work> Current;  ///< from `begin` on
+};
+
+}  // namespace kd_lib::exchange
