@@ -107,6 +107,19 @@ const ExistingColumn& findColumn(const std::vector<ExistingColumn>& columns, con
     return *found;
 }
 
+std::string selectColumns(Engine engine, const std::vector<ExistingColumn>& found,
+                          const std::vector<std::string>& columns, const std::string& table,
+                          const std::string& database)
+{
+    const Dialect& dialect = dialectOf(engine);
+    std::string list;
+    for (const std::string& column : columns) {
+        list.append(list.empty() ? "" : ",");
+        list.append(dialect.quoteName(findColumn(found, column, table, database).Name));
+    }
+    return "SELECT " + list + " FROM " + dialect.quoteName(table);
+}
+
 ExistingColumns::ExistingColumns(const TableLayout& layout, const std::vector<ExistingColumn>& table,
                                  const std::string& database)
 {

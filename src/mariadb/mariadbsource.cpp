@@ -48,7 +48,7 @@ ColumnType typeOf(const MYSQL_FIELD& field)
 }  // namespace
 
 MariadbSource::MariadbSource(const std::string& uri, const ServerOptions& options)
-    : ResultSource(uri), Session(uri, options)
+    : ServerRows(uri), Session(uri, options)
 {
     File = Session.name();
 }
@@ -56,30 +56,18 @@ MariadbSource::MariadbSource(const std::string& uri, const ServerOptions& option
 MariadbSource::MariadbSource(const std::string& uri, const ServerOptions& options, std::string sql)
     : MariadbSource(uri, options)
 {
-    Sql = std::move(sql);
-    start();
+    run(std::move(sql));
 }
 
-std::unique_ptr<MariadbSource> MariadbSource::ofTable(const std::string& uri, const ServerOptions& options,
-                                                      const std::string& table, const std::vector<std::string>& columns)
+MariadbSource::MariadbSource(const std::string& uri, const ServerOptions& options, const std::string& table,
+                             const std::vector<std::string>& columns)
+    : MariadbSource(uri, options)
 {
-    std::unique_ptr<MariadbSource> source(new MariadbSource(uri, options));
-    const std::vector<ExistingColumn> found = columnsOfTable(source->Session, table);
-    const Dialect& dialect = dialectOf(Engine::MySql);
-    std::string list;
-    for (const std::string& column : columns) {
-        list.append(list.empty() ? "" : ",");
-        list.append(dialect.quoteName(findColumn(found, column, table, source->Session.name()).Name));
-    }
-    source->Sql = "SELECT " + list + " FROM " + dialect.quoteName(table);
-    source->start();
-    return source;
+    run(selectColumns(Engine::MySql, columnsOfTable(Session, table), columns, table, Session.name()));
 }
 
-/// Runs the statement up to its first row.
-void MariadbSource::start()
+bool MariadbSource::start()
 {
-    Number = 0;
     if (Session.send(Sql)) {
         Rows.reset(mysql_use_result(Session.handle()));
     }
@@ -89,12 +77,12 @@ void MariadbSource::start()
     }
     if (!Rows) {
         Changes = mysql_affected_rows(Session.handle());
-        return;
+        return false;
     }
     if (Columns.empty()) {
         takeColumns();
     }
-    take();
+    return take();
 }
 
 void MariadbSource::takeColumns()
@@ -108,14 +96,13 @@ void MariadbSource::takeColumns()
     }
 }
 
-/// Reads the next row; false at the end.
 bool MariadbSource::take()
 {
-    Row = Rows ? mysql_fetch_row(Rows.get()) : nullptr;
+    Row = mysql_fetch_row(Rows.get());
     if (Row != nullptr) {
         return true;
     }
-    if (Rows && mysql_errno(Session.handle()) != 0) {
+    if (mysql_errno(Session.handle()) != 0) {
         Session.checkStop();
         throw SqlError(Session.name(), Session.reason(), std::nullopt);
     }
@@ -133,38 +120,12 @@ void MariadbSource::endResults()
     }
 }
 
-bool MariadbSource::read()
+void MariadbSource::fill()
 {
-    // `start` has read the first row, if there is one.
-    if (Number != 0 && Rows) {
-        take();
-    }
-    if (Row == nullptr) {
-        return false;
-    }
-    Current.Number = ++Number;
-    Current.Cells.resize(Columns.size());
     const unsigned long* const lengths = mysql_fetch_lengths(Rows.get());
     for (std::size_t i = 0; i < Columns.size(); ++i) {
         Current.Cells[i] =
             Row[i] == nullptr ? Cell::null() : serverValue(Columns[i].Type, std::string_view(Row[i], lengths[i]));
-    }
-    ++Read;
-    return true;
-}
-
-void MariadbSource::seek(std::uint64_t number)
-{
-    if (number <= Number) {
-        if (Columns.empty()) {
-            throw Error(Session.name(), "the statement cannot be run again");
-        }
-        Row = nullptr;
-        endResults();
-        start();
-    }
-    // `Row` is the row that `read` returned last, or the first.
-    while (Number + 1 < number && Row != nullptr && (Number++ == 0 || take())) {
     }
 }
 

@@ -18,31 +18,19 @@ namespace {
 /// Marks an unfinished table.
 constexpr const char* unfinished = "kd_db: unfinished load";
 
-std::vector<std::string> namesOf(const TableLayout& layout, const std::optional<ExistingColumns>& existing)
-{
-    std::vector<std::string> names;
-    for (std::size_t i = 0; i < layout.columns().size(); ++i) {
-        names.push_back(existing ? existing->all()[i].Name : layout.columns()[i].Name);
-    }
-    return names;
-}
-
-}  // namespace
-
 /// A running load.
-class MariadbTarget::Load {
+class MariadbLoad final : public ServerLoad {
 public:
-    Load(std::string uri, const TableOptions& table, const ServerOptions& options, const std::string& file,
-         const std::vector<Column>& columns)
-        : Uri(std::move(uri)), SourceFile(file), Source(columns),
-          Layout(dialectOf(Engine::MySql), file, columns, table), Session(Uri, options), Loaded(Layout.table()),
+    MariadbLoad(std::string uri, const ServerOptions& options, const TableOptions& table, const std::string& file,
+                const std::vector<Column>& columns)
+        : ServerLoad(Engine::MySql, file, columns, table), Uri(std::move(uri)), Session(Uri, options),
           Chunks([this](const RowChunks::Chunk& chunk) { send(chunk); }), Rows(Chunks)
     {
     }
 
-    ~Load() { Chunks.discard(); }
+    ~MariadbLoad() override { Chunks.discard(); }
 
-    void begin()
+    void begin() override
     {
         for (const std::string& statement : Layout.session()) {
             Session.run(statement);
@@ -54,29 +42,17 @@ public:
         } else {
             makeTable();
         }
-        Columns = namesOf(Layout, Existing);
-        Sender.emplace(Session, Layout, Loaded, Columns, foreign);
+        Sender.emplace(Session, Layout, Loaded, columnNames(), foreign);
     }
 
-    const TableLayout& layout() const { return Layout; }
-
-    void fit(Record& record)
-    {
-        if (Existing) {
-            Existing->fit(record, Engine::MySql);
-        } else {
-            Layout.fit(record);
-        }
-    }
-
-    void write(const Record& record)
+    void write(const Record& record) override
     {
         Sender->write(record, Rows);
         Rows.flush();
         Chunks.endRow(record.Number);
     }
 
-    void finish()
+    void finish() override
     {
         Chunks.finish();
         if (Existing) {
@@ -86,8 +62,7 @@ public:
         }
     }
 
-    /// Undoes everything; false if a table with a temporary name may remain.
-    bool abandon() noexcept
+    bool abandon() noexcept override
     {
         Chunks.discard();
         try {
@@ -99,9 +74,6 @@ public:
             return false;
         }
     }
-
-    /// The name under which the table is loaded.
-    const std::string& loaded() const { return Loaded; }
 
 private:
     /// Appends the text of rows to the current chunk.
@@ -115,7 +87,6 @@ private:
         RowChunks& To;
     };
 
-    std::string quoted(const std::string& name) const { return Layout.dialect().quoteName(name); }
     std::string dropStatement() const { return "DROP TABLE IF EXISTS " + quoted(Loaded); }
 
     bool tableExists(const std::string& table)
@@ -201,81 +172,23 @@ private:
                 return taken;
             });
         }
-        refuse(chunk, *refusal);
-    }
-
-    [[noreturn]] void refuse(const RowChunks::Chunk& chunk, const RowRefusal& refusal) const
-    {
-        Place place{SourceFile, 0, {}, {}};
-        if (refusal.Row && *refusal.Row < chunk.Records.size()) {
-            place.Record = chunk.Records[*refusal.Row];
-        }
-        for (std::size_t i = 0; i < Source.size(); ++i) {
-            if (Columns[i] == refusal.Column) {
-                place.Column = Source[i].Name;
-            }
-        }
-        throw Error(place, Session.name() + ": " + refusal.Reason);
+        refuse(chunk, *refusal, Session.name());
     }
 
     std::string Uri;
-    std::string SourceFile;
-    const std::vector<Column>& Source;
-    TableLayout Layout;
     MariadbSession Session;
-    std::string Loaded;  // the table that is loaded, which is renamed at the end unless it existed
-    bool Made = false;
-    std::optional<ExistingColumns> Existing;
-    std::vector<std::string> Columns;
+    bool Made = false;  // the table `loaded` is new
     std::optional<RowSender> Sender;
     RowChunks Chunks;
     RowBlock Rows;
 };
 
-MariadbTarget::MariadbTarget(std::string uri, TableOptions table, ServerOptions options)
-    : Uri(std::move(uri)), Table(std::move(table)), Options(std::move(options))
-{
-}
+}  // namespace
 
-MariadbTarget::~MariadbTarget()
+std::unique_ptr<ServerLoad> mariadbLoad(const std::string& uri, const ServerOptions& options, const TableOptions& table,
+                                        const std::string& file, const std::vector<Column>& columns)
 {
-    MariadbTarget::abandon();
-}
-
-void MariadbTarget::begin(const std::string& file, const std::vector<Column>& columns)
-{
-    Work = std::make_unique<Load>(Uri, Table, Options, file, columns);
-    Destination = "table " + Work->layout().table();
-    Notes = Work->layout().notes();
-    Work->begin();
-}
-
-void MariadbTarget::fit(Record& record)
-{
-    Work->fit(record);
-}
-
-void MariadbTarget::write(const Record& record)
-{
-    Work->write(record);
-}
-
-void MariadbTarget::finish()
-{
-    Work->finish();
-    Notes = Work->layout().notes();
-    Work.reset();
-}
-
-void MariadbTarget::abandon() noexcept
-{
-    if (!Work) {
-        return;
-    }
-    if (!Work->abandon()) {
-        Notes.push_back({"a table " + Work->loaded() + " may be left in the database", false});
-    }
-    Work.reset();
+    return std::make_unique<MariadbLoad>(uri, options, table, file, columns);
 }
 
 }  // namespace kd_lib::exchange::detail

@@ -7,6 +7,7 @@
 #include <kd_lib/exchange/outputblock.h>
 #include <kd_lib/exchange/record.h>
 #include <kd_lib/exchange/rowchunks.h>
+#include <kd_lib/exchange/servertarget.h>
 #include <kd_lib/exchange/tablelayout.h>
 
 #include <cstddef>
@@ -16,13 +17,6 @@
 #include <vector>
 
 namespace kd_lib::exchange::detail {
-
-/// Why the server refuses rows and, if it says so, which row and column.
-struct RowRefusal {
-    std::string Reason;
-    std::optional<std::size_t> Row;  // index in the chunk
-    std::string Column;
-};
 
 /// The statement that stores rows: LOAD DATA LOCAL from memory, or INSERT if the server forbids that.
 class RowSender {

@@ -83,7 +83,7 @@ std::optional<std::size_t> placeOf(const PGresult* result, std::string_view sql)
 }  // namespace
 
 PostgresqlSource::PostgresqlSource(const std::string& uri, const ServerOptions& options)
-    : ResultSource(uri), Session(uri, options)
+    : ServerRows(uri), Session(uri, options)
 {
     File = Session.name();
     Session.run(settings);
@@ -92,41 +92,28 @@ PostgresqlSource::PostgresqlSource(const std::string& uri, const ServerOptions& 
 PostgresqlSource::PostgresqlSource(const std::string& uri, const ServerOptions& options, std::string sql)
     : PostgresqlSource(uri, options)
 {
-    Sql = std::move(sql);
-    start();
+    run(std::move(sql));
 }
 
-std::unique_ptr<PostgresqlSource> PostgresqlSource::ofTable(const std::string& uri, const ServerOptions& options,
-                                                            const std::string& table,
-                                                            const std::vector<std::string>& columns)
+PostgresqlSource::PostgresqlSource(const std::string& uri, const ServerOptions& options, const std::string& table,
+                                   const std::vector<std::string>& columns)
+    : PostgresqlSource(uri, options)
 {
-    std::unique_ptr<PostgresqlSource> source(new PostgresqlSource(uri, options));
-    const std::vector<ExistingColumn> found = columnsOfTable(source->Session, table);
-    const Dialect& dialect = dialectOf(Engine::PostgreSql);
-    std::string list;
-    for (const std::string& column : columns) {
-        list.append(list.empty() ? "" : ",");
-        list.append(dialect.quoteName(findColumn(found, column, table, source->Session.name()).Name));
-    }
-    source->Sql = "SELECT " + list + " FROM " + dialect.quoteName(table);
-    source->start();
-    return source;
+    run(selectColumns(Engine::PostgreSql, columnsOfTable(Session, table), columns, table, Session.name()));
 }
 
-/// Runs the statement up to its first row.
-void PostgresqlSource::start()
+bool PostgresqlSource::start()
 {
     // A plain text could be several statements.
     if (PQsendQueryParams(Session.handle(), Sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, 0) == 0) {
         Session.fail(nullptr);
     }
     PQsetSingleRowMode(Session.handle());
-    Running = true;
-    Number = 0;
-    First = take();
+    const bool found = take();
     if (Columns.empty()) {
         takeColumns();
     }
+    return found;
 }
 
 void PostgresqlSource::takeColumns()
@@ -140,7 +127,6 @@ void PostgresqlSource::takeColumns()
     Buffers.resize(Columns.size());
 }
 
-/// Takes the next result; false if it is the last.
 bool PostgresqlSource::take()
 {
     Rows.reset(PQgetResult(Session.handle()));
@@ -170,17 +156,11 @@ bool PostgresqlSource::take()
             Session.fail(more.get());
         }
     }
-    Running = false;
     return false;
 }
 
-bool PostgresqlSource::read()
+void PostgresqlSource::fill()
 {
-    if (!std::exchange(First, false) && (!Running || !take())) {
-        return false;
-    }
-    Current.Number = ++Number;
-    Current.Cells.resize(Columns.size());
     for (std::size_t i = 0; i < Columns.size(); ++i) {
         const int column = static_cast<int>(i);
         Cell& cell = Current.Cells[i];
@@ -192,24 +172,6 @@ bool PostgresqlSource::read()
                                     static_cast<std::size_t>(PQgetlength(Rows.get(), 0, column)));
         cell = Columns[i].Type == ColumnType::Bytes ? hexadecimalBytes(text, Buffers[i])
                                                     : serverValue(Columns[i].Type, text);
-    }
-    ++Read;
-    return true;
-}
-
-void PostgresqlSource::seek(std::uint64_t number)
-{
-    if (number <= Number) {
-        while (Running) {
-            take();
-        }
-        if (Changing) {
-            throw Error(Session.name(), "the statement cannot be run again");
-        }
-        start();
-    }
-    while (Number + 1 < number && (std::exchange(First, false) || (Running && take()))) {
-        ++Number;
     }
 }
 

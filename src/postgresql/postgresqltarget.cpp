@@ -32,13 +32,6 @@ constexpr const char* partsOfTable =
 
 constexpr const char* duplicateTable = "42P07";
 
-/// Why a server refuses rows and, if it says so, which row and column.
-struct Refusal {
-    std::string Reason;
-    std::optional<std::size_t> Row;  // index in the chunk
-    std::string Column;
-};
-
 /// Whether the server has refused a row, rather than failed for another reason: a lost connection, a deadlock, a full
 /// disk.
 bool isOfRow(const PGresult* result)
@@ -83,15 +76,16 @@ std::string columnOf(const PGresult* result)
                : std::string(text.substr(at + lead.size(), text.find_first_of(":\n", at) - at - lead.size()));
 }
 
-}  // namespace
-
 /// A running load.
-class PostgresqlTarget::Load {
+class PostgresqlLoad final : public ServerLoad {
 public:
-    Load(const std::string& uri, const TableOptions& table, const ServerOptions& options, const std::string& file,
-         const std::vector<Column>& columns)
-        : SourceFile(file), Source(columns), Layout(dialectOf(Engine::PostgreSql), file, columns, table),
-          Session(uri, options), Loaded(Layout.table()), Rows(*this)
+    PostgresqlLoad(const std::string& uri, const ServerOptions& options, const TableOptions& table,
+                   const std::string& file, const std::vector<Column>& columns)
+        : ServerLoad(Engine::PostgreSql, file, columns, table), Session(uri, options), Rows(*this)
+    {
+    }
+
+    void begin() override
     {
         for (const std::string& statement : Layout.session()) {
             Session.run(statement);
@@ -112,18 +106,7 @@ public:
         Copy = "COPY " + quoted(Loaded) + " (" + columnList() + ") FROM STDIN";
     }
 
-    const TableLayout& layout() const { return Layout; }
-
-    void fit(Record& record)
-    {
-        if (Existing) {
-            Existing->fit(record, Engine::PostgreSql);
-        } else {
-            Layout.fit(record);
-        }
-    }
-
-    void write(const Record& record)
+    void write(const Record& record) override
     {
         writeCopyRow(record, Rows);
         Sent.Records.push_back(record.Number);
@@ -136,7 +119,7 @@ public:
         }
     }
 
-    void finish()
+    void finish() override
     {
         endChunk();
         if (Layout.mode() == TableMode::Replace) {
@@ -149,37 +132,34 @@ public:
     }
 
     /// Returns when the server has undone everything, unless the connection is lost.
-    void abandon() noexcept
+    bool abandon() noexcept override
     {
         Rows.discard();
-        Result(PQexec(handle(), "ROLLBACK"));
+        const Result result(PQexec(handle(), "ROLLBACK"));
+        return true;
     }
 
 private:
     /// Sends the text of rows to the server.
     class RowBlock final : public OutputBlock {
     public:
-        explicit RowBlock(Load& load) : OutputBlock(pieceSize), To(load) {}
+        explicit RowBlock(PostgresqlLoad& load) : OutputBlock(pieceSize), To(load) {}
 
         using OutputBlock::discard;
 
     private:
         void take(std::string_view piece) override { To.put(piece); }
 
-        Load& To;
+        PostgresqlLoad& To;
     };
 
     PGconn* handle() const { return Session.handle(); }
-    std::string quoted(const std::string& name) const { return Layout.dialect().quoteName(name); }
 
     std::string columnList() const
     {
-        if (!Existing) {
-            return Layout.columnList();
-        }
         std::string list;
-        for (const ExistingColumn& column : Existing->all()) {
-            list.append(list.empty() ? "" : ",").append(quoted(column.Name));
+        for (const std::string& name : columnNames()) {
+            list.append(list.empty() ? "" : ",").append(quoted(name));
         }
         return list;
     }
@@ -242,13 +222,13 @@ private:
     }
 
     /// Ends a COPY; nothing if the server accepts its rows.
-    std::optional<Refusal> endCopy()
+    std::optional<RowRefusal> endCopy()
     {
         Copying = false;
         if (PQputCopyEnd(handle(), nullptr) != 1) {
             Session.fail(nullptr);
         }
-        std::optional<Refusal> refusal;
+        std::optional<RowRefusal> refusal;
         while (const Result result{PQgetResult(handle())}) {
             if (PQresultStatus(result.get()) == PGRES_COMMAND_OK || refusal) {
                 continue;
@@ -256,8 +236,8 @@ private:
             if (!isOfRow(result.get())) {
                 Session.fail(result.get());
             }
-            refusal = Refusal{kd_lib::detail::postgresqlReason(result.get(), handle()), lineOf(result.get(), Loaded),
-                              columnOf(result.get())};
+            refusal = RowRefusal{kd_lib::detail::postgresqlReason(result.get(), handle()), lineOf(result.get(), Loaded),
+                                 columnOf(result.get())};
         }
         return refusal;
     }
@@ -266,7 +246,7 @@ private:
     void endChunk()
     {
         Rows.flush();
-        std::optional<Refusal> refusal = Copying ? endCopy() : std::nullopt;
+        std::optional<RowRefusal> refusal = Copying ? endCopy() : std::nullopt;
         if (refusal && !refusal->Row && Existing) {
             Session.run("ROLLBACK TO chunk");
             refusal->Row = RowChunks::rowsTaken(Sent, [&](std::size_t rows) {
@@ -278,80 +258,27 @@ private:
             });
         }
         if (refusal) {
-            refuse(*refusal);
+            refuse(Sent, *refusal, Session.name());
         }
         Sent.Text.clear();
         Sent.Ends.clear();
         Sent.Records.clear();
     }
 
-    [[noreturn]] void refuse(const Refusal& refusal) const
-    {
-        Place place{SourceFile, 0, {}, {}};
-        if (refusal.Row && *refusal.Row < Sent.Records.size()) {
-            place.Record = Sent.Records[*refusal.Row];
-        }
-        for (std::size_t i = 0; i < Source.size(); ++i) {
-            const std::string& name = Existing ? Existing->all()[i].Name : Layout.columns()[i].Name;
-            if (name == refusal.Column) {
-                place.Column = Source[i].Name;
-            }
-        }
-        throw Error(place, Session.name() + ": " + refusal.Reason);
-    }
-
-    std::string SourceFile;
-    const std::vector<Column>& Source;
-    TableLayout Layout;
     PostgresqlSession Session;
-    std::string Loaded;  // the loaded table, which is renamed at the end if it replaces another
-    std::optional<ExistingColumns> Existing;
     std::string Copy;
     RowChunks::Chunk Sent;  // its texts only if the server may refuse a row without naming it
     bool Copying = false;
     RowBlock Rows;
 };
 
-PostgresqlTarget::PostgresqlTarget(std::string uri, TableOptions table, ServerOptions options)
-    : Uri(std::move(uri)), Table(std::move(table)), Options(std::move(options))
-{
-}
+}  // namespace
 
-PostgresqlTarget::~PostgresqlTarget()
+std::unique_ptr<ServerLoad> postgresqlLoad(const std::string& uri, const ServerOptions& options,
+                                           const TableOptions& table, const std::string& file,
+                                           const std::vector<Column>& columns)
 {
-    PostgresqlTarget::abandon();
-}
-
-void PostgresqlTarget::begin(const std::string& file, const std::vector<Column>& columns)
-{
-    Work = std::make_unique<Load>(Uri, Table, Options, file, columns);
-    Destination = "table " + Work->layout().table();
-    Notes = Work->layout().notes();
-}
-
-void PostgresqlTarget::fit(Record& record)
-{
-    Work->fit(record);
-}
-
-void PostgresqlTarget::write(const Record& record)
-{
-    Work->write(record);
-}
-
-void PostgresqlTarget::finish()
-{
-    Work->finish();
-    Notes = Work->layout().notes();
-    Work.reset();
-}
-
-void PostgresqlTarget::abandon() noexcept
-{
-    if (Work) {
-        Work->abandon();
-        Work.reset();
-    }
+    return std::make_unique<PostgresqlLoad>(uri, options, table, file, columns);
 }
 
 }  // namespace kd_lib::exchange::detail

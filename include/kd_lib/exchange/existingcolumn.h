@@ -37,6 +37,11 @@ struct ExistingColumn {
 KD_LIB_EXPORT const ExistingColumn& findColumn(const std::vector<ExistingColumn>& columns, const std::string& name,
                                                const std::string& table, const std::string& database);
 
+/// The SELECT of these columns, each found as `findColumn` does.
+KD_LIB_EXPORT std::string selectColumns(Engine engine, const std::vector<ExistingColumn>& found,
+                                        const std::vector<std::string>& columns, const std::string& table,
+                                        const std::string& database);
+
 /// The columns of an existing table to which records are appended, in the order of the source's columns.
 class KD_LIB_EXPORT ExistingColumns {
 public:
