@@ -21,7 +21,7 @@ std::string told(const Tally& tally)
     return std::to_string(tally.Records) + " records, " + std::to_string(tally.Bytes) + " bytes";
 }
 
-/// What one side did, and the text that it wrote.
+/// The tally of one side, and its output.
 struct Run {
     Tally Did;
     std::string Text;

@@ -1,5 +1,5 @@
 /// \file
-/// Whether the library and a bare twin do the same.
+/// Checks that the library and a bare twin do the same.
 #pragma once
 
 #include "workloads.h"

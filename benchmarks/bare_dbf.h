@@ -11,7 +11,7 @@
 
 namespace kd_bench::bare {
 
-/// `text` without its blanks at the end, looked for eight at a time.
+/// `text` without the blanks at its end, which are examined eight at a time.
 inline std::string_view withoutBlanks(std::string_view text)
 {
     constexpr std::uint64_t blanks = 0x2020202020202020U;

@@ -1,5 +1,5 @@
 /// \file
-/// Text that bare code writes.
+/// Output of bare code.
 #pragma once
 
 #include <algorithm>
@@ -13,7 +13,7 @@
 
 namespace kd_bench::bare {
 
-/// Gathers text and writes it in blocks.
+/// Collects text and writes it in blocks.
 class TextOutput {
 public:
     explicit TextOutput(const std::string& path) : File(std::fopen(path.c_str(), "wb"))

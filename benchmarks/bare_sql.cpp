@@ -78,7 +78,7 @@ int bindNumber(sqlite3_stmt* statement, int index, std::string_view text, bool w
     return sqlite3_bind_double(statement, index, number);
 }
 
-/// The record's bytes stay where they are until the statement has run, so texts are not copied.
+/// The record's bytes do not move until the statement has run, so texts are not copied.
 int bindValue(sqlite3_stmt* statement, int index, const DbfColumn& column, const char* record)
 {
     const std::string_view text = withoutBlanks(column.in(record));
@@ -109,7 +109,7 @@ void createTable(sqlite3* database, const std::string& table, const std::vector<
     execute(database, sql);
 }
 
-/// Gathers the rows of a result and writes them in blocks.
+/// Collects the rows of a result and writes them in blocks.
 class RowOutput {
 public:
     ~RowOutput() { flush(); }

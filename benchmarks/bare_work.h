@@ -1,7 +1,6 @@
 /// \file
-/// The bare twins: plain block reads and slices, plain line reads, bare SQLite calls. They know nothing of
-/// the library, check little, and hold no more than a few blocks, apart from the script's twin, which keeps
-/// the whole script in memory.
+/// The bare twins: plain block reads and slices, plain line reads, bare SQLite calls. They do not use the library,
+/// check little, and keep only a few blocks in memory, except the script's twin, which keeps the whole script.
 #pragma once
 
 #include "workloads.h"

@@ -7,7 +7,7 @@ namespace {
 
 constexpr int succeeded = 0;
 
-/// What callers take for a connection and for a result; nobody looks inside.
+/// The connection and the result of the callers, who never look inside.
 int connectionMark = 0;
 int resultMark = 0;
 

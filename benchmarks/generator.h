@@ -9,17 +9,17 @@
 
 namespace kd_bench {
 
-/// What a table is like.
+/// The kind of a table.
 enum class Profile {
     Short,  ///< people: 12 short columns of all types
     Wide,   ///< 60 columns
-    Quoted  ///< people whose texts hold quotes; a .csv file puts every value in quotes
+    Quoted  ///< people whose texts contain quotes; a .csv file puts every value in quotes
 };
 
 /// The profile of this name ("short", "wide", "quoted"); throws std::invalid_argument for any other.
 Profile profileNamed(std::string_view name);
 
-/// Where the values of a column come from.
+/// The origin of a column's values.
 enum class Filling { Serial, Surname, Name, Address, Town, Country, Digits, Date, Flag, Number };
 
 struct Column {
@@ -33,7 +33,7 @@ struct Column {
 /// The columns of a profile.
 std::vector<Column> columnsOf(Profile profile);
 
-/// The records of a table, one after the other. Record i depends on the seed, the profile and i alone.
+/// The records of a table, in order. Record i depends only on the seed, the profile and i.
 class RecordGenerator {
 public:
     RecordGenerator(Profile profile, std::uint64_t seed);
@@ -43,7 +43,7 @@ public:
     /// Makes the next record.
     void next();
 
-    /// The record carries the deletion mark; one in a hundred does.
+    /// Whether the record has the deletion mark, as one in a hundred has.
     bool deleted() const { return Deleted; }
 
     /// The value of each column without padding; empty if there is none.
@@ -71,8 +71,8 @@ private:
 /// - dbf: all records;
 /// - csv: a line of names, then the records that are not deleted;
 /// - txt: the records that are not deleted, in columns of fixed width;
-/// - sql: a script that makes the table named as the file and inserts the same in one transaction.
-/// Throws std::runtime_error where the file cannot be written, std::invalid_argument for another kind.
+/// - sql: a script that makes the table named as the file and inserts the same in one transaction. Throws
+///   std::runtime_error if the file cannot be written, std::invalid_argument for another kind.
 void writeTable(const std::string& path, Profile profile, std::uint64_t count, std::uint64_t seed);
 
 }  // namespace kd_bench

@@ -20,7 +20,7 @@ void require(bool succeeded, const std::string& what)
     }
 }
 
-/// The table's lines about its file go nowhere.
+/// The table's lines about its file are discarded.
 class Muted {
 public:
     Muted() : Before(std::cout.rdbuf(nullptr)) {}

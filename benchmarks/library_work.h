@@ -1,5 +1,5 @@
 /// \file
-/// The work as a client of the library does it.
+/// The workloads as a client of the library does them.
 #pragma once
 
 #include "workloads.h"

@@ -11,7 +11,7 @@
 
 namespace kd_bench {
 
-/// While it lives, the process's standard output goes to a file.
+/// While it exists, the process's standard output goes to a file.
 class Redirect {
 public:
     explicit Redirect(const std::string& path) : Before(::dup(STDOUT_FILENO))

@@ -36,7 +36,7 @@ struct Options {
     std::uint64_t recordsOf(std::string_view table) const { return table == "wide" ? Records / wideShare : Records; }
 };
 
-/// Takes "NAME=" off the front of `argument`.
+/// Removes "NAME=" from the beginning of `argument`.
 bool takeName(std::string_view& argument, std::string_view name)
 {
     if (!argument.starts_with(name)) {
@@ -92,7 +92,7 @@ Options parse(int& argc, char** argv)
     return options;
 }
 
-/// A folder of this process, removed with all that is in it.
+/// A folder of this process, removed with its contents.
 class ScratchFolder {
 public:
     explicit ScratchFolder(const std::string& parent)

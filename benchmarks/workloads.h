@@ -10,10 +10,10 @@
 
 namespace kd_bench {
 
-/// What a piece of work did. The library and its twin must agree.
+/// The result of a workload. The library and its twin must agree.
 struct Tally {
     std::uint64_t Records = 0;
-    std::uint64_t Bytes = 0;  ///< of all values, or of the text that was written; 0 where neither is known
+    std::uint64_t Bytes = 0;  ///< of all values, or of the output; 0 if neither is known
 
     bool operator==(const Tally&) const = default;
 };
@@ -22,7 +22,7 @@ struct Tally {
 struct Files {
     std::string Folder;   ///< of the input
     std::string Table;    ///< the input's name without extension
-    std::string Scratch;  ///< folder for what is written
+    std::string Scratch;  ///< folder for the output
 
     std::string input(const std::string& extension) const { return Folder + '/' + Table + extension; }
     std::string output(const std::string& extension) const { return Scratch + '/' + Table + extension; }
@@ -34,7 +34,7 @@ struct Workload {
     std::string_view Name;
     const char* Table;   ///< "people", "wide" or "quoted": the table that it works on
     const char* Input;   ///< the extension of its input
-    const char* Output;  ///< the extension of the file that it makes; empty: none
+    const char* Output;  ///< the extension of the file that it writes; empty: none
     bool Prints;         ///< it writes to standard output
     Work Library;
     Work Bare;
@@ -46,7 +46,7 @@ std::span<const Workload> workloads();
 /// The workload of this name; throws std::invalid_argument if there is none.
 const Workload& workloadNamed(std::string_view name);
 
-/// Removes the file that a run before left and that this one makes.
+/// Removes the output file of an earlier run.
 void removeOutput(const Workload& workload, const Files& files);
 
 }  // namespace kd_bench

@@ -1,4 +1,4 @@
-# utf8proc, the Unicode library: the target Utf8proc::Utf8proc. Debian's package has no CMake files of its own.
+# utf8proc, the Unicode library: the target Utf8proc::Utf8proc. Debian's package has no CMake files.
 find_path(Utf8proc_INCLUDE_DIR utf8proc.h)
 find_library(Utf8proc_LIBRARY utf8proc)
 mark_as_advanced(Utf8proc_INCLUDE_DIR Utf8proc_LIBRARY)

@@ -1,4 +1,4 @@
-# What `cmake --install` lays down. Nothing installed names the place it was installed to, so the tree can be
+# The files that `cmake --install` installs. None of them contains the path of the installation, so the tree can be
 # moved as a whole. The components are the packages of kd_packages.cmake.
 include(CMakePackageConfigHelpers)
 
@@ -24,7 +24,7 @@ foreach(library IN ITEMS kd_udf kd_db kd_exchange)
 endforeach()
 # Where the loader of shared libraries finds it: `.load kd_tables` needs no folder.
 install(TARGETS kd_tables LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT kd_exchange)
-# Each in files of its own: who uses the others needs neither them nor their client libraries.
+# Each in separate files: users of the other libraries need neither them nor their client libraries.
 foreach(library IN LISTS kd_server_libraries)
     kd_install_library(${library} ${library}Targets ${library}_development)
     install(EXPORT ${library}Targets NAMESPACE kd_lib:: DESTINATION ${kd_config_dir}

@@ -1,4 +1,4 @@
-# How the code of both libraries is compiled: standard, visibility, warnings.
+# How the code of the libraries is compiled: standard, visibility, warnings.
 function(kd_configure_code name)
     target_compile_features(${name} PUBLIC cxx_std_20)
     target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:kd_warnings>)
@@ -9,7 +9,7 @@ function(kd_configure_code name)
         POSITION_INDEPENDENT_CODE ON)
 endfunction()
 
-# kd_configure_library(NAME HEADER...): what both libraries share besides: versions, the name that clients link, and
+# kd_configure_library(NAME HEADER...): further settings of the libraries: versions, the name that clients link, and
 # their public headers.
 function(kd_configure_library name)
     kd_configure_code(${name})

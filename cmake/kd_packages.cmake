@@ -1,4 +1,4 @@
-# Debian packages by CPack: one a component, and the files that such packages hold beside the installed ones.
+# Debian packages by CPack: one per component, and the files that such packages need besides the installed ones.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kd-lib)
 set(CPACK_PACKAGE_VERSION ${kd_lib_VERSION})

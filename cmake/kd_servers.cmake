@@ -1,5 +1,5 @@
-# The libraries that talk to servers. Each needs the client library of its server (Debian: libpq-dev, libmariadb-dev) and is
-# built where that is found; its option leaves it out.
+# The libraries for servers. Each needs the client library of its server (Debian: libpq-dev, libmariadb-dev) and is
+# built if that is found, unless its option is OFF.
 if(NOT DEFINED KD_WITH_POSTGRESQL OR KD_WITH_POSTGRESQL)
     find_package(PostgreSQL QUIET GLOBAL)
 endif()

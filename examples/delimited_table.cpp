@@ -20,7 +20,7 @@ int main()
 
     // The position is now after the line of names.
     while (cities.fetchRecord()) {
-        // Names are looked up in any letter case. Quotes stay on the values and protect nothing:
+        // Names are looked up in any letter case. Quotes stay part of the values and do not protect separators:
         // removeQuotes takes an enclosing pair off, and Rome's note ends at its comma.
         std::cout << cities.Fields.getData("city") << " | " << cities.Fields.getData("COUNTRY") << " | "
                   << kd_lib::removeQuotes(cities.Fields.getData("note")) << "\n";

@@ -1,4 +1,4 @@
-// SQL over files where they are, page by page. Nothing is imported.
+// SQL over files in place, page by page. Nothing is imported.
 #include <kd_lib/exchange/sqlitesource.h>
 #include <kd_lib/exchange/virtualtables.h>
 

@@ -20,7 +20,7 @@ int main()
     shop.host = "";  // the directory of database files: empty for the working directory
     shop.createDatabase("shop.db");
 
-    // The answer is inverted: false for a script that ran to its end.
+    // The result is inverted: false for a script that ran to its end.
     for (const char* script : {"shop.sql", "broken.sql"}) {
         const bool stopped = shop.importSqlFile(script);
         std::cout << script << (stopped ? " stopped at a failing statement\n" : " ran to its end\n");

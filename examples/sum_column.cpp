@@ -13,7 +13,7 @@ int main()
         const auto orders = openSource("orders.dbf");
         std::int64_t cents = 0;
         for (const Record& record : *orders) {
-            // An unreadable cell throws an `Error` that names it. No value is taken for another one.
+            // An unreadable cell throws an `Error` that names it. No value is mistaken for another one.
             cents += record["amount"].scaled(2).value_or(0);
         }
         std::cout << cents / 100 << '.' << cents / 10 % 10 << cents % 10 << "\n";

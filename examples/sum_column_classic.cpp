@@ -28,8 +28,8 @@ int main()
     }
     std::cout << cents / 100 << '.' << cents / 10 % 10 << cents % 10 << "\n";
 
-    // fetchRecord returns false at the end of the file, and for a last record that is cut short too: the header
-    // tells how many records there should be.
+    // fetchRecord returns false at the end of the file, and for a last record that is cut short too: the header has the
+    // number of records.
     std::cout << (records < orders.RecordCount ? "the table is damaged\n" : "that is the whole table\n");
     return records < orders.RecordCount ? 3 : 0;
 }

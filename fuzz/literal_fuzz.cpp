@@ -51,7 +51,7 @@ void checkQuotes(const std::string& value)
     require(value.find('\'') != std::string::npos || kd_lib::removeQuotes(quoted) == value, "removeQuotes");
 }
 
-/// A text as a literal, one character after the other: there is no quote between the enclosing two.
+/// A text as a literal, character by character: there is no quote between the enclosing two.
 std::string plainTextLiteral(const std::string& value)
 {
     std::string text = kd_lib::rightTrim(value);

@@ -1,5 +1,5 @@
-// A script in SQLite's SQL: cut in blocks of any size, compared with what SQLite takes for whole statements, and run
-// into a database, which holds everything or nothing of it.
+// A script in SQLite's SQL: read in blocks of any size, compared with the statements that SQLite finds, and imported
+// into a database, all or nothing.
 
 #include "support/bounded_output.h"
 #include "support/input_folder.h"
@@ -54,7 +54,7 @@ bool isBlankForSqlite(char c)
     return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r';
 }
 
-/// What SQLite's `sqlite3_complete` takes for statements, without those that hold nothing.
+/// The statements that SQLite's `sqlite3_complete` finds, without empty ones.
 std::size_t countBySqlite(const std::string& script)
 {
     std::size_t count = 0;

@@ -27,7 +27,7 @@ constexpr std::array<std::uint64_t, 10> lengths = {0,   1,    2,     8,     33,
                                                    255, 4096, 65536, 65537, std::numeric_limits<std::uint64_t>::max()};
 constexpr std::array<const char*, 6> columnLines = {"4|8", "1:2;3", "0", "8|4", "x", "300|65600"};
 
-/// A table whose overrides do to it what a client's may do. The argument of each must stay as it is.
+/// A table whose overrides do to it what a client's may do. The argument of each must not change.
 template <class Table>
 class Busy : public kd_fuzz::ShapeChecked<Table> {
 public:
@@ -359,7 +359,7 @@ void callOnce(Busy<Table>& table, kd_fuzz::Calls& calls)
     }
 }
 
-/// A table of this name, by the constructor that takes it where there is one.
+/// A table of this name, by the constructor for it if there is one.
 template <class Table>
 Busy<Table> tableOf(const std::string& name)
 {

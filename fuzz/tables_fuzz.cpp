@@ -50,7 +50,7 @@ std::optional<std::vector<std::string>> rowsOf(sqlite3* connection, const std::s
     return done ? std::optional(rows) : std::nullopt;
 }
 
-/// The columns as SQL texts that tell a value's type too.
+/// The columns as SQL texts that show a value's type too.
 std::string shownColumns(const std::vector<TargetColumn>& columns)
 {
     std::string list;

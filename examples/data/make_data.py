@@ -61,7 +61,7 @@ ORDERS = dbf(
     [(' ', ['7001', '101', '20240105', '310.00']), (' ', ['7002', '102', '20240108', '48.25']),
      (' ', ['7003', '101', '20240202', '1021.40']), (' ', ['7004', '105', '20240301', '75.10'])])
 
-# Every memo has a number: the script of a table writes an empty one as nothing, which is no SQL.
+# Every memo has a number: the script of a table writes nothing for an empty one, which is not SQL.
 STOCK = dbf(
     [('ARTICLE', 'C', 18, 0), ('PIECES', 'N', 6, 0), ('PRICE', 'N', 9, 2), ('COUNTED', 'D', 8, 0),
      ('ON_SALE', 'L', 1, 0), ('WEIGHT', 'F', 8, 3), ('REMARK', 'M', 10, 0)],

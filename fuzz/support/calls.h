@@ -64,8 +64,8 @@ private:
     std::string_view Rest;
 };
 
-/// An input of the targets that call in sequence: a file's bytes, then the calls, then two bytes that tell how many
-/// bytes of calls there are.
+/// An input of the targets that call in sequence: a file's bytes, then the calls, then two bytes with the number of
+/// bytes of calls.
 struct FileAndCalls {
     FileAndCalls(const std::uint8_t* data, std::size_t size)
     {

@@ -110,7 +110,7 @@ void checkFlaws(Source& source)
     }
 }
 
-/// Reads the records that are left; returns a number that tells them from others.
+/// Reads the remaining records; returns a number that distinguishes them from others.
 std::size_t walk(Source& source)
 {
     std::size_t all = 0;

@@ -22,7 +22,7 @@ public:
         return last;
     }
 
-    /// What has not been taken.
+    /// The bytes that have not been taken.
     std::string_view content() const { return Rest; }
 
 private:

@@ -25,7 +25,7 @@ inline bool wouldStop(const kd_lib::TableFields& fields, std::size_t recordSize)
     return false;
 }
 
-/// A table that passes over the records that would stop the process; the assertion is an outcome.
+/// A table that skips the records that would stop the process; the assertion is an outcome.
 template <class Table>
 class ShapeChecked : public Table {
 public:

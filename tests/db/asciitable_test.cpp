@@ -353,7 +353,7 @@ TEST(DelimitedHeader, LineWithTheCommentCharacterIsConsumedAndDefinesNothing)
     }
 }
 
-TEST(DelimitedHeader, ZeroByteEndsTheLineAndIsNoComment)
+TEST(DelimitedHeader, ZeroByteEndsTheLineAndIsNotAComment)
 {
     Opened<DelimitedTable> file(std::string("a|b\0|c\n", 7) + "r1c1|r1c2\n");
     EXPECT_TRUE(file.table.getFieldList());

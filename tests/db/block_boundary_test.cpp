@@ -42,7 +42,7 @@ void expectGoodAt(FileTable& table, std::size_t expected)
     EXPECT_EQ(static_cast<std::int64_t>(expected), position(table));
 }
 
-/// A fetch that meets the end: false, with both states set and no position.
+/// A fetch at the end of the file: false, with both states set and no position.
 void expectEnd(FileTable& table)
 {
     EXPECT_FALSE(table.fetchRecord());

@@ -1,5 +1,5 @@
-// Memory files bent in one way per test: the listing always ends, and shows no byte that is not the
-// file's or one of the two zeroed buffers'.
+// Memory files with one kind of damage per test: the listing always ends, and shows no bytes except those of the file
+// and of the two zeroed buffers.
 #include "support/mem_builder.h"
 #include "support/special_file_builder.h"
 #include "support/table_builder.h"
@@ -113,7 +113,7 @@ TEST(DamagedMem, CutAtEveryByteOfTheThirdHeaderMixesItWithTheSecond)
     }
 }
 
-TEST(DamagedMem, CutAtEveryByteOfADateShowsWhatTheTextLeft)
+TEST(DamagedMem, CutAtEveryByteOfADateShowsTheRestOfTheText)
 {
     for (std::size_t size = 106; size < 114; ++size) {
         const std::string buffer = laidOver("20240305", size - 106, std::string("abcde\0\0\0", 8));
@@ -135,7 +135,7 @@ TEST(DamagedMem, EndMarkAfterTheEntriesIsTheFirstByteOfTheLastLinesEntry)
     EXPECT_EQ(textLine + numberLine + dayLine + dayLine, listingOf(valid + "\x1A"));
 }
 
-TEST(DamagedMem, LengthBeyondTheFileShowsWhatThereIs)
+TEST(DamagedMem, LengthBeyondTheFileShowsTheExistingBytes)
 {
     EXPECT_EQ("A C 255.0  abc|\n", listingOf(memEntry("A", 'C', 255, 0, "abc")));
 }
@@ -208,7 +208,7 @@ TEST(DamagedMem, NumberWithoutAnEndTakesAMegabyte)
     EXPECT_EQ("N N 8.0 55|\n", list);
 }
 
-// Files that are none
+// Files that are not memory files
 
 TEST(DamagedMem, DirectoryGivesOneLineOfAnEntryOfZeroBytes)
 {
@@ -236,7 +236,7 @@ TEST(DamagedMem, EndlessZeroBytesAreListedAsLongAsAnyoneReads)
     kd_test::makeEndless(directory, "sample.mem");
     int out[2];
     ASSERT_EQ(0, ::pipe(out));
-    // What is not written yet would be written by the child once more.
+    // Text that is not written yet would be written by the child once more.
     std::cout.flush();
     std::fflush(nullptr);
     const pid_t child = ::fork();
@@ -260,7 +260,7 @@ TEST(DamagedMem, EndlessZeroBytesAreListedAsLongAsAnyoneReads)
         ASSERT_GT(got, 0);
         printed.append(piece, static_cast<std::size_t>(got));
     }
-    // The closed pipe is what ends the listing.
+    // The closed pipe ends the listing.
     ::close(out[0]);
     int status = 0;
     ASSERT_EQ(child, ::waitpid(child, &status, 0));

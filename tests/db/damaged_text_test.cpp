@@ -1,4 +1,4 @@
-// Text files bent in one way per test, for the positional, the ASCII and the delimited reader.
+// Text files with one kind of damage per test, for the positional, the ASCII and the delimited reader.
 #include "support/special_file_builder.h"
 #include "support/table_builder.h"
 
@@ -43,7 +43,7 @@ void defineColumns(FileTable& table)
     addColumn(table, "c", 10, 2);
 }
 
-/// The positional and the ASCII reader, which must not differ but in the assertion's unit.
+/// The positional and the ASCII reader, which must differ only in the assertion's unit.
 template <class Table>
 class DamagedPositional : public testing::Test {
 protected:
@@ -75,7 +75,7 @@ class DamagedPositionalDeathTest : public DamagedPositional<Table> {
 
 TYPED_TEST_SUITE(DamagedPositionalDeathTest, PositionalTables, TableNames);
 
-/// What every text reader meets alike.
+/// Tests for every text reader.
 template <class Table>
 class DamagedText : public testing::Test {
 };
@@ -256,7 +256,7 @@ TEST(DamagedDelimited, FileCutAtAnyByteKeepsTheValuesOfMissingPieces)
         if (expected == 2) {
             EXPECT_EQ(delimitedRows[0], rows[0]);
             const std::size_t cut = std::min<std::size_t>(size, 35) - 21;
-            // A piece that is there replaces the value; one that is not leaves the row before it.
+            // A piece replaces the value; if it is missing, the value of the row before stays.
             for (std::size_t column = 0; column < 3; ++column) {
                 const std::size_t begin = column * 5;
                 const std::string piece =

@@ -1,5 +1,5 @@
-// One valid table, bent in one way per test. The stated assertion and the standard library's exceptions
-// are the only ways out besides a result.
+// One valid table with one kind of damage per test. The only outcomes are a result, the stated assertion and exceptions
+// of the standard library.
 #include "support/dbf_builder.h"
 #include "support/special_file_builder.h"
 #include "support/table_builder.h"
@@ -581,7 +581,7 @@ TEST(DamagedXBase, RecordOfZeroBytesIsARecordOfBlanks)
               scriptOf(bytes));
 }
 
-// Files that are none
+// Files that are not tables
 
 TEST(DamagedXBase, DirectoryOpensAndReadsNothing)
 {

@@ -17,7 +17,7 @@ using Log = std::vector<std::string>;
 static_assert(!std::is_copy_constructible_v<Frame>, "a frame owns its tables");
 static_assert(!std::is_copy_assignable_v<Frame>, "a frame owns its tables");
 
-/// A table that logs what the frame does with it.
+/// A table that logs its calls.
 class LoggingTable : public DatabaseTable {
 public:
     LoggingTable(const std::string& name, bool open, Log& log) : DatabaseTable(name), Open(open), Entries(log) {}
@@ -38,7 +38,7 @@ private:
     Log& Entries;
 };
 
-/// A back end whose connection step fails and remembers the settings that it met.
+/// A back end whose connection step fails and remembers the settings.
 class FailingBackEnd : public Frame {
 public:
     std::string Met;
@@ -94,7 +94,7 @@ TEST(Database, ConnectWithArgumentsAssignsTheFourSettings)
     EXPECT_EQ("e", frame.engine);
 }
 
-TEST(Database, ConnectWithArgumentsAssignsFirstAndIgnoresTheAnswerOfTheVirtualConnect)
+TEST(Database, ConnectWithArgumentsAssignsFirstAndIgnoresTheResultOfTheVirtualConnect)
 {
     FailingBackEnd backEnd;
     EXPECT_FALSE(backEnd.connect());

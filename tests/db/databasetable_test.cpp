@@ -41,7 +41,7 @@ public:
     bool Answer = true;
 };
 
-/// Notes its end.
+/// Notes its destruction.
 class EndingTable : public DatabaseTable {
 public:
     explicit EndingTable(bool& ended) : Ended(ended) {}
@@ -91,7 +91,7 @@ TEST(DatabaseTable, IsOpenAndFetchesWithoutDoingAnything)
     EXPECT_EQ("kept", table.Fields.getData(0));
 }
 
-TEST(DatabaseTable, GetFieldListAndSkipHeaderAnswerTrueAndDoNothing)
+TEST(DatabaseTable, GetFieldListAndSkipHeaderReturnTrueAndDoNothing)
 {
     DatabaseTable table("parts");
     table.Fields.add("r1c1");

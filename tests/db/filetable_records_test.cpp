@@ -158,7 +158,7 @@ TEST(FileTableFetch, RecordTextEndsAtTheFirstZeroByte)
     EXPECT_EQ("efg", file.table.Fields.getData("word"));
 }
 
-TEST(FileTableFetch, AnswerDoesNotDependOnExtractContent)
+TEST(FileTableFetch, ResultDoesNotDependOnExtractContent)
 {
     class Refusing : public FileTable {
     public:

@@ -185,7 +185,7 @@ TEST(FileTableOpen, OtherExtensionIsAppendedWithADot)
     EXPECT_TRUE(table.is_open());
 }
 
-TEST(FileTableOpen, TildeStandsForTheHomeDirectory)
+TEST(FileTableOpen, TildeIsTheHomeDirectory)
 {
     const ScopedDirectory directory;
     directory.write("data.txt", twoLines);

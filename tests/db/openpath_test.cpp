@@ -77,7 +77,7 @@ TEST(OpenPath, OfAFileInTheRootKeepsTheSlash)
     EXPECT_EQ("File does not exist\n", console.err);
 }
 
-TEST(OpenPath, TildeStandsForTheHomeDirectory)
+TEST(OpenPath, TildeIsTheHomeDirectory)
 {
     const ScopedDirectory scratch;
     scratch.write("stock.txt", "one\n");

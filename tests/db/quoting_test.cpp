@@ -212,7 +212,7 @@ INSTANTIATE_TEST_SUITE_P(OtherTypes, PlainLiteral,
                                          ArrivalRow{"Quoted", UNKNOWN_TYPE, "'r1c1'", "'r1c1'", "text", "r1c1"}),
                          rowName<ArrivalRow>);
 
-// Literals that are no SQL value by themselves
+// Literals that are not SQL values alone
 
 TEST_P(RawLiteral, IsWrittenAsItIs)
 {
@@ -250,7 +250,7 @@ TEST_F(QuotingDatabase, NoTextLiteralRunsAnotherStatement)
     EXPECT_EQ("0", first("SELECT count(*) AS v FROM t WHERE typeof(v) <> 'text'"));
 }
 
-TEST_F(QuotingDatabase, TimeLiteralDeliberatelyIsNoSqlValue)
+TEST_F(QuotingDatabase, TimeLiteralDeliberatelyIsNotAnSqlValue)
 {
     const std::string literal = literalOf(TIME_TYPE, "123456");
     const kd_test::Console console = kd_test::captured([this, &literal] { EXPECT_FALSE(insert(literal)); });

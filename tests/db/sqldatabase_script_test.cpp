@@ -31,7 +31,7 @@ namespace {
 
 // Script import
 
-/// Sets HOME as long as it lives.
+/// Sets HOME while it exists.
 class ScopedHome {
 public:
     explicit ScopedHome(const std::string& path)
@@ -382,7 +382,7 @@ TEST_F(SqlDatabaseSqliteImport, SelectWithoutARowPasses)
     EXPECT_EQ(1, Database.getRecords("t"));
 }
 
-TEST_F(SqlDatabaseSqliteImport, FailureOutsideATransactionKeepsWhatRan)
+TEST_F(SqlDatabaseSqliteImport, FailureOutsideATransactionKeepsEarlierStatements)
 {
     const Import import = importScript(Database, "CREATE TABLE t (a);\nINSERT INTO t VALUES (1);\n"
                                                  "INSERT INTO u VALUES (2);\nINSERT INTO t VALUES (3);");

@@ -1,4 +1,4 @@
-// What a client does beside the library's operations: steps, overrides, statements that it has kept.
+// Clients that use more than the library's operations: steps, overrides, kept statements.
 #include "support/console_capture.h"
 #include "support/sql_calls.h"
 #include "support/sql_sqlite.h"
@@ -83,7 +83,7 @@ TableFields record(const std::vector<std::pair<std::string, std::string>>& value
 
 }  // namespace
 
-// Failures that another one than the library has stepped into
+// Failures of steps that the library has not made
 
 TEST_F(SqliteClient, FailureOfAStepOfTheClientsIsReportedByFinalizeAlsoAfterAReportedOne)
 {

@@ -13,8 +13,8 @@
 
 namespace {
 
-/// What `work` has SQLite prepare on an open database in memory. SQLite itself reads the schema through
-/// the same function, by a SELECT without blanks.
+/// The statements that `work` makes SQLite prepare on an open database in memory. SQLite itself reads the schema
+/// through the same function, by a SELECT without blanks.
 std::vector<std::string> prepared(const std::function<void(kd_lib::SQLite3&)>& work)
 {
     std::vector<std::string> texts;

@@ -271,7 +271,7 @@ TEST_F(SqliteConnection, RecordsOfAMissingTableAreZeroAndReportedOnce)
     EXPECT_EQ("no such table: none [#1]", Database.errorText);
 }
 
-TEST_F(SqliteConnection, FirstValueThatIsNoCountThrowsTheStandardException)
+TEST_F(SqliteConnection, FirstValueThatIsNotACountThrowsTheStandardException)
 {
     ASSERT_TRUE(Database.createDatabase(":memory:"));
     Database.execute("CREATE TABLE t (a)");

@@ -533,7 +533,7 @@ TEST_F(SqliteStatement, FetchRowReturnsFalseSilentlyForOtherCodes)
     }
 }
 
-TEST_F(SqliteStatement, FetchRowRepeatsABusyAnswerUpToSixCallsInAll)
+TEST_F(SqliteStatement, FetchRowRepeatsABusyCallUpToSixTimesInAll)
 {
     ASSERT_TRUE(Database.query("SELECT 1 AS x"));
     sqliteCalls.Answers["step"] = {SQLITE_BUSY, 5};

@@ -130,7 +130,7 @@ std::vector<std::string> allWords()
     return words;
 }
 
-/// Switches verbosity as long as it lives.
+/// Switches verbosity while it exists.
 class ScopedVerbosity {
 public:
     explicit ScopedVerbosity(bool on) { kd_lib::setVerbose(on); }
@@ -170,7 +170,7 @@ std::vector<std::string> checkedNames(const std::vector<std::string>& names)
     return checkedNames(SqlKeyword(), names);
 }
 
-/// What a check of these names prints with verbosity on.
+/// The output of a check of these names with verbosity on.
 std::string notesOn(const std::vector<std::string>& names)
 {
     const ScopedVerbosity verbose(true);

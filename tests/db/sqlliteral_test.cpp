@@ -99,7 +99,7 @@ TEST(FieldDefinition, NameIsUnchanged)
     EXPECT_EQ(" memo", definition("", MEMO_TYPE, 10, 0));
 }
 
-TEST(FieldDefinition, ValueIsNoPartOfIt)
+TEST(FieldDefinition, ValueIsNotPartOfIt)
 {
     TableField field("CITY", CHAR_TYPE, 0, 10, 0, true);
     field.Value = "Oslo";

@@ -1,5 +1,5 @@
-// What every table class does alike: one set of tests walks over five rows of each kind of file. A kind says which
-// class reads it, what its file holds, and which columns and rows are read. A new class gets a new kind, named in
+// The common behaviour of all table classes: one set of tests walks over five rows of each kind of file. A kind says
+// which class reads it, what its file holds, and which columns and rows are read. A new class gets a new kind, named in
 // `Kinds`, with its columns and rows: five rows, in records of one length.
 #include "support/dbf_builder.h"
 #include "support/table_builder.h"
@@ -70,7 +70,7 @@ struct Ascii : FiveRows {
 struct Delimited : FiveRows {
     static constexpr const char* name = "Delimited";
     using Table = kd_lib::DelimitedTable;
-    static constexpr unsigned long firstRecord = 2;  // the names are a line like any other
+    static constexpr unsigned long firstRecord = 2;  // the line of names is read like any other
     static std::string bytes() { return "Field#0|Field#1|Field#2\n" + lines("", "|"); }
     static void define(Table& table) { EXPECT_TRUE(table.getFieldList()); }
 };

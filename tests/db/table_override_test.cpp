@@ -1,5 +1,5 @@
-// What a class of a client's own may do in its overrides: hand other text to the base operation, read more of
-// the file, and use its own type names.
+// What a client's class may do in its overrides: hand other text to the base operation, read more of the file, and use
+// its own type names.
 #include "support/dbf_builder.h"
 #include "support/table_builder.h"
 
@@ -22,7 +22,7 @@ using kd_test::rowsOf;
 
 namespace {
 
-// Longer than a text that a string holds without memory: a view of it would dangle.
+// Longer than a text that a string keeps without allocating: a view of it would dangle.
 const Rows fourRows = {
     {"r1c1", "the first row of the table"},
     {"r2c1", "the second row of this table"},
@@ -92,7 +92,7 @@ class TableOverride : public testing::Test {
 using Kinds = testing::Types<Positional<kd_lib::FileTable>, Positional<kd_lib::AsciiTable>, Delimited, XBase>;
 TYPED_TEST_SUITE(TableOverride, Kinds);
 
-/// A client's own types, named as anybody would name them.
+/// A client's types with common names.
 struct Record {
     int number = 1;
 };

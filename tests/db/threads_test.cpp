@@ -25,8 +25,8 @@ namespace {
 constexpr int threadCount = 4;
 constexpr int rounds = 25;
 
-/// Starts all threads at once; each calls `work` with its number, again and again. Counts the rounds
-/// whose answer was false.
+/// Starts all threads at once; each calls `work` with its number, again and again. Counts the rounds whose result was
+/// false.
 int failuresInThreads(const std::function<bool(int)>& work)
 {
     std::latch start(threadCount);
@@ -44,7 +44,7 @@ int failuresInThreads(const std::function<bool(int)>& work)
     return failures;
 }
 
-/// The same with the console caught: `open` prints the path.
+/// The same with the console captured, because `open` prints the path.
 int quietFailuresInThreads(const std::function<bool(int)>& work)
 {
     int failures = -1;

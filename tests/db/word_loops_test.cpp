@@ -1,5 +1,5 @@
-// The text loops that take eight or sixteen bytes at a time must not differ from loops that take one: every
-// byte value at every place of texts of up to two vectors, among bytes that the loops could take for it.
+// The text loops that take eight or sixteen bytes at a time must not differ from loops that take one: every byte value
+// at every place of texts of up to two vectors, among bytes that the loops could confuse with it.
 
 #include <kd_lib/sqlliteral.h>
 #include <kd_lib/text.h>

@@ -100,7 +100,7 @@ TEST(xBase2SqlConvert, RelativePathGetsItsSlashAndKeepsItsValue)
     EXPECT_TRUE(std::filesystem::exists(directory.file("data/Orders.sql")));
 }
 
-TEST(xBase2SqlConvert, TildeStandsForTheHomeDirectory)
+TEST(xBase2SqlConvert, TildeIsTheHomeDirectory)
 {
     Conversion conversion("stock", twoRecords());
     const char* home = std::getenv("HOME");

@@ -144,7 +144,7 @@ TEST(xBaseMemoryRead, DatesAndLogicalValuesAreReadAsTexts)
               listingOf(memEntry("BORN", 'D', 8, 0, "20240305") + memEntry("FLAG", 'L', 2, 0, std::string("T\0", 2))));
 }
 
-TEST(xBaseMemoryRead, TextWithoutAZeroByteIsFollowedByWhatALongerOneLeft)
+TEST(xBaseMemoryRead, TextWithoutAZeroByteIsFollowedByTheRestOfALongerOne)
 {
     EXPECT_EQ("A C 8.0  abcdefgh|\n"
               "B C 3.0  XYZdefgh|\n"
@@ -166,7 +166,7 @@ TEST(xBaseMemoryRead, TextOf255BytesIsShownWhole)
               listingOf(memEntry("A", 'C', 255, 255, text) + memEntry("B", 'C', 255, 0, text)));
 }
 
-TEST(xBaseMemoryRead, TextOfLengthZeroShowsWhatTheBufferHolds)
+TEST(xBaseMemoryRead, TextOfLengthZeroShowsTheBuffer)
 {
     EXPECT_EQ("A C 0.0  |\n"
               "NAME C 6.0  ABCDE|\n"

@@ -180,7 +180,7 @@ TEST(CodePage, ADoubleByteCharacterThatThePageLacks)
 {
     EXPECT_EQ(decoded("cp932", "x\x81\xADy"), "x" + replacement + "y");
     EXPECT_EQ(decoded("cp932", "x\x81\xADy", EncodingErrors::Escape), "x\\x81\\xADy");
-    EXPECT_EQ(decoded("gbk", "x\xC4 y"), "x" + replacement + " y");  // the blank is no second byte: it stays
+    EXPECT_EQ(decoded("gbk", "x\xC4 y"), "x" + replacement + " y");  // the blank is not a second byte, so it stays
 }
 
 TEST(CodePage, PagesThatAreNotAsciiBased)

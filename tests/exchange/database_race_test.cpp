@@ -1,5 +1,5 @@
-// Two processes store something in one new database at the same time. What one of them reported as stored is there
-// afterwards, whatever the other one did. KD_RACE_PAIRS sets the number of pairs.
+// Two processes store something in one new database at the same time. Everything that one of them reported as stored
+// exists afterwards, whatever the other one did. KD_RACE_PAIRS sets the number of pairs.
 #include <kd_lib/exchange/error.h>
 #include <kd_lib/exchange/importscript.h>
 #include <kd_lib/exchange/sqlitetarget.h>
@@ -156,7 +156,7 @@ bool isAllowed(const Task& task, Outcome outcome, const Task& other)
     return outcome == Stored || outcome == Locked || (outcome == MadeMeanwhile && task.What == Work::Import);
 }
 
-TEST_F(DatabaseRace, WhatWasReportedAsStoredIsThere)
+TEST_F(DatabaseRace, EverythingReportedAsStoredExists)
 {
     const char* const wanted = std::getenv("KD_RACE_PAIRS");
     const int pairs = wanted != nullptr ? std::atoi(wanted) : defaultPairs;

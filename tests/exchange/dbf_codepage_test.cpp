@@ -1,4 +1,4 @@
-// Which code page a .dbf file has, and what is said about it.
+// The code page of a .dbf file, and the note about it.
 
 #include "support/reading.h"
 #include "support/xbase_file.h"

@@ -1,4 +1,4 @@
-// Damaged .dbf files: every length and count wrong in both directions, and what becomes of it.
+// Damaged .dbf files: every length and count wrong in both directions, and the results.
 
 #include "support/reading.h"
 #include "support/xbase_file.h"
@@ -122,7 +122,7 @@ TEST_F(DamagedDbf, RangesAndSeeksFindTheRealEnd)
     }
 }
 
-TEST_F(DamagedDbf, RangeBeforeTheDamageKnowsNothingOfIt)
+TEST_F(DamagedDbf, RangeBeforeTheDamageDoesNotReportIt)
 {
     XbaseFile file = three();
     file.Count = 9;
@@ -159,7 +159,7 @@ TEST_F(DamagedDbf, CutRecordAmongOthersThatAreMissing)
     EXPECT_EQ(reading.Notes, (Texts{"loss: the header counts 7 records, the file holds 2 whole ones"}));
 }
 
-TEST_F(DamagedDbf, CutRecordOutsideTheRangeIsNotTold)
+TEST_F(DamagedDbf, CutRecordOutsideTheRangeIsNotReported)
 {
     const std::string bytes = three().bytes();
     const std::string path = kd_test::rewrite(Folder, "t.dbf", bytes.substr(0, bytes.size() - 5));
@@ -193,7 +193,7 @@ TEST_F(DamagedDbf, PolicyDecidesAboutTheCutRecord)
     EXPECT_THROW(source->record()["TOWN"].text(), Error) << "no value of it can be taken for one";
 }
 
-TEST_F(DamagedDbf, DeletedRecordThatIsCutIsTold)
+TEST_F(DamagedDbf, DeletedRecordThatIsCutIsReported)
 {
     XbaseFile file = three();
     file.record({"4", "Riga"}, '*');
@@ -392,7 +392,7 @@ TEST_F(DamagedDbf, LengthsOfFieldsWrong)
     }
 }
 
-TEST_F(DamagedDbf, EncryptedTablesAreTold)
+TEST_F(DamagedDbf, EncryptedTablesAreReported)
 {
     XbaseFile file = three();
     file.Version = 0x8B;
@@ -403,7 +403,7 @@ TEST_F(DamagedDbf, EncryptedTablesAreTold)
 
 TEST_F(DamagedDbf, EveryByteOfTheHeaderWrong)
 {
-    // No byte of a header makes the reader fail otherwise than by an Error.
+    // No byte of a header makes the reader fail other than by an Error.
     XbaseFile file(0x30, {{"A", 'C', 4}, {"B", 'V', 5, 0, 2}, {"C", 'M', 4}, {"_NullFlags", '0', 1, 0, 5}});
     file.record({"abcd", "xy\0\0\x02", std::string(4, '\0'), "\x01"});
     const std::string bytes = file.bytes();

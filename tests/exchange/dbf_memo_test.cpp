@@ -1,4 +1,4 @@
-// Memo files of every kind: what they hold, where they are found, and every pointer and length wrong.
+// Memo files of every kind: their contents, their places, and every pointer and length wrong.
 
 #include "support/reading.h"
 #include "support/xbase_file.h"
@@ -28,7 +28,7 @@ std::string digits(std::uint64_t block)
 
 class DbfMemos : public testing::Test {
 protected:
-    /// A table with a column N, whose values are these pointers, and a memo file beside it.
+    /// A table with a column N, whose values are these pointers, and its memo file.
     Reading read(int version, const Texts& pointers, const std::string& memo, const std::string& extension = "dbt",
                  char letter = 'M')
     {
@@ -136,7 +136,7 @@ TEST_F(DbfMemos, FoxPro)
               (Texts{"'fox'", "''", "null"}));
 }
 
-TEST_F(DbfMemos, FoxProBlock32IsNoBlank)
+TEST_F(DbfMemos, FoxProBlock32IsNotBlank)
 {
     const std::string memo = memoFox(Texts(25, std::string(40, 'x')), 64);
     EXPECT_EQ(one(0x30, little(32, 4), memo, "fpt"), "'" + std::string(40, 'x') + "'");
@@ -273,7 +273,7 @@ TEST_F(DbfMemos, FilesCutEverywhere)
     }
 }
 
-TEST_F(DbfMemos, MissingFileIsToldOnceItIsUsed)
+TEST_F(DbfMemos, MissingFileIsReportedWhenItIsUsed)
 {
     writeTable(0x83, {digits(0), digits(1), std::string(10, ' '), digits(2)});
     const Reading reading = kd_test::readFileAs(Folder.file("t.dbf"));

@@ -111,7 +111,7 @@ TEST_F(DbfTypes, BlankNumbersAreNull)
     }
 }
 
-TEST_F(DbfTypes, WhatIsNoNumberIsUnreadable)
+TEST_F(DbfTypes, TextThatIsNotANumberIsUnreadable)
 {
     for (const std::string bytes : {"*****", "12,50", "1 2", "12.5-", "-", ".", "-.", "1.2.3", "NaN", "inf", "0x10",
                                     "1E", "--1", "1-1", "+", "\xFF"}) {
@@ -407,7 +407,7 @@ TEST_F(DbfTypes, DecimalsOfTextAreLeftOversWhereTheRecordSaysSo)
     EXPECT_EQ(read(mixed).Rows, (Rows{{"'abcdefgh'", "'" + std::string(300, 'b') + "'", "'xyz'"}}));
 }
 
-TEST_F(DbfTypes, ColumnsTellWhatTheyAre)
+TEST_F(DbfTypes, ColumnsHaveTheirTypes)
 {
     XbaseFile file(0x30, {{"NAME", 'C', 20}, {"QTY", 'N', 8, 2}, {"SEEN", 'T', 8}, {"NOTE", 'M', 4}});
     const auto source = openSource(kd_test::rewrite(Folder, "t.dbf", file.bytes()));

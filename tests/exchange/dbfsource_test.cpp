@@ -88,7 +88,7 @@ TEST_F(DbfSourceTest, DeletedRecordsAreLeftOutKeptOrMarked)
     EXPECT_EQ(reading.Notes, Texts{});
 }
 
-TEST_F(DbfSourceTest, RecordsTellNumberPlaceAndDeletion)
+TEST_F(DbfSourceTest, RecordsHaveNumberPlaceAndDeletion)
 {
     SourceOptions options;
     options.Deleted = DeletedRecords::Keep;
@@ -292,7 +292,7 @@ TEST_F(DbfSourceTest, StandardInputInSmallPieces)
     EXPECT_EQ(::waitpid(child, nullptr, 0), child);
 }
 
-TEST_F(DbfSourceTest, StandardInputTellsOfDamageToo)
+TEST_F(DbfSourceTest, DamageOfStandardInputIsReportedToo)
 {
     XbaseFile file = nine();
     file.Count = 12;

@@ -142,7 +142,7 @@ TEST(DelimitedSource, AQuoteThatDoesNotEndAsItShould)
     EXPECT_EQ(failureOf("a\n\"\"\""), "t.csv: record 1, byte 2: line 2: a quote is opened and never closed");
 }
 
-TEST(DelimitedSource, TheMarkOfUtf8IsNoPartOfTheFirstName)
+TEST(DelimitedSource, TheMarkOfUtf8IsNotPartOfTheFirstName)
 {
     Text text("\xEF\xBB\xBF\"a\",b\n1,2\n");
     EXPECT_EQ(shownColumns(text.source), "a:text b:text");
@@ -160,7 +160,7 @@ TEST(DelimitedSource, FilesWithoutRecordsOrRows)
     EXPECT_EQ(failureOf("", {.Header = false}), "t.csv: there is no row");
 }
 
-TEST(DelimitedSource, TheEndMarkOfDosIsNoRecord)
+TEST(DelimitedSource, TheEndMarkOfDosIsNotARecord)
 {
     EXPECT_EQ(recordsOf("a,b\r\n1,2\r\n\x1A"), "1 <1> <2>\n");
     EXPECT_EQ(notesOf("a,b\r\n1,2\r\n\x1A"), "the byte 1A at the end, the end mark of DOS, is left out\n");
@@ -221,7 +221,7 @@ TEST(DelimitedSource, AHintWhereTheDelimiterIsAnotherOne)
     EXPECT_EQ(notesOf("a b\n1;2\n"), "");
 }
 
-TEST(DelimitedSource, AWrongDelimiterBehindAnErrorIsNamed)
+TEST(DelimitedSource, AWrongDelimiterThatCausesAnErrorIsNamed)
 {
     EXPECT_EQ(failureOf("a;b\n\"x;y\";2\n"),
               "t.csv: record 1, byte 4: line 2: text after a closing quote; the delimiter may be ';' instead of ','");
@@ -367,7 +367,7 @@ TEST(DelimitedSource, TheSearchForTypesCanBeStopped)
     EXPECT_THROW(recordsOf(bytes, options), kd_lib::exchange::Stopped);
 }
 
-TEST(DelimitedSource, WhatIsNotFoundAsAType)
+TEST(DelimitedSource, ValuesThatGetNoType)
 {
     for (const char* value :
          {"+1", "-0", "1.", ".5", " 1", "1e3", "1,5", "\"\"", "NaN", "2023-02-29", "2024-2-1", "00"}) {
@@ -470,7 +470,7 @@ TEST(DelimitedSource, APipeIsReadOnce)
     EXPECT_THROW(DelimitedSource(pipe.Path, {.Infer = true}), OptionError);
 }
 
-/// Random text of rows, and what they are, by the simplest rules.
+/// Random text of rows, and the expected cells by the simplest rules.
 struct RandomRows {
     std::string Text;
     std::string Expected;

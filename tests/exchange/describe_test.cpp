@@ -79,7 +79,7 @@ TEST_F(DescribeTest, DaysOfTheLastChange)
     EXPECT_EQ(day("\x54\x02\x1D", 2), "1984-02-29");
 }
 
-TEST_F(DescribeTest, WhatWouldNotBeCarried)
+TEST_F(DescribeTest, ValuesThatWouldNotBeCarried)
 {
     XbaseFile file(3, {{"BORN", 'D', 8}, {"NAME", 'C', 3}, {"X", '7', 1}});
     file.Language = 3;

@@ -107,7 +107,7 @@ TEST_F(ImportScript, ScriptOfNothingMakesAnEmptyDatabase)
     EXPECT_EQ(Opened(New).values("SELECT count(*) FROM sqlite_master"), Values{"0"});
 }
 
-TEST_F(ImportScript, TransactionsOfTheScriptBecomePartOfItsOwn)
+TEST_F(ImportScript, TransactionsOfTheScriptBecomePartOfTheImport)
 {
     const std::vector<std::pair<std::string, Values>> scripts = {
         {"BEGIN; INSERT INTO t VALUES (1); COMMIT;", {"1"}},
@@ -284,7 +284,7 @@ TEST_F(ImportScript, StopEndsTheWaitForALock)
     EXPECT_THROW(importScript(script("DELETE FROM t"), Old, options), Stopped);
 }
 
-TEST_F(ImportScript, ProgressIsTold)
+TEST_F(ImportScript, ProgressIsReported)
 {
     std::string text = "CREATE TABLE u(n);\n";
     for (int i = 0; i < 10000; ++i) {

@@ -59,7 +59,7 @@ TEST(OutputBlock, GrowsForTheRoomAskedFor)
     EXPECT_EQ(out.Taken, (Texts{"ab", std::string(20, 'x')}));
 }
 
-TEST(OutputBlock, ForgetsWhatIsDiscarded)
+TEST(OutputBlock, ForgetsDiscardedText)
 {
     Pieces out(8);
     out.write("ab");

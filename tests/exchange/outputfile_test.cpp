@@ -68,7 +68,7 @@ protected:
 
     std::string path(const std::string& name) const { return Folder.file(name); }
 
-    /// The names in the folder, without those that come and go.
+    /// The names in the folder, without temporary ones.
     Texts names() const
     {
         Texts found;
@@ -263,12 +263,12 @@ TEST_P(OutputFileTest, GoesOnWhereStandardOutputIs)
     EXPECT_EQ(names(), Texts{"log"});
 }
 
-TEST_P(OutputFileTest, LeavesWhatIsNotItsOwn)
+TEST_P(OutputFileTest, LeavesOtherFiles)
 {
     OutputFile file(path("a"));
     file.write("mine");
     Texts temporary = names();
-    // Another process has put a file in the place of the temporary one.
+    // Another process has replaced the temporary file.
     for (const std::string& name : temporary) {
         std::filesystem::remove(path(name));
         Folder.write(name, "another's");

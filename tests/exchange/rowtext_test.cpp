@@ -209,7 +209,7 @@ TEST(RowText, FindsSpecialBytesWhereverTheyAre)
     }
 }
 
-/// A plain record takes another way to the same text.
+/// A plain record gets the same text by another path.
 TEST(RowText, PlainRecordsAreWrittenAlike)
 {
     const std::string specials = "a\"',\\b";
@@ -228,7 +228,7 @@ TEST(RowText, PlainRecordsAreWrittenAlike)
         return out.text();
     };
     for (std::size_t size = 0; size <= 40; ++size) {
-        // Characters after the end of the text are not its own.
+        // Characters after the end of the text do not belong to it.
         std::string room(80, '"');
         for (std::size_t at = 0; at <= size; ++at) {
             for (const char special : specials) {

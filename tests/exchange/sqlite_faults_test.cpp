@@ -1,5 +1,5 @@
-// Each operation on files that SQLite asks for fails in turn. Whatever fails, the work ends in success or in an error
-// that names the database, and the database holds everything or nothing of it.
+// Each file operation of SQLite fails in turn. Whatever fails, the work ends in success or in an error that names the
+// database, and the database has all of the work or none.
 #include <kd_lib/exchange/error.h>
 #include <kd_lib/exchange/importscript.h>
 #include <kd_lib/exchange/sqlitesource.h>
@@ -46,7 +46,7 @@ protected:
 
     void importLines() { importScript(Script, Database); }
 
-    /// Puts the database back to what it was before: one that holds a table, or none.
+    /// Restores the database: one with a table, or none.
     void makeOld(bool exists)
     {
         std::filesystem::remove(Database);
@@ -57,7 +57,7 @@ protected:
         }
     }
 
-    /// Runs the work with each operation failing, until one run needs fewer operations. `done` is what the table t holds
+    /// Runs the work with each operation failing, until one run needs fewer operations. `done`: the contents of table t
     /// after success.
     void failAtEach(bool exists, const std::function<void()>& work, const std::string& done)
     {
@@ -104,14 +104,14 @@ protected:
         } else {
             EXPECT_EQ(rows, "1") << "there is no database after success";
         }
-        // The journal of a database that exists may stay, but not one that is still to be rolled back.
+        // The journal of an existing database may stay, but not one that must still be rolled back.
         for (const auto& entry : std::filesystem::directory_iterator(Folder.path())) {
             const std::string name = entry.path().filename();
             EXPECT_TRUE(name == "x.db" || name == "s.sql" || (exists && name == "x.db-journal")) << name << " is left";
         }
     }
 
-    /// Whether the next one who reads the database must roll something back.
+    /// Whether the next reader of the database must roll something back.
     bool hasHotJournal() const
     {
         const std::string journal = Database + "-journal";

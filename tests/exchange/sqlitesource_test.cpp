@@ -95,7 +95,7 @@ TEST_F(SqliteSourceTest, ColumnsWithoutDeclarationHaveTheTypeOfTheFirstValue)
     EXPECT_EQ(rows.columns()[1].Name, "sum(c)");
 }
 
-TEST_F(SqliteSourceTest, DeclaredDatesAndBooleansHoldWhatSqliteStores)
+TEST_F(SqliteSourceTest, DeclaredDatesAndBooleansHaveTheValuesThatSqliteStores)
 {
     Opened(Database).run("CREATE TABLE u(d date, t timestamp, b boolean); INSERT INTO u VALUES ('2024-02-29', 'x', 1)");
     SqliteSource rows(Database, "SELECT * FROM u");
@@ -165,7 +165,7 @@ TEST_F(SqliteSourceTest, ColumnsNotNeededAreNull)
     EXPECT_EQ(rows.record()["b"].text(), "r1c2");
 }
 
-TEST_F(SqliteSourceTest, RefusedStatementsTellThePlace)
+TEST_F(SqliteSourceTest, RefusedStatementsNameThePlace)
 {
     EXPECT_STREQ(refusal("SELECT a,\n nowhere FROM t").what(), (Database + ": no such column: nowhere").c_str());
     EXPECT_EQ(refusal("SELECT a,\n nowhere FROM t").At, 11U);

@@ -83,7 +83,7 @@ protected:
                             "PEOPLE.DBF");
     }
 
-    /// What SQLite gives back for a value of a column of this type: its type and its text.
+    /// The type and the text that SQLite returns for a value of a column of this type.
     std::string stored(const Column& of, const Cell& cell)
     {
         std::filesystem::remove(Database);

@@ -1,4 +1,4 @@
-// Scripts of SQL: their exact text, and what SQLite makes of them.
+// SQL scripts: their exact text, and their effect in SQLite.
 #include <kd_lib/exchange/sqlscripttarget.h>
 #include <kd_lib/exchange/transfer.h>
 
@@ -189,7 +189,7 @@ protected:
     SqliteScripts() { EXPECT_EQ(sqlite3_open(":memory:", &Database), SQLITE_OK); }
     ~SqliteScripts() override { sqlite3_close(Database); }
 
-    /// Runs all statements, as the sqlite3 shell does, which goes on after an error. Returns the errors.
+    /// Runs all statements, even after an error, as the sqlite3 shell does. Returns the errors.
     Texts run(const std::string& script)
     {
         Texts errors;
@@ -268,7 +268,7 @@ TEST_F(SqliteScripts, KeepTheOldTableWhenTheyFailInTheMiddle)
 {
     run("CREATE TABLE people (id, name); INSERT INTO people VALUES (9, 'old');\n");
     std::string script = scriptOf(Engine::Sqlite, replace);
-    // What SQLite does by itself where the disk is full.
+    // As SQLite does by itself when the disk is full.
     script.insert(script.find("INSERT"), "ROLLBACK;\n");
     EXPECT_FALSE(run(script).empty());
     EXPECT_EQ(query(allRows), Texts{"9|'old'"});

@@ -149,7 +149,7 @@ TEST(TableLayoutTypes, MySqlTakesLongTextWhereThePageWouldBeTooShort)
     EXPECT_EQ(TableLayout(mySql, "a.dbf", fewer, {}).columns()[0].Type, "varchar(63)");
 }
 
-TEST(TableLayoutTypes, MySqlIsToldToBeLenientWithManyColumns)
+TEST(TableLayoutTypes, MySqlIsSetToBeLenientWithManyColumns)
 {
     const auto lenient = [](std::size_t count, const Column& of) {
         const TableLayout layout(mySql, "a.dbf", std::vector<Column>(count, of), {});
@@ -294,7 +294,7 @@ TEST(TableLayoutSql, HasAKeyThatTheDatabaseNumbers)
     EXPECT_EQ(TableLayout(sqlite, "t.dbf", named({"id"}), {"t", TableMode::Append, "id"}).columnList(), "\"id\"");
 }
 
-/// What becomes of a cell in a table of one column: the reason against it, or the text that is left.
+/// The result for a cell in a table of one column: the reason against it, or its text.
 std::string fitted(const Dialect& dialect, const Column& of, const Cell& cell)
 {
     const std::vector<Column> columns = {of};

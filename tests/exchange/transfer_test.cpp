@@ -89,7 +89,7 @@ TEST(TransferTest, CarriesRecordsAndCountsThem)
     EXPECT_FALSE(run.Done.Loss);
 }
 
-TEST(TransferTest, AnUnreadableCellIsStoredAsNullAndTold)
+TEST(TransferTest, AnUnreadableCellIsStoredAsNullAndReported)
 {
     MemorySource source(twoColumns, {unreadableRow("1"), row("2", "unfit")});
     const Carried run(source);
@@ -189,7 +189,7 @@ TEST(TransferTest, StopsWhenAsked)
     EXPECT_LT(run.To.Calls.size(), 300U);
 }
 
-TEST(TransferTest, TellsHowFarItIs)
+TEST(TransferTest, ReportsItsProgress)
 {
     MemorySource source(twoColumns, std::vector<MemorySource::Row>(1000, row("1", "Rome")));
     std::vector<Progress> seen;

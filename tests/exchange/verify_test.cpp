@@ -270,7 +270,7 @@ TEST(Verify, UnreadableCellsAgreeWithNull)
     EXPECT_EQ(found.Rejects, 2U);
 }
 
-TEST(Verify, RejectsAreToldOnce)
+TEST(Verify, RejectsAreReportedOnce)
 {
     MemorySource source(twoColumns,
                         {{{Cell::unreadable(), Cell::text("a")}, {{0, FlawKind::Unreadable, "not a number"}}}});

@@ -26,7 +26,7 @@ using kd_test::DbfBuilder;
 
 using Values = std::vector<std::string>;
 
-/// What a statement returns: a text for each row, with "|" between the cells.
+/// The result of a statement: a text for each row, with "|" between the cells.
 Values rowsOf(sqlite3* connection, const std::string& sql)
 {
     Values found;
@@ -46,7 +46,7 @@ Values rowsOf(sqlite3* connection, const std::string& sql)
     return found;
 }
 
-/// A connection of the kind that any program may have.
+/// An ordinary connection, as any program may have.
 class Connection {
 public:
     explicit Connection(const std::string& file = ":memory:")
@@ -128,7 +128,7 @@ TEST_F(VirtualTables, ValuesAreThoseOfALoad)
     sqlite3_close(loaded);
 }
 
-TEST_F(VirtualTables, NumericColumnsHoldWhatATableOfSqliteWould)
+TEST_F(VirtualTables, NumericColumnsHaveTheValuesOfASqliteTable)
 {
     DbfBuilder builder({{"N", 'N', 12, 2}, {"BIG", 'N', 20, 2}, {"F", 'F', 20, 2}});
     for (const char* text :
@@ -271,7 +271,7 @@ TEST_F(VirtualTables, UnusedColumnsAreNotDecoded)
     EXPECT_EQ(connection.Rejects, (Values{"2 A 109 y    ", "1 B 103 x    "}));
 }
 
-TEST_F(VirtualTables, RejectsAndNotesAreToldOnce)
+TEST_F(VirtualTables, RejectsAndNotesAreReportedOnce)
 {
     DbfBuilder builder({{"A", 'N', 5}});
     builder.record({"x"}).deletedRecord({"1"}).record({"2"});
@@ -304,13 +304,13 @@ TEST_F(VirtualTables, TablesCannotBeChanged)
     EXPECT_TRUE(std::filesystem::exists(Folder.file("numbers.dbf")));
 }
 
-TEST_F(VirtualTables, ModuleIsNoTable)
+TEST_F(VirtualTables, ModuleIsNotATable)
 {
     Connection connection;
     EXPECT_EQ(connection.rows("SELECT * FROM kd"), Values{"error: no such table: kd"});
 }
 
-TEST_F(VirtualTables, ChangedFileIsReadAnew)
+TEST_F(VirtualTables, ChangedFileIsReadAgain)
 {
     Connection connection;
     connection.rows("CREATE VIRTUAL TABLE t USING kd(" + quoted(numbers(3)) + ")");
@@ -326,7 +326,7 @@ TEST_F(VirtualTables, ChangedFileIsReadAnew)
               Values{"error: " + Folder.file("numbers.dbf") + ": No such file or directory"});
 }
 
-TEST_F(VirtualTables, FileThatShrinksWhileItIsReadIsNoCrash)
+TEST_F(VirtualTables, FileThatShrinksWhileItIsReadDoesNotCrash)
 {
     Connection connection;
     const std::string file = numbers(20000);

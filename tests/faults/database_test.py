@@ -1,4 +1,4 @@
-"""Databases that are locked, damaged or none, and scripts that fail or are huge."""
+"""Databases that are locked, damaged or not databases at all, and scripts that fail or are huge."""
 
 import sqlite3
 import time
@@ -38,7 +38,7 @@ class LockedDatabaseTest(support.FaultTest):
 
 
 class NoDatabaseTest(support.FaultTest):
-    def test_a_file_that_is_no_database_is_left_alone(self):
+    def test_a_file_that_is_not_a_database_is_not_changed(self):
         contents = {"text": b"This is no database.\n" * 100, "zeros": bytes(5000),
                     "only the mark": b"SQLite format 3\0", "bad page size": b"SQLite format 3\0\xff\xff" + bytes(4000)}
         no_database = self.folder / "data" / "none.db"
@@ -51,7 +51,7 @@ class NoDatabaseTest(support.FaultTest):
                         self.assert_error_line(kd_db(*arguments), *arguments[1:])
                     self.assertEqual(no_database.read_bytes(), bytes_of_it)
 
-    def test_a_folder_is_no_database(self):
+    def test_a_folder_is_not_a_database(self):
         for arguments in (("load", self.table, "--into", self.folder), ("import", self.script, "--into", self.folder),
                           ("query", self.folder, QUERY)):
             with self.subTest(arguments[0]):
@@ -59,7 +59,7 @@ class NoDatabaseTest(support.FaultTest):
 
 
 class CutDatabaseTest(support.FaultTest):
-    """A database of some 300 pages, cut: whatever is found, the program ends with one of its own answers."""
+    """A truncated database of some 300 pages: the program always ends with one of its exit statuses."""
 
     def test_a_cut_database_ends_in_an_answer(self):
         kd_db("load", self.table, "--into", self.new_database)

@@ -45,7 +45,7 @@ class DiskFullTest(support.FaultTest):
 
 
 class ReadOnlyFolderTest(support.FaultTest):
-    """Permissions, also for root, who is run without the right to pass over them."""
+    """Permissions, also for root, who is run without the right to ignore them."""
 
     PREFIX = ("setpriv", "--bounding-set=-dac_override,-dac_read_search") if os.geteuid() == 0 else ()
 

@@ -1,4 +1,4 @@
-"""The program ended from outside: killed, asked to end, or left without a reader."""
+"""The program ended from outside: killed, stopped by a signal, or left without a reader."""
 
 import os
 import random
@@ -156,7 +156,7 @@ class ClosedPipeTest(support.FaultTest):
                 self.assertNotIn(b"kd_db: ", child.stderr.read())
                 child.stderr.close()
 
-    def test_a_reader_that_never_was_is_no_error(self):
+    def test_a_missing_reader_is_not_an_error(self):
         reading, writing = os.pipe()
         os.close(reading)
         try:

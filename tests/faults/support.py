@@ -127,7 +127,7 @@ class FaultTest(unittest.TestCase):
         lines = errors.splitlines()
         self.assertTrue(lines and lines[-1].startswith("kd_db: "), errors)
         self.assertEqual(sum(line.startswith("kd_db: ") for line in lines), 1, errors)
-        # An error of "script" may name the file that it writes.
+        # An error of "script" may name its output file.
         names = [str(name).removesuffix(".dbf") for name in names]
         self.assertTrue(any(name in lines[-1] for name in names), errors)
         self.assertFalse(lines[-1].endswith(": "), f"an error line without a reason: {lines[-1]}")

@@ -1,5 +1,5 @@
-// Opening, reading, closing, preparing, querying and disconnecting, 10,000 times over: no descriptor is
-// left open and no byte allocated. Built with the address sanitizer, its leak check speaks at the end.
+// Opening, reading, closing, preparing, querying and disconnecting, 10,000 times over: no descriptor is left open and
+// no byte allocated. With the address sanitizer, its leak check runs at the end.
 
 #include <kd_lib/asciitable.h>
 #include <kd_lib/sqliteconnection.h>
@@ -37,8 +37,8 @@ std::ptrdiff_t openDescriptors()
     return std::distance(begin(entries), end(entries));
 }
 
-/// Runs `round` some times, so that every buffer that stays for good is there, then all the rounds, and
-/// compares what is open and allocated.
+/// Runs `round` some times, so that every permanent buffer exists, then all the rounds, and compares open descriptors
+/// and allocated bytes.
 void expectNothingLeft(const std::function<void()>& round)
 {
     std::ptrdiff_t descriptorsLeft = 0;

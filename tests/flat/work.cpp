@@ -84,7 +84,7 @@ bool makeScript(std::uint64_t count, const std::string& folder)
     return out.flush().good();
 }
 
-/// The number column holds the number of each record: their sum tells that all of them were read.
+/// The number column holds the number of each record: their sum shows that all of them were read.
 template <class Table>
 bool walk(std::uint64_t count, const std::string& folder)
 {

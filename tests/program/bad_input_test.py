@@ -27,7 +27,7 @@ BENT_TABLES = {
     'field length 255': bent(GOOD, 32 + 16, b'\xff'),
 }
 
-# (bytes, records stored, a part of the line that tells it)
+# (bytes, records stored, a part of the line that reports it)
 BENT_RECORDS = {
     'cut in a record': (GOOD[:HEADER + RECORD + 4], ['r1c1'], 'record 2'),
     'cut after a record': (GOOD[:HEADER + 2 * RECORD], ['r1c1', 'r2c1'], '3'),
@@ -66,7 +66,7 @@ class BentTables(ProgramTest):
                 self.assertRegex(result.err, r'\Akd_db: a\.dbf: [^\n]*' + told)
                 self.assertEqual(self.values('a.db', 'SELECT name FROM a'), stored)
 
-    def test_classic_script_refuses_what_does_not_fit(self):
+    def test_classic_script_refuses_tables_that_do_not_fit(self):
         for name in ['cut in a record', 'cut after a record', 'count too large']:
             with self.subTest(name):
                 write('a.dbf', BENT_RECORDS[name][0])

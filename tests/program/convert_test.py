@@ -101,7 +101,7 @@ class Convert(ProgramTest):
     def test_output_in_a_folder_that_is_missing(self):
         self.check_failure(['convert', 'orders.dbf', '--to', 'csv', '-o', 'no/out'], 'no/out: No such file or directory')
 
-    def test_output_keeps_mode_and_link_of_what_was_there(self):
+    def test_output_keeps_mode_and_link_of_the_old_file(self):
         write('real.csv', '')
         os.chmod('real.csv', 0o600)
         os.symlink('real.csv', 'link.csv')

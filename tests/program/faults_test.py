@@ -147,7 +147,7 @@ class Locked(Faults):
         self.addCleanup(other.close)
         other.execute('BEGIN EXCLUSIVE')
 
-    def test_every_command_tells_it(self):
+    def test_every_command_reports_it(self):
         self.locked()
         for arguments in [['query', 'old.db', 'SELECT 1 FROM members'], ['query', 'old.db', 'DELETE FROM members'],
                           ['load', 'big.dbf', '--into', 'old.db'], ['verify', 'members.dbf', 'old.db'],

@@ -135,7 +135,7 @@ class Formats(ProgramTest):
             self.check(['list', 'members.dbf', '-q', '--format', form, '-o', 'out'])
             self.assertEqual(content('out').decode(), out)
 
-    def test_failed_output_leaves_what_was_there(self):
+    def test_failed_output_leaves_the_old_file(self):
         write('bad.csv', 'x\n1\n"2')
         write('out', 'precious')
         self.assertEqual(self.run_program('list', 'bad.csv', '-o', 'out').code, 1)
@@ -173,7 +173,7 @@ class Memory(ProgramTest):
 
 
 class Samples(ProgramTest):
-    def test_sample_files_are_what_their_script_makes(self):
+    def test_sample_files_are_those_of_their_script(self):
         for name, expected in make_data.FILES.items():
             with self.subTest(name):
                 self.assertEqual(content(os.path.join(os.environ['KD_EXAMPLES'], name)), expected)

@@ -142,7 +142,7 @@ class Files(ProgramTest):
         self.check(['query', 'clients.dbf', 'SELECT rowid, id FROM clients WHERE rowid = 4', '-q'],
                    'rowid   id\n-----  ---\n    4  104\n')
 
-    def test_rejects_are_told(self):
+    def test_rejects_are_reported(self):
         write('bad.dbf', table([['r1c1', '*'], ['r2c1', '2']]))
         result = self.run_program('query', 'bad.dbf', 'SELECT count FROM bad', '--rejects', 'r')
         self.assertEqual((result.code, result.out), (3, 'count\n-----\n NULL\n    2\n'))

@@ -27,7 +27,7 @@ class Rejects(ProgramTest):
         self.number, self.day = reason(result, 'SUM'), reason(result, 'DAY')
         os.remove('first.db')
 
-    def test_unreadable_cells_become_null_and_are_told(self):
+    def test_unreadable_cells_become_null_and_are_reported(self):
         self.check(['load', 'bad.dbf', '--into', 'a.db'], '',
                    f'kd_db: bad.dbf: record 2, column SUM: {self.number}; stored as NULL\n'
                    f'kd_db: bad.dbf: record 3, column DAY: {self.day}; stored as NULL\n'
@@ -56,7 +56,7 @@ class Rejects(ProgramTest):
                 self.assertEqual(result.code, 3)
                 self.assertIn(f'column SUM: {self.number}; {verb} as NULL\n', result.err)
 
-    def test_a_missing_memo_file_is_told_once(self):
+    def test_a_missing_memo_file_is_reported_once(self):
         write('notes.dbf', table([[str(i), str(i)] for i in range(30)], [('ID', 'N', 3, 0), ('NOTE', 'M', 10, 0)]))
         self.check(['load', 'notes.dbf', '--into', 'a.db', '--rejects', 'r.jsonl'], '',
                    'kd_db: notes.dbf: memo file: notes.dbt is missing; its values cannot be read\n'
@@ -107,7 +107,7 @@ class Rejects(ProgramTest):
         result = self.run_program('load', 'bad.dbf', '--into', 'a.db', '--rejects', '-')
         self.assertEqual(len(json_lines(result.out)), 2)
 
-    def test_twenty_rejects_are_told_and_the_rest_is_counted(self):
+    def test_twenty_rejects_are_printed_and_the_rest_is_counted(self):
         write('many.dbf', table([['r', '*', '']] * 33, COLUMNS))
         lines = [f'kd_db: many.dbf: record {n}, column SUM: {self.number}; stored as NULL' for n in range(1, 21)]
         tally = 'many.dbf: 33 records read, 0 left out, 33 stored in table many'
@@ -187,7 +187,7 @@ class Memos(ProgramTest):
         super().setUp()
         write('clients.dbf', make_data.CLIENTS)
 
-    def test_missing_memo_file_is_told(self):
+    def test_missing_memo_file_is_reported(self):
         result = self.run_program('load', 'clients.dbf', '--into', 'a.db')
         self.assertEqual(result.code, 3)
         self.assertIn('clients.dbt', result.err)

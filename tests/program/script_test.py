@@ -25,7 +25,7 @@ INSERT INTO members(id,name,joined,fee)
 
 
 class Script(ProgramTest):
-    def test_script_stands_beside_the_table_and_its_path_is_printed(self):
+    def test_script_is_in_the_tables_folder_and_its_path_is_printed(self):
         os.mkdir('deep')
         write('deep/members.dbf', make_data.MEMBERS)
         self.check(['script', 'deep/members.dbf'], 'deep/members.sql\n', 'Table: deep/members.dbf\n')
@@ -95,7 +95,7 @@ class Script(ProgramTest):
             with self.subTest(name):
                 self.check_failure(['script', name], f'{name}: {reason}')
 
-    def test_deleted_record_repeats_the_one_before_and_is_told(self):
+    def test_deleted_record_repeats_the_one_before_and_is_reported(self):
         sample('stock.dbf')
         self.check(['script', 'stock.dbf'], 'stock.sql\n',
                    'Table: stock.dbf\nstock.dbf: 1 deleted record, for each of which the script holds the record'

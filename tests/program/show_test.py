@@ -20,7 +20,7 @@ class Show(ProgramTest):
                      'ID      number   N            4\n', 'LIMIT   number   N            9         2\n']:
             self.assertIn(line, out)
 
-    def test_code_page_is_told_once(self):
+    def test_code_page_is_reported_once(self):
         write('a.csv', 'name\nK\xf6ln\n')
         for file, page in [(sample('clients.dbf', 'clients.dbt'), 'CP1252'), ('a.csv', 'CP850')]:
             self.assertEqual(self.shown(file, *([] if file == 'clients.dbf' else ['--encoding', '850'])).count(page), 1)
@@ -31,7 +31,7 @@ class Show(ProgramTest):
         self.assertIn('clients.dbt is missing', out)
         self.assertIn('\nnot whole: ', out)
 
-    def test_what_would_not_be_carried_is_told(self):
+    def test_values_that_would_not_be_carried_are_reported(self):
         write('bad.dbf', table([['r1c1', '?'], ['r2c1', '2'], ['r3c1', '?']]))
         self.assertRegex(self.shown('bad.dbf', code=3), r'\nnot whole: column COUNT: 2 cells [^\n]*record 1')
 

@@ -77,7 +77,7 @@ class AtTheTerminal(ProgramTest):
                     self.assertEqual(mark in text, columns == 80)
                     self.assertIn('Zoë Müller', text)
 
-    def test_columns_that_do_not_fit_are_told(self):
+    def test_columns_that_do_not_fit_are_reported(self):
         write('wide.csv', ','.join(f'column_{n}' for n in range(60)) + '\n' + ','.join(['value'] * 60) + '\n')
         text = self.shown('list', 'wide.csv', columns=80)
         self.assertRegex(text, r'wide\.csv: \d+ of 60 columns fit on the screen; --select')
@@ -90,7 +90,7 @@ class AtTheTerminal(ProgramTest):
         self.assertNotIn('paged', self.shown('query', 'a.db', NUMBERS.format(5), environment=environment))
         self.assertNotIn('paged', self.shown('query', 'a.db', NUMBERS.format(60), '--no-pager', environment=environment))
 
-    def test_no_pager_where_output_is_no_terminal(self):
+    def test_no_pager_if_output_is_not_a_terminal(self):
         terminal = self.start('query', 'a.db', NUMBERS.format(60), stdout=subprocess.PIPE,
                               environment={'PAGER': 'sed "s/^/paged: /"'})
         out = terminal.process.stdout.read().decode()
@@ -103,7 +103,7 @@ class AtTheTerminal(ProgramTest):
         text = self.shown('list', 'long.csv', environment={'PAGER': 'cat; echo closed; true'})
         self.assertTrue(text.endswith('closed\nlong.csv: 100 records read, 0 left out, 100 shown\n'), text[-200:])
 
-    def test_pager_that_is_missing_is_told(self):
+    def test_missing_pager_is_reported(self):
         text = self.shown('query', 'a.db', NUMBERS.format(60), environment={'PAGER': 'no-such-pager'})
         self.assertIn('--no-pager does without', text)
 

@@ -80,7 +80,7 @@ class Usage(ProgramTest):
                 self.assertEqual(self.run_program(command, '-h').out, long)
                 self.assertTrue(long.startswith(f'Usage: kd_db {command} [OPTION]... '))
 
-    def test_help_wins_over_what_is_missing(self):
+    def test_help_wins_over_missing_arguments(self):
         self.assertEqual(self.run_program('load', '--help').code, 0)
 
     def test_file_name_that_begins_with_a_dash_follows_two_dashes(self):

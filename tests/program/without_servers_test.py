@@ -1,4 +1,4 @@
-"""A program that was built without the libraries of the servers: it says so by name, and does all that needs none."""
+"""A program that was built without the libraries of the servers: it names the missing server, and does everything that needs none."""
 import unittest
 
 from support import ProgramTest, sample, write

@@ -1,5 +1,5 @@
-// What every SQL back end does alike: one set of tests over SQLite in memory and the two servers, whose URIs are in the
-// environment.
+// The common behaviour of all SQL back ends: one set of tests over SQLite in memory and the two servers, whose URIs are
+// in the environment.
 #include "support/console_capture.h"
 #include "support/scoped_directory.h"
 
@@ -74,7 +74,7 @@ protected:
         return all;
     }
 
-    /// Executes the prepared statement; SQLite then wants it reset.
+    /// Executes the prepared statement; SQLite's must then be reset.
     bool executePrepared()
     {
         const bool executed = database.execute();

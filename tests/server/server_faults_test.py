@@ -576,7 +576,7 @@ class MariaDBTest(OnServer, unittest.TestCase):
         self.assertEqual(result.code, 0, result.err)
         self.assertEqual(self.execute('SELECT n, t FROM people ORDER BY n'), [['4', "it's; #1"], ['6', 'a;']])
 
-    def test_an_import_rolls_back_what_it_can(self):
+    def test_an_import_rolls_back_as_far_as_possible(self):
         self.execute('CREATE TABLE kept (n int)')
         script = self.folder / 'script.sql'
         script.write_text('INSERT INTO kept VALUES (1);\nCREATE TABLE people (n int);\nINSERT INTO kept VALUES (2);\nbroken;\n')

@@ -307,7 +307,7 @@ TYPED_TEST(ServerLoad, RecordsAreAppendedByTheNamesOfTheirColumns)
     EXPECT_EQ("1,first,7|5,r1,1|5,r2,2|", this->rows("SELECT more, t, n FROM people ORDER BY t"));
 }
 
-TYPED_TEST(ServerLoad, WhatAppendDoesNotFind)
+TYPED_TEST(ServerLoad, ColumnsThatAppendDoesNotFind)
 {
     std::vector<std::string> memory;
     MemorySource source({numberColumn("N"), textColumn("T")}, numbered(2, memory));
@@ -360,7 +360,7 @@ TYPED_TEST(ServerLoad, AMissingValueIsNamedWithItsColumn)
     EXPECT_EQ("", this->rows("SELECT n FROM people"));
 }
 
-TYPED_TEST(ServerLoad, WhatAnExistingColumnWouldChangeIsUnreadable)
+TYPED_TEST(ServerLoad, ValueThatAnExistingColumnWouldChangeIsUnreadable)
 {
     this->execute(TypeParam::isPostgresql
                       ? "CREATE TABLE people (d NUMERIC(9,2), w INTEGER, t VARCHAR(3), day DATE, s TIMESTAMP(0))"
@@ -454,7 +454,7 @@ TYPED_TEST(ServerLoad, AQueryHasTypedColumnsAndCanBeReadAgain)
     EXPECT_FALSE(result->next());
 }
 
-TYPED_TEST(ServerLoad, AStatementWithoutRowsTellsItsChanges)
+TYPED_TEST(ServerLoad, AStatementWithoutRowsReportsItsChanges)
 {
     this->execute("CREATE TABLE people (n INTEGER)");
     const auto result = TypeParam::server()->query("INSERT INTO people VALUES (1), (2)");
@@ -467,7 +467,7 @@ TYPED_TEST(ServerLoad, AStatementWithoutRowsTellsItsChanges)
     EXPECT_EQ("1|2|", this->rows("SELECT n FROM people ORDER BY n"));
 }
 
-TYPED_TEST(ServerLoad, VerifyTellsTheFirstRecordOfEachColumn)
+TYPED_TEST(ServerLoad, VerifyReportsTheFirstRecordOfEachColumn)
 {
     std::vector<std::string> memory;
     const std::vector<Column> columns = {numberColumn("N"), textColumn("T")};

@@ -46,7 +46,7 @@ private:
     std::filesystem::path SavedDirectory;
 };
 
-/// An object whose `host` is empty, so that paths stand for themselves.
+/// An object whose `host` is empty, so that paths are used unchanged.
 class SqliteConnection : public InScratchDirectory {
 protected:
     SqliteConnection() { Database.host = ""; }

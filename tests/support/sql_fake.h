@@ -21,7 +21,7 @@ public:
 
     std::vector<std::string> Executed;  ///< the statements given to `execute`
     std::vector<std::string> Queried;   ///< the statements given to `query`
-    std::vector<std::string> Failing;   ///< `execute` and `query` answer false to these
+    std::vector<std::string> Failing;   ///< `execute` and `query` return false for these
     bool RollsBackOnFailure = false;    ///< a failing `execute` calls `rollback`, as a real back end may
     bool ListsDatabases = true;         ///< the result of `getDatabaseList`
     std::vector<std::string> Schemas;   ///< what it lists
@@ -115,7 +115,7 @@ struct Paged {
     std::size_t asked = 0;
 };
 
-/// Runs `work` with one line of standard input per answer, and reads those that it left.
+/// Runs `work` with each answer as a line of standard input, and reads the lines that it left.
 inline Paged paged(const std::vector<std::string>& answers, const std::function<void()>& work)
 {
     std::string input;

@@ -36,7 +36,7 @@ public:
     OtherProcess(const OtherProcess&) = delete;
     OtherProcess& operator=(const OtherProcess&) = delete;
 
-    /// Runs SQL statements over there; the answer is SQLite's code, or -1 where none came.
+    /// Runs SQL statements in the other process; returns SQLite's code, or -1 if none came.
     int run(const std::string& sql)
     {
         const std::string line = sql + '\n';

@@ -29,7 +29,7 @@ TEST(Blanks, ViewsAreTheTrimmedTextWithoutACopy)
     EXPECT_EQ(text.data(), rightTrimView(text).data());
 }
 
-TEST(Blanks, SizesAreThoseOfWhatIsLeft)
+TEST(Blanks, SizesAreThoseOfTheRest)
 {
     EXPECT_EQ(0U, leadingBlanks(""));
     EXPECT_EQ(0U, leadingBlanks("x "));

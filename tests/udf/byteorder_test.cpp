@@ -15,7 +15,7 @@ namespace {
 
 constexpr bool littleEndianHost = std::endian::native == std::endian::little;
 
-/// What a reader does: bytes copied raw from a file, then brought to host order.
+/// As a reader does: copies bytes raw from a file, then converts them to host order.
 short shortFromFile(std::array<unsigned char, 2> bytes)
 {
     short raw = 0;

@@ -104,7 +104,7 @@ public:
         return false;
     }
 
-    /// Whether lines are edited and echoed as they were at the start.
+    /// Whether lines are edited and echoed as at the start.
     bool isAsAtStart() const
     {
         termios now{};
@@ -272,7 +272,7 @@ TEST(Display, PassesEveryByte)
     EXPECT_EQ(bytes, displayOf(bytes).out);
 }
 
-// The inserter
+// The insertion operator
 
 TEST(Inserter, WritesTheCharactersAndChains)
 {
@@ -306,7 +306,7 @@ TEST(Verbosity, IsOffByDefault)
     EXPECT_FALSE(verboseAtStart);
 }
 
-TEST(Verbosity, IsWhatWasSetLast)
+TEST(Verbosity, IsTheValueSetLast)
 {
     kd_lib::setVerbose(true);
     EXPECT_TRUE(kd_lib::isVerbose());
@@ -316,7 +316,7 @@ TEST(Verbosity, IsWhatWasSetLast)
     EXPECT_FALSE(kd_lib::isVerbose());
 }
 
-// more, with standard input no terminal
+// more, with standard input not a terminal
 
 TEST(MoreFromAFile, LineBeginningWithQOrNStops)
 {
@@ -384,7 +384,7 @@ TEST(MoreOnATerminal, QStops)
     expectAfterKeys("Q", stopsStatus);
 }
 
-TEST(MoreOnATerminal, OtherKeysAreNoAnswer)
+TEST(MoreOnATerminal, OtherKeysAreIgnored)
 {
     expectAfterKeys("xn7 ", goesOnStatus);
     expectAfterKeys("xn7q", stopsStatus);

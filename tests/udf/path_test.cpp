@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Sets HOME, or removes it, as long as it lives.
+/// Sets HOME, or removes it, while it exists.
 class ScopedHome {
 public:
     explicit ScopedHome(std::optional<std::string> home)

@@ -35,7 +35,7 @@ TEST(Tokenizer, EveryCharacterOfTheSetSeparates)
     EXPECT_EQ((Pieces{"10", "25", "40", "55"}), split("10|25:40;55", "|:;"));
 }
 
-TEST(Tokenizer, TheSetIsNoSeparatorOfSeveralCharacters)
+TEST(Tokenizer, TheSetIsNotASeparatorOfSeveralCharacters)
 {
     EXPECT_EQ((Pieces{"r1c1", "", "r1c2", "r1c3"}), split("r1c1, r1c2,r1c3", ", "));
 }

@@ -36,7 +36,7 @@ extern "C" int getpwuid_r(uid_t, passwd* entry, char*, size_t, passwd** found)
 
 namespace {
 
-TEST(UserDatabase, ItsDirectoryStandsForTheTilde)
+TEST(UserDatabase, ItsDirectoryReplacesTheTilde)
 {
     answer = Answer::Directory;
     EXPECT_EQ("/of/the/entry/file", expanded("~/file"));

@@ -1,4 +1,4 @@
-// Records of any stated length: the length is a bound, and memory is asked for as bytes come.
+// Records of any stated length: the length is an upper bound, and memory is allocated as bytes are read.
 #include "support/table_builder.h"
 
 #include <kd_lib/asciitable.h>
@@ -35,10 +35,10 @@ long growthBy(const std::function<void()>& work)
     return after.ru_maxrss - before.ru_maxrss;
 }
 
-/// Much less than the length; an address sanitizer keeps an eighth of it beside.
+/// Much less than the length; an address sanitizer needs an eighth of it more.
 constexpr long littleGrowth = 300 * 1024;
 
-/// What a stream does that reads one line with `limit` bytes of room.
+/// The state of a stream that reads one line with `limit` bytes of room.
 struct Expected {
     std::string text;
     std::ios::iostate state = std::ios::goodbit;
@@ -137,7 +137,7 @@ TEST(RecordReader, LinesOfAllLengthsAreReadAsByOneReadOfTheStream)
     }
 }
 
-TEST(RecordReader, LongLineIsNoExceptionOfAStreamThatThrows)
+TEST(RecordReader, LongLineDoesNotMakeAThrowingStreamThrow)
 {
     Opened<WholeRecord> file(lettersOf(150000) + "\nshort\n");
     file.table.RecordLength = 200000;

@@ -42,7 +42,7 @@ TEST(ScriptSplitter, TheStatementsDoNotDependOnTheBlocks)
     }
 }
 
-TEST(ScriptSplitter, WhatFollowsAStatementStaysInTheBlock)
+TEST(ScriptSplitter, TheTextAfterAStatementStaysInTheBlock)
 {
     kd_lib::detail::ScriptSplitter splitter;
     std::string_view block = "one; two; three";

@@ -39,7 +39,7 @@ TEST(StatementText, NumbersOfPostgresqlStay)
     EXPECT_EQ(3U, text.Names.size());
 }
 
-TEST(StatementText, WhatIsNoParameter)
+TEST(StatementText, TextThatIsNotAParameter)
 {
     for (const std::string sql : {"a::text", "x[1:n]", "':a' \":a\" /* :a /* :b */ :c */ -- :a", "$$ :a $$ $t$ :a $t$",
                                   "b ? c", "E'\\':a'", ": a", "x:=1", "a$1", "'unended :a", "/* unended :a"}) {

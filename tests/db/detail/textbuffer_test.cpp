@@ -15,7 +15,7 @@ TEST(TextBuffer, IsEmptyAtFirst)
     EXPECT_EQ(buffer.size(), 0U);
 }
 
-TEST(TextBuffer, GrowsAndKeepsWhatItHolds)
+TEST(TextBuffer, GrowsAndKeepsItsText)
 {
     TextBuffer buffer;
     std::string expected;
@@ -59,7 +59,7 @@ TEST(TextWriter, ItsPiecesFollowTheText)
     EXPECT_EQ(buffer.text(), "start 123,ABC");
 }
 
-TEST(TextWriter, WhatWasWrittenBeforeAnExceptionStays)
+TEST(TextWriter, TextWrittenBeforeAnExceptionStays)
 {
     TextBuffer buffer;
     try {

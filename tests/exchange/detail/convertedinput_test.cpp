@@ -13,7 +13,7 @@ using namespace kd_lib::exchange::detail;
 
 namespace {
 
-constexpr std::size_t room = 64;  // the least that may be asked for
+constexpr std::size_t room = 64;  // the smallest permitted count
 
 /// The whole text, taken in pieces as small as possible.
 std::string textOf(const std::string& bytes, const char* encoding)
@@ -64,7 +64,7 @@ TEST(ConvertedInput, LongTextsInSmallPieces)
     EXPECT_TRUE(textOf(bytes, "utf-16le") == expected);
 }
 
-TEST(ConvertedInput, WhatTheEncodingLacksIsMarked)
+TEST(ConvertedInput, BytesThatTheEncodingLacksAreMarked)
 {
     const std::string text = textOf(std::string("a\0\0\xDC"
                                                 "b\0\0\xD8",

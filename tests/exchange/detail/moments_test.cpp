@@ -36,7 +36,7 @@ TEST(Moments, DaysOfTheCalendar)
     }
 }
 
-TEST(Moments, WhatIsWrittenIsReadBack)
+TEST(Moments, WrittenTextsAreReadBack)
 {
     char text[timestampSize];
     const Timestamp moment = {{2024, 2, 29}, 86399999};

@@ -119,7 +119,7 @@ TEST(Values, AHugeExponentAllocatesNothing)
     EXPECT_LT(scratch.capacity(), 100U);
 }
 
-TEST(Values, WhatIsNoNumber)
+TEST(Values, TextsThatAreNotNumbers)
 {
     for (const char* text : {"1,5",
                              "1 2",

@@ -1,5 +1,5 @@
 /// \file
-/// What targets write, as texts.
+/// The output of targets as text.
 #pragma once
 
 #include <kd_lib/exchange/cell.h>

@@ -13,7 +13,7 @@
 
 namespace kd_test {
 
-/// A cell as a short text: the kind can be seen, so that nothing can be taken for something else.
+/// A cell as a short text that shows its kind, so that different cells never look the same.
 inline std::string shown(const kd_lib::exchange::Cell& cell)
 {
     using kd_lib::exchange::CellKind;
@@ -53,7 +53,7 @@ inline std::string shown(const kd_lib::exchange::Cell& cell)
     return "";
 }
 
-/// All that a source gives.
+/// Everything that a source returns.
 struct Reading {
     std::vector<std::vector<std::string>> Rows;  ///< the cells, shown
     std::vector<std::uint64_t> Numbers;          ///< of the records
@@ -73,7 +73,7 @@ struct Reading {
         return cells;
     }
 
-    /// Whether the first `Rows` hold nothing else.
+    /// Whether the first `Rows` contain nothing else.
     std::string only() const { return Rows.size() == 1 && Rows[0].size() == 1 ? Rows[0][0] : "not one cell"; }
 };
 
@@ -110,7 +110,7 @@ inline Reading readAll(kd_lib::exchange::Source& source)
     return reading;
 }
 
-/// Writes a file that may be there. The old one goes first: to cut it to no bytes would wait for the disk.
+/// Writes a file that may exist. Removes the old one first, because truncating it would wait for the disk.
 inline std::string rewrite(const ScopedDirectory& folder, const std::string& name, const std::string& bytes)
 {
     std::filesystem::remove(folder.file(name));

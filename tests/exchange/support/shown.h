@@ -79,7 +79,7 @@ inline std::string shown(const kd_lib::exchange::Record& record)
     return line;
 }
 
-/// The records that are left, a line each.
+/// The remaining records, one per line.
 inline std::string shownRecords(kd_lib::exchange::Source& source)
 {
     std::string all;

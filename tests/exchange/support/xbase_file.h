@@ -50,7 +50,7 @@ public:
         HeaderLength = isDBase2() ? 521 : HeaderLength;
     }
 
-    /// Adds a record: short values get blanks on the right, long ones are a fault of the test.
+    /// Adds a record: short values get blanks on the right, long ones are an error of the test.
     XbaseFile& record(const std::vector<std::string>& values, char mark = ' ')
     {
         Records += mark;

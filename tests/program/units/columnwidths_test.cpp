@@ -6,13 +6,13 @@ namespace kd_tool {
 
 using Widths = std::vector<std::size_t>;
 
-TEST(ColumnWidths, WithoutALimitEachColumnHasWhatItNeeds)
+TEST(ColumnWidths, WithoutALimitEachColumnHasTheWidthThatItNeeds)
 {
     EXPECT_EQ(columnWidths({{3, true}, {400, true}, {5, false}}, 0, 2), (Widths{3, 400, 5}));
     EXPECT_EQ(columnWidths({}, 0, 2), Widths{});
 }
 
-TEST(ColumnWidths, WhatFitsIsNotCut)
+TEST(ColumnWidths, TextThatFitsIsNotCut)
 {
     EXPECT_EQ(columnWidths({{10, true}, {8, false}}, 20, 2), (Widths{10, 8}));
 }

@@ -69,7 +69,7 @@ TEST(TableView, ATableWithoutRecordsHasItsHeading)
     EXPECT_EQ(printed(people, {}, {}), "NAME  SUM\n----  ---\n");
 }
 
-TEST(TableView, ValuesOfAnExpressionTellWhatItIs)
+TEST(TableView, ValuesOfAnExpressionDecideItsType)
 {
     EXPECT_EQ(printed(columns({{"count(*)", ColumnType::Text}, {"x", ColumnType::Text}}),
                       {{Cell::number("7"), Cell::null()}}, {}),
@@ -98,7 +98,7 @@ TEST(TableView, WideCharactersAreAligned)
               "u\xCC\x88       2\n");
 }
 
-TEST(TableView, ColumnsWithoutRoomAreLeftOutAndTold)
+TEST(TableView, ColumnsWithoutRoomAreLeftOutAndReported)
 {
     Collected sink;
     TableView view(sink, {10, false, ">"});
@@ -132,7 +132,7 @@ TEST(TableView, ColourMarksHeadingsAndNull)
               "\x1b[2mNULL\x1b[0m    1\n");
 }
 
-TEST(TableView, WhatCameBeforeAFailureIsShown)
+TEST(TableView, RecordsBeforeAFailureAreShown)
 {
     Collected sink;
     TableView view(sink, {});
