@@ -105,6 +105,27 @@ TEST(CodePage, PagesOfOneByteACharacter)
     EXPECT_FALSE(CodePage("utf-8").isSingleByte());
 }
 
+TEST(CodePage, EveryCharacterOfThePagesThatIconvLacks)
+{
+    std::string upper;
+    for (int byte = 0x80; byte <= 0xFF; ++byte) {
+        upper += static_cast<char>(byte);
+    }
+    const std::string fromB0 = "░▒▓│┤╡╢╖╕╣║╗╝╜╛┐└┴┬├─┼╞╟╚╔╩╦╠═╬╧"
+                               "╨╤╥╙╘╒╓╫╪┘┌█▄▌▐▀αßΓπΣσµτΦΘΩδ∞φε∩"
+                               "≡±≥≤⌠⌡÷≈°∙·√ⁿ²■\u00A0";
+    EXPECT_EQ(decoded("kamenicky", upper), "ČüéďäĎŤčěĚĹÍľĺÄÁÉžŽôöÓůÚýÖÜŠĽÝŘť"
+                                           "áíóúňŇŮÔšřŕŔ¼§«»" +
+                                               fromB0);
+    EXPECT_EQ(decoded("mazovia", upper), "ÇüéâäàąçêëèïîćÄĄĘęłôöĆûùŚÖÜ¢Ł¥śƒ"
+                                         "ŹŻóÓńŃźż¿⌐¬½¼¡«»" +
+                                             fromB0);
+    EXPECT_EQ(decoded("macgreek", upper), "Ä¹²É³ÖÜ΅àâä΄¨çéèêë£™îï•½‰ôö¦€ùûü"
+                                          "†ΓΔΘΛΞΠß®©ΣΪ§≠°·Α±≤≥¥ΒΕΖΗΙΚΜΦΫΨΩ"
+                                          "άΝ¬ΟΡ≈Τ«»…\u00A0ΥΧΆΈœ–―“”‘’÷ΉΊΌΎέήίόΏ"
+                                          "ύαβψδεφγηιξκλμνοπώρστθωςχυζϊϋΐΰ\u00AD");
+}
+
 TEST(CodePage, LettersAreNotJoinedWithTheirMarks)
 {
     // The converters of these pages hold a letter back and join it with the mark after it.

@@ -125,6 +125,17 @@ TEST_F(InspectTest, EveryByteOfOtherKinds)
     }
 }
 
+TEST_F(InspectTest, EveryByteOfADBase2Table)
+{
+    XbaseFile file(0x02, {{"A", 'C', 5}});
+    file.record({"x"});
+    EXPECT_EQ(lines("two.dbf", file.bytes()),
+              (Texts{"0+1 version: dBase II (version byte 02)", "1+2 record count: 1", "3+3 last change: 2024-02-29",
+                     "6+2 record length: 6", "8+16 column 1: A: type C, 5 bytes at byte 1 of the record, text",
+                     "24+1 end of the columns: ", "25+496 unused: ", "0+0 code page: CP1252: the file names none",
+                     "521+1 record 1: ", "522+5   A: \"x\"", "527+1 end of the records: "}));
+}
+
 TEST_F(InspectTest, DamagedCells)
 {
     XbaseFile file = sample();
@@ -169,6 +180,7 @@ TEST_F(InspectTest, DamagedRecords)
     const std::string bytes = sample().bytes();
     lines("cut.dbf", bytes.substr(0, bytes.size() - 4));
     EXPECT_EQ(damaged(), (Texts{"!110+10 record 2: the file ends within the record"}));
+    EXPECT_EQ(Lines.back(), damaged().back()) << "the cut record is no rest of the file";
     file = sample();
     file.End = "\x1Ajunk";
     lines("t.dbf", file.bytes());

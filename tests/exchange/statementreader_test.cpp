@@ -151,6 +151,18 @@ TEST(StatementReader, OnlyCreateTriggerMakesATrigger)
     }
 }
 
+TEST(StatementReader, EachCharacterOfAWordBelongsToIt)
+{
+    for (const char c : std::string("azAZ09_$\x80\xFF")) {
+        const std::string start = std::string("CREATE TRIGGER") + c + " a;";
+        EXPECT_EQ(cut(start + " b; END;"), (Cuts{{start, 1}, {"b;", 1}, {"END;", 1}})) << c;
+    }
+    for (const char c : std::string(":@^{~\x7F")) {
+        const std::string trigger = std::string("CREATE TRIGGER") + c + " a; b; END;";
+        EXPECT_EQ(cut(trigger), (Cuts{{trigger, 1}})) << c;
+    }
+}
+
 TEST(StatementReader, TriggerThatNeverEndsIsTheRest)
 {
     EXPECT_EQ(cut("CREATE TRIGGER t BEGIN x; END"), (Cuts{{"CREATE TRIGGER t BEGIN x; END", 1}}));

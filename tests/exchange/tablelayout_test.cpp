@@ -226,6 +226,7 @@ TEST(TableLayoutTable, IsNamedAfterTheFile)
     EXPECT_EQ(tableOf(sqlite, "people"), "people");
     EXPECT_EQ(tableOf(sqlite, "old.d/.dbf"), ".dbf");
     EXPECT_EQ(tableOf(sqlite, "-"), "stdin");
+    EXPECT_EQ(tableOf(mySql, "a/ .dbf"), "table_1") << "nothing is left of the name";
     EXPECT_EQ(tableOf(sqlite, "People.DBF", {}, NameCase::Keep), "People");
     EXPECT_EQ(tableOf(sqlite, "People.DBF", "Taken.As Written"), "Taken.As Written");
 }
