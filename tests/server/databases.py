@@ -1,4 +1,4 @@
-"""The three databases as a hazard test sees them: run a script as its users do, list tables and columns, read values."""
+"""The three databases for a hazard test: run a script as its users do, list tables and columns, read values."""
 import json
 import os
 import pathlib
@@ -42,7 +42,8 @@ class Sqlite:
             connection.close()
 
     def tables(self):
-        return [name for name, in self._all("SELECT name FROM sqlite_schema WHERE type = 'table' AND name <> 'sqlite_sequence'")]
+        return [name for name, in self._all("SELECT name FROM sqlite_schema WHERE type = 'table' "
+                                           "AND name <> 'sqlite_sequence'")]
 
     def columns(self, table):
         return [row[1] for row in self._all(f'PRAGMA table_info({_quoted(table, chr(34))})')]
@@ -109,8 +110,10 @@ class PostgreSQL(_OnServer):
         return [row[0] for row in self._execute("SELECT tablename FROM pg_tables WHERE schemaname = 'public'")]
 
     def _types(self, table):
-        found = self._execute("SELECT coalesce(json_agg(json_build_array(column_name, data_type) ORDER BY ordinal_position), '[]') "
-                              f"FROM information_schema.columns WHERE table_schema = 'public' AND table_name = {_quoted(table, chr(39))}")
+        found = self._execute("SELECT coalesce(json_agg(json_build_array(column_name, data_type) "
+                              "ORDER BY ordinal_position), '[]') "
+                              "FROM information_schema.columns WHERE table_schema = 'public' "
+                              f"AND table_name = {_quoted(table, chr(39))}")
         return json.loads(found[0][0])
 
     def _marked(self, name, kind):
@@ -126,7 +129,8 @@ class MySQL(_OnServer):
 
     def run_script(self, script):
         words = [word for word in self.server.client(self.database) if not word.startswith('--default-character-set')]
-        return _client([*words, '--default-character-set=latin1', "--init-command=SET sql_mode='NO_BACKSLASH_ESCAPES,ANSI_QUOTES'"],
+        return _client([*words, '--default-character-set=latin1',
+                        "--init-command=SET sql_mode='NO_BACKSLASH_ESCAPES,ANSI_QUOTES'"],
                        script, self.server._environment())
 
     def tables(self):

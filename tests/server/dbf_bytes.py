@@ -29,7 +29,8 @@ def table(columns, records, version=3, language=0, marks='', count=None, end=b'\
     visual = version in (0x30, 0x31, 0x32)
     header = 32 + 32 * len(columns) + 1 + (263 if visual else 0)
     length = 1 + sum(column['length'] for column in columns)
-    out = bytearray(struct.pack('<4BIHH20x', version, 124, 3, 5, len(records) if count is None else count, header, length))
+    out = bytearray(struct.pack('<4BIHH20x', version, 124, 3, 5, len(records) if count is None else count, header,
+                                length))
     out[28], out[29] = flags, language
     out += b''.join(descriptor(column) for column in columns) + b'\r' + (bytes(263) if visual else b'')
     for number, values in enumerate(records):

@@ -21,8 +21,8 @@ class Clock(str):
 class Hazard:
     """A file, and what each database holds once it is carried there.
 
-    `rows`: the values expected; for a target that differs, `rows_TARGET`. `rejects`: how many cells and records are told
-    of, `rejects_TARGET` likewise. `status`: of the program; by default 3 with rejects and 0 without.
+    `rows`: the values expected; for a target that differs, `rows_TARGET`. `rejects`: how many cells and records are
+    reported, `rejects_TARGET` likewise. `status`: of the program; by default 3 with rejects and 0 without.
     `columns`: the names expected, where they matter. `fails`: targets that take nothing, with status 1.
     """
 

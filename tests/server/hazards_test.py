@@ -57,7 +57,8 @@ class Trial:
         return self.hazard.of(what, self.database.NAME)
 
     def program(self, *words, status=None):
-        done = subprocess.run([os.environ['KD_DB'], *words], stdin=subprocess.DEVNULL, capture_output=True, check=False, timeout=300)
+        done = subprocess.run([os.environ['KD_DB'], *words], stdin=subprocess.DEVNULL, capture_output=True, check=False,
+                              timeout=300)
         says = done.stderr.decode(errors='replace')
         expected = self.hazard.expected_status(self.database.NAME) if status is None else status
         if self.of('rejects') is not None or done.returncode not in (0, 3):
@@ -98,7 +99,8 @@ class Trial:
         if '--on-error' in words:
             return None
         left_out = ('--names', '--table')
-        return [word for i, word in enumerate(words) if word not in left_out and (i == 0 or words[i - 1] not in left_out)]
+        return [word for i, word in enumerate(words)
+                if word not in left_out and (i == 0 or words[i - 1] not in left_out)]
 
     def check_rejects(self, says):
         expected = self.of('rejects')
@@ -183,18 +185,25 @@ def outcome(hazard, target):
     return ' '.join(pieces) or 'whole'
 
 
+INTRODUCTION = """# Hazards of real data
+
+{} things that old tables hold and that other converters trip over, each with what the three databases
+must hold afterwards. `tests/server/hazards_test.py` makes each file, carries it into SQLite, PostgreSQL and MariaDB,
+by `kd_db convert` and the database's own client as well as by `kd_db load`, and compares every value. This page is
+made by `hazards_test.py document`, and a test compares the two.
+
+"N reported" means that N cells or records are reported on standard error and in `--rejects`, with status 3.
+"""
+
+
 def document():
-    lines = ['# Hazards of real data', '',
-             f'{len(HAZARDS)} things that old tables hold and that other converters trip over, each with what the three databases',
-             'must hold afterwards. `tests/server/hazards_test.py` makes each file, carries it into SQLite, PostgreSQL and MariaDB,',
-             'by `kd_db convert` and the database\'s own client as well as by `kd_db load`, and compares every value. This page is',
-             'made by `hazards_test.py document`, and a test compares the two.', '',
-             '"N reported" means that N cells or records are reported on standard error and in `--rejects`, with status 3.']
+    lines = INTRODUCTION.format(len(HAZARDS)).splitlines()
     group = None
     for hazard in HAZARDS:
         if hazard.group != group:
             group = hazard.group
-            lines += ['', f'## {group[0].upper()}{group[1:]}', '', '| hazard | SQLite | PostgreSQL | MariaDB |', '|---|---|---|---|']
+            lines += ['', f'## {group[0].upper()}{group[1:]}', '', '| hazard | SQLite | PostgreSQL | MariaDB |',
+                      '|---|---|---|---|']
         outcomes = [outcome(hazard, target) for target in TARGETS]
         same = outcomes[0] == outcomes[1] == outcomes[2]
         cells = [outcomes[0], 'the same', 'the same'] if same else outcomes

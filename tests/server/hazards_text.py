@@ -7,7 +7,8 @@ def text(title, raw, expected, width=None, **more):
     """One C column with one value."""
     raw = raw if isinstance(raw, bytes) else raw.encode('ascii')
     language = more.pop('language', 3)
-    files = {'.dbf': table([field('T', 'C', width or max(len(raw), 1))], [[raw]], language=language), **more.pop('beside', {})}
+    files = {'.dbf': table([field('T', 'C', width or max(len(raw), 1))], [[raw]], language=language),
+             **more.pop('beside', {})}
     return Hazard(more.pop('group', 'texts'), title, files, [(expected,)], **more)
 
 
@@ -55,17 +56,22 @@ TEXTS = [
     text('DEL and the end mark 1A', b'\x7f\x1ax', '\x7f\x1ax'),
     text('a width of 254, all two-byte letters', b'\xe9' * 254, '\u00e9' * 254),
     text('a width of 1', 'x', 'x'),
-    Hazard('texts', 'C wider than 255', {'.dbf': table([field('T', 'C', 300)], [['x' * 299 + 'y']])}, [('x' * 299 + 'y',)]),
-    Hazard('texts', 'C of 8 with two decimals', {'.dbf': table([field('T', 'C', 8, 2)], [['12345678']])}, [('12345678',)]),
-    Hazard('texts', 'C flagged binary is bytes', {'.dbf': table([field('T', 'C', 4, 0, 4)], [[b'\xff\0a ']], version=0x30)},
+    Hazard('texts', 'C wider than 255', {'.dbf': table([field('T', 'C', 300)], [['x' * 299 + 'y']])},
+           [('x' * 299 + 'y',)]),
+    Hazard('texts', 'C of 8 with two decimals', {'.dbf': table([field('T', 'C', 8, 2)], [['12345678']])},
+           [('12345678',)]),
+    Hazard('texts', 'C flagged binary is bytes',
+           {'.dbf': table([field('T', 'C', 4, 0, 4)], [[b'\xff\0a ']], version=0x30)},
            [(Bytes(b'\xff\0a '),)]),
 ]
 
 CODE_PAGES = [
     page('1252, the euro sign', 3, b'\x80 5,00', '\u20ac 5,00'),
     page('1252, a byte that it lacks', 3, b'a\x81b', 'a\ufffdb', rejects=1),
-    page('1252, a byte that it lacks, escaped', 3, b'a\x81b', 'a\\x81b', rejects=1, options=['--encoding-errors', 'escape']),
-    text('code page 1252, a field full of bytes that it lacks, escaped', b'\x81' * 30, '\\x81' * 30, rejects=1, group='code pages',
+    page('1252, a byte that it lacks, escaped', 3, b'a\x81b', 'a\\x81b', rejects=1,
+         options=['--encoding-errors', 'escape']),
+    text('code page 1252, a field full of bytes that it lacks, escaped', b'\x81' * 30, '\\x81' * 30, rejects=1,
+         group='code pages',
          options=['--encoding-errors', 'escape']),
     page('1252, a byte that it lacks, strict', 3, b'a\x81b', None, rejects=1, options=['--encoding-errors', 'strict']),
     page('1252 by default', 0, b'Stra\xdfe', 'Stra\u00dfe', says='CP1252'),
@@ -92,7 +98,8 @@ CODE_PAGES = [
     page('950, a backslash as second byte', 0x78, b'\xb3\x5c', '\u8a31'),
     page('949', 0x79, b'\xb0\xa1', '\uac00'),
     page('932, an apostrophe after a double-byte character', 0x7b, b"\x83\x5c'x", "\u30bd'x"),
-    text('a double-byte character cut by the end of the field', b'ab\x95', 'ab\ufffd', language=0x7b, rejects=1, group='code pages'),
+    text('a double-byte character cut by the end of the field', b'ab\x95', 'ab\ufffd', language=0x7b, rejects=1,
+         group='code pages'),
     page('Kamenicky', 0x68, b'\x87\xa9\xa8', '\u010d\u0159\u0161'),
     page('Mazovia', 0x69, b'\x86\x92', '\u0105\u0142'),
     page('UTF-8 by its language byte', 0xf0, '\u017elu\u0165'.encode(), '\u017elu\u0165'),
@@ -122,24 +129,29 @@ MEMOS = [
     memo('dBase IV, block size 1024', 0x8b, memo4(b'First memo', block=1024), '         1', 'First memo'),
     memo('dBase IV, block size 0 is 512', 0x8b, memo4(b'First memo', stated=0), '         1', 'First memo'),
     memo('dBase IV, length 0 is the empty text', 0x8b, memo4(b''), '         1', ''),
-    memo('dBase IV, a length past the end', 0x8b, memo4(b'x')[:516] + b'\xff\xff\0\0' + b'x' * 20, '         1', None, rejects=1),
+    memo('dBase IV, a length past the end', 0x8b, memo4(b'x')[:516] + b'\xff\xff\0\0' + b'x' * 20, '         1', None,
+         rejects=1),
     memo('FoxPro', 0xf5, fpt(b'fox text'), '         8', 'fox text', '.fpt'),
     memo('FoxPro, block size 512', 0xf5, fpt(b'fox text', block=512), '         1', 'fox text', '.fpt'),
     memo('FoxPro, length 0 is the empty text', 0xf5, fpt(b''), '         8', '', '.fpt'),
     memo('FoxPro, a pointer into the header', 0xf5, fpt(b'fox'), '         1', None, '.fpt', rejects=1),
     memo('FoxPro, extension in capitals', 0xf5, fpt(b'fox text'), '         8', 'fox text', '.FPT'),
     memo('Visual FoxPro, a binary pointer', 0x30, fpt(b'vfp text'), integer(8), 'vfp text', '.fpt'),
-    memo('Visual FoxPro, block 32 is not a blank', 0x30, fpt(*[b'x' * 40] * 24, b'block 32'), integer(32), 'block 32', '.fpt'),
+    memo('Visual FoxPro, block 32 is not a blank', 0x30, fpt(*[b'x' * 40] * 24, b'block 32'), integer(32), 'block 32',
+         '.fpt'),
     memo('Visual FoxPro, no memo', 0x30, fpt(b'vfp'), integer(0), None, '.fpt'),
     memo('Visual FoxPro, flagged binary', 0x30, fpt(b'\xff\0'), integer(8), Bytes(b'\xff\0'), '.fpt', flags=4),
     memo('Visual FoxPro, a blob', 0x32, fpt(b'\x89PNG\0', kind=0), integer(8), Bytes(b'\x89PNG\0'), '.fpt', kind='W'),
     memo('an object', 0x30, fpt(b'ole\0', kind=2), integer(8), Bytes(b'ole\0'), '.fpt', kind='G'),
-    memo('a zero byte in a memo', 0x30, fpt(b'a\0b'), integer(8), 'a\0b', '.fpt', rows_postgresql=[(1, None)], rejects_postgresql=1),
+    memo('a zero byte in a memo', 0x30, fpt(b'a\0b'), integer(8), 'a\0b', '.fpt', rows_postgresql=[(1, None)],
+         rejects_postgresql=1),
     memo('a memo of a million bytes', 0x30, fpt(b"it's\\" * 200000), integer(8), "it's\\" * 200000, '.fpt'),
-    memo('a memo of thousands of lines', 0x30, fpt(b"it's a line\r\n" * 3000), integer(8), "it's a line\r\n" * 3000, '.fpt'),
+    memo('a memo of thousands of lines', 0x30, fpt(b"it's a line\r\n" * 3000), integer(8), "it's a line\r\n" * 3000,
+         '.fpt'),
     memo('the memo file is missing', 0x83, None, '         1', None, status=3, rejects=None),
     memo('the memo file is missing, no pointer set', 0x83, None, '          ', None, status=0),
-    Hazard('memos', 'without memo columns', {'.dbf': table([field('ID', 'N', 3), field('NOTE', 'M', 10)], [['1', '1']], version=0x83)},
+    Hazard('memos', 'without memo columns',
+           {'.dbf': table([field('ID', 'N', 3), field('NOTE', 'M', 10)], [['1', '1']], version=0x83)},
            [(1,)], options=['--no-memo'], columns=['id']),
 ]
 

@@ -11,7 +11,8 @@ NO_NUMBER = {'rejects': 1}
 
 def number(title, raw, expected, width=8, decimals=2, kind='N', **more):
     raw = raw if isinstance(raw, bytes) else raw.encode('ascii')
-    return Hazard('numbers', title, {'.dbf': table([field('N', kind, width, decimals)], [[raw]])}, [(expected,)], **more)
+    return Hazard('numbers', title, {'.dbf': table([field('N', kind, width, decimals)], [[raw]])}, [(expected,)],
+                  **more)
 
 
 def whole(title, raw, expected, width, **more):
@@ -73,7 +74,8 @@ NUMBERS = [
     whole('width 20, in 64 bits', '-9223372036854775808', -9223372036854775808, 20),
     whole('decimals in a column without', '1.5', None, 9, rejects=1, rows_sqlite=None, rejects_sqlite=None),
     whole('whole decimals in a column without', '15.0', 15, 9, rejects=None),
-    whole('an exponent beyond 32 bits in width 9', '1E12', None, 9, rejects=1, rows_sqlite=[(10 ** 12,)], rejects_sqlite=0),
+    whole('an exponent beyond 32 bits in width 9', '1E12', None, 9, rejects=1, rows_sqlite=[(10 ** 12,)],
+          rejects_sqlite=0),
     number('a wide decimal that is not a double', '123456789012345.6789', Decimal('123456789012345.6789'), 20, 4),
     number('a wide decimal that is a double', '4503599627370496.5', Decimal('4503599627370496.5'), 20, 4),
     number('nineteen digits and a point', '99999999999999.99999', Decimal('99999999999999.99999'), 20, 5),
@@ -85,9 +87,11 @@ NUMBERS = [
     number('one third to nineteen places', '0.33333333333333333', Decimal('0.33333333333333333'), 19, 17),
 ]
 
-LOGICALS = [one('logicals', f'{raw!r} is {expected}', 'L', 1, raw, expected, rejects=rejects) for raw, expected, rejects in [
+LOGICALS = [one('logicals', f'{raw!r} is {expected}', 'L', 1, raw, expected, rejects=rejects) for raw, expected,
+            rejects in [
     (b'T', True, 0), (b't', True, 0), (b'Y', True, 0), (b'y', True, 0), (b'F', False, 0), (b'f', False, 0),
-    (b'N', False, 0), (b'n', False, 0), (b'?', None, 0), (b' ', None, 0), (b'\0', None, 0), (b'1', None, 1), (b'J', None, 1)]]
+    (b'N', False, 0), (b'n', False, 0), (b'?', None, 0), (b' ', None, 0), (b'\0', None, 0), (b'1', None, 1),
+    (b'J', None, 1)]]
 
 DATES = [
     one('dates', 'a leap day', 'D', 8, '20240229', datetime.date(2024, 2, 29)),
@@ -122,7 +126,8 @@ BINARY = [
     visual('Y, the largest', 'Y', 8, currency(2 ** 63 - 1), Decimal('922337203685477.5807')),
     visual('Y, the smallest', 'Y', 8, currency(-2 ** 63), Decimal('-922337203685477.5808')),
     visual('T to the millisecond', 'T', 8, moment(2024, 3, 5, 47655678), Moment('2024-03-05 13:14:15.678')),
-    visual('T, a millisecond before midnight', 'T', 8, moment(9999, 12, 31, 86399999), Moment('9999-12-31 23:59:59.999')),
+    visual('T, a millisecond before midnight', 'T', 8, moment(9999, 12, 31, 86399999),
+           Moment('9999-12-31 23:59:59.999')),
     visual('T, the first day', 'T', 8, moment(1, 1, 1, 0), Moment('0001-01-01 00:00:00.000')),
     visual('T, all zero bytes', 'T', 8, bytes(8), None),
     visual('T, blank', 'T', 8, b' ' * 8, None),
@@ -157,9 +162,12 @@ SEVEN = [
     seven('@ to the millisecond', '@', 8, moment7(2024, 2, 29, 86399999), Moment('2024-02-29 23:59:59.999')),
     seven('@, all zero bytes', '@', 8, bytes(8), None),
     Hazard('dBase 7', 'the driver name tells the code page', {'.dbf': table7([field('T', 'C', 6)], [[b'\x8c\xae\xe1']],
-                                                                             driver=b'DB866RU0')}, [('\u041c\u043e\u0441',)]),
-    Hazard('dBase 7', 'a driver of Windows', {'.dbf': table7([field('T', 'C', 6)], [[b'\x80']], driver=b'DBWINUS0')}, [('\u20ac',)]),
-    Hazard('dBase 7', 'dBase II', {'.dbf': table2([field('ZIP:CODE', 'C', 5), field('QTY', 'N', 4)], [['01234', '17']])},
+                                                                             driver=b'DB866RU0')},
+                                                                             [('\u041c\u043e\u0441',)]),
+    Hazard('dBase 7', 'a driver of Windows', {'.dbf': table7([field('T', 'C', 6)], [[b'\x80']], driver=b'DBWINUS0')},
+           [('\u20ac',)]),
+    Hazard('dBase 7', 'dBase II', {'.dbf': table2([field('ZIP:CODE', 'C', 5), field('QTY', 'N', 4)],
+                                                  [['01234', '17']])},
            [('01234', 17)], columns=['zip:code', 'qty']),
 ]
 

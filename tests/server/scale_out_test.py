@@ -44,8 +44,8 @@ class ScaleOut(unittest.TestCase):
         return result
 
     def check_a_death_in_commit(self):
-        """The shard that dies keeps nothing, the other one all or nothing; the load fails, `verify` shows what is there,
-        and with the rows deleted the load is right."""
+        """The shard that dies keeps nothing, the other one all of its part or nothing. The load fails, `verify` shows
+        what is there, and when the rows are deleted the load is right."""
         kept = []
         for dying, other in (self.shards, self.shards[::-1]):
             result = self.fail_in_commit(dying)
@@ -120,7 +120,8 @@ class PostgreSQLPartitionsTest(ScaleOut):
         return shard.execute("SELECT count(*) FROM pg_locks WHERE locktype = 'advisory' AND NOT granted")[0][0] != '0'
 
     def constrain_at_commit(self, shard, check):
-        shard.execute(f'CREATE FUNCTION late() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN {check}; RETURN NULL; END $$;'
+        shard.execute('CREATE FUNCTION late() RETURNS trigger LANGUAGE plpgsql AS '
+                      f'$$ BEGIN {check}; RETURN NULL; END $$;'
                       'CREATE CONSTRAINT TRIGGER late AFTER INSERT ON people DEFERRABLE INITIALLY DEFERRED '
                       'FOR EACH ROW WHEN (NEW.n > 3990) EXECUTE FUNCTION late()', 'shop')
 

@@ -1,5 +1,5 @@
-"""Scripts through the databases' own clients: into a table that is there or not, and through clients that go on after an
-error or have settings of their own."""
+"""Scripts through the databases' own clients: into a table that exists or not, and through clients that go on after an
+error or have other settings."""
 import os
 import pathlib
 import sqlite3
@@ -48,7 +48,8 @@ class Scripts:
         file = pathlib.Path(self.folder.name) / 'people.csv'
         file.write_bytes(data)
         script = pathlib.Path(self.folder.name) / 'script.sql'
-        done = subprocess.run([os.environ['KD_DB'], 'convert', str(file), '--to', self.TARGET, '-o', str(script), *self.OPTIONS,
+        done = subprocess.run([os.environ['KD_DB'], 'convert', str(file), '--to', self.TARGET, '-o', str(script),
+                               *self.OPTIONS,
                                *words], stdin=subprocess.DEVNULL, capture_output=True, check=False, timeout=300)
         self.assertEqual(done.returncode, 0, done.stderr)
         return script
@@ -57,8 +58,8 @@ class Scripts:
         return self.MARK + name.replace(self.MARK, self.MARK * 2) + self.MARK
 
     def rows(self, table='people'):
-        return sorted((tuple(None if value is None else str(value) for value in row) for row in self.database.rows(table)),
-                      key=repr)
+        return sorted((tuple(None if value is None else str(value) for value in row)
+                       for row in self.database.rows(table)), key=repr)
 
     def test_makes_the_table(self):
         self.assertEqual(self.run_script(self.convert())[0], 0)
@@ -117,7 +118,8 @@ class Scripts:
         self.sql("CREATE TABLE victim (a int)")
         self.sql("CREATE TABLE people (id int, name varchar(30))")
         touched = pathlib.Path(self.folder.name) / 'touched'
-        lines = ['ROLLBACK;', 'COMMIT;', 'DROP TABLE victim;', f'\\! touch {touched}', f'.shell touch {touched}', '\\.', '.exit',
+        lines = ['ROLLBACK;', 'COMMIT;', 'DROP TABLE victim;', f'\\! touch {touched}', f'.shell touch {touched}', '\\.',
+                 '.exit',
                  "');DROP TABLE victim;--", '\\q', 'delimiter //', f'system touch {touched}', 'source x', '/* ', '-- ']
         data = 'id,name\n' + ''.join(f'"{line}\n{line}","x\r\n{line}\r\n"\n' for line in lines)
         for go_on in (False, True):

@@ -280,10 +280,12 @@ class OnServer:
                              [['\u00e4 fits'], ['\u00f6 too']])
             self.file.write_bytes(dbf([(3, b'ok'), (4, b'\xa0\xa1 not')]))
             self.assert_fails(self.load('--append', '--encoding', '866', uri=uri), 'record 2')
-            self.assertEqual(self.server.execute('SELECT count(*) FROM people', uri.split('?')[0].split('/')[-1]), [['2']])
+            self.assertEqual(self.server.execute('SELECT count(*) FROM people', uri.split('?')[0].split('/')[-1]),
+                             [['2']])
 
     def test_settings_that_get_in_the_way(self):
-        awkward = [(1, b'back\\slash \\n \\'), (2, b"quo'te \"double\""), (3, b'tab\there'), (4, b'\\N'), (5, b'$1 :a ? %s')]
+        awkward = [(1, b'back\\slash \\n \\'), (2, b"quo'te \"double\""), (3, b'tab\there'), (4, b'\\N'),
+                   (5, b'$1 :a ? %s')]
         self.file.write_bytes(dbf(awkward))
         with self.awkward_settings() as uri:
             result = self.load(uri=uri)
@@ -317,7 +319,8 @@ class OnServer:
 
     def test_a_failing_script_is_named_by_statement_and_line(self):
         script = self.folder / 'script.sql'
-        script.write_text("INSERT INTO kept VALUES (1);\n\nINSERT INTO kept\nVALUES ('x;y');\nINSERT INTO missing VALUES (1);\n")
+        script.write_text("INSERT INTO kept VALUES (1);\n\nINSERT INTO kept\nVALUES ('x;y');\n"
+                          "INSERT INTO missing VALUES (1);\n")
         self.execute('CREATE TABLE kept (t varchar(9))')
         self.assert_fails(kd_db('import', script, '--into', self.uri), 'statement 3, line 5', 'missing')
         self.assertEqual(self.count('kept'), 0)
@@ -410,7 +413,8 @@ class PostgreSQLTest(OnServer, unittest.TestCase):
 
     def test_an_import_is_all_or_nothing(self):
         script = self.folder / 'script.sql'
-        script.write_text("BEGIN;\nCREATE TABLE people (n int, t text);\nCOPY people (n, t) FROM stdin;\n1\ta\n2\tb;\n\\.\n"
+        script.write_text("BEGIN;\nCREATE TABLE people (n int, t text);\n"
+                          "COPY people (n, t) FROM stdin;\n1\ta\n2\tb;\n\\.\n"
                           "COMMIT;\nCREATE FUNCTION f() RETURNS int LANGUAGE sql AS $x$ SELECT 1; $x$;\n"
                           "CREATE FUNCTION g() RETURNS int BEGIN ATOMIC SELECT 1; SELECT 2; END;\n"
                           "INSERT INTO people VALUES (3, E'it\\'s;'), (4, 'x' || (SELECT ';'));\n")
@@ -491,8 +495,8 @@ class MariaDBTest(OnServer, unittest.TestCase):
 
     def check_leftover(self, table):
         self.assertTrue(table.startswith('people_kd_db_'))
-        self.assertEqual(self.execute('SELECT table_comment FROM information_schema.tables WHERE table_schema = database()'),
-                         [['kd_db: unfinished load']])
+        self.assertEqual(self.execute('SELECT table_comment FROM information_schema.tables '
+                                      'WHERE table_schema = database()'), [['kd_db: unfinished load']])
 
     @contextlib.contextmanager
     def impatient(self):
@@ -541,7 +545,8 @@ class MariaDBTest(OnServer, unittest.TestCase):
             self.file.write_bytes(dbf(numbered(150000)))
             self.assertEqual(self.load().code, 0)
             self.assertEqual(kd_db('verify', self.file, self.uri).code, 0)
-            self.execute('CREATE TABLE keyed (n int PRIMARY KEY, t varchar(20)); INSERT INTO keyed VALUES (123456, \'k\')')
+            self.execute('CREATE TABLE keyed (n int PRIMARY KEY, t varchar(20));'
+                         " INSERT INTO keyed VALUES (123456, 'k')")
             self.assert_fails(self.load('--table', 'keyed', '--append'), 'record 123456', '123456')
             self.assertEqual(self.count('keyed'), 1)
 
@@ -569,9 +574,11 @@ class MariaDBTest(OnServer, unittest.TestCase):
 
     def test_a_script_with_delimiters_and_comments(self):
         script = self.folder / 'script.sql'
-        script.write_text("/*!40101 SET NAMES utf8mb4 */;\n# a; comment\n-- another; one\nCREATE TABLE people (n int, t text);\n"
-                          "DELIMITER //\nCREATE TRIGGER g BEFORE INSERT ON people FOR EACH ROW BEGIN SET NEW.n = NEW.n + 1; "
-                          "SET NEW.n = NEW.n * 2; END //\nDELIMITER ;\nINSERT INTO people VALUES (1, 'it\\'s; #1'), (2, \"a;\");")
+        script.write_text("/*!40101 SET NAMES utf8mb4 */;\n# a; comment\n-- another; one\n"
+                          "CREATE TABLE people (n int, t text);\nDELIMITER //\n"
+                          "CREATE TRIGGER g BEFORE INSERT ON people FOR EACH ROW BEGIN SET NEW.n = NEW.n + 1; "
+                          "SET NEW.n = NEW.n * 2; END //\nDELIMITER ;\n"
+                          "INSERT INTO people VALUES (1, 'it\\'s; #1'), (2, \"a;\");")
         result = kd_db('import', script, '--into', self.uri)
         self.assertEqual(result.code, 0, result.err)
         self.assertEqual(self.execute('SELECT n, t FROM people ORDER BY n'), [['4', "it's; #1"], ['6', 'a;']])
@@ -579,7 +586,8 @@ class MariaDBTest(OnServer, unittest.TestCase):
     def test_an_import_rolls_back_as_far_as_possible(self):
         self.execute('CREATE TABLE kept (n int)')
         script = self.folder / 'script.sql'
-        script.write_text('INSERT INTO kept VALUES (1);\nCREATE TABLE people (n int);\nINSERT INTO kept VALUES (2);\nbroken;\n')
+        script.write_text('INSERT INTO kept VALUES (1);\nCREATE TABLE people (n int);\nINSERT INTO kept VALUES (2);\n'
+                          'broken;\n')
         self.assert_fails(kd_db('import', script, '--into', self.uri), 'statement 4, line 4')
         self.assertEqual(self.tables(), ['kept', 'people'])
         self.assertEqual(self.execute('SELECT n FROM kept'), [['1']])

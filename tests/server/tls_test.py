@@ -1,4 +1,4 @@
-"""TLS as a URI asks for it: accepted with the right authority, refused with another one and where the server has none."""
+"""TLS as a URI asks for it: accepted with the right authority, refused with another one or if the server has none."""
 import os
 import pathlib
 import subprocess
