@@ -69,6 +69,15 @@ TEST_F(ImportScript, MakesADatabase)
     EXPECT_EQ(entries(), (Values{"new.db", "old.db", "s.sql"}));
 }
 
+TEST_F(ImportScript, ANewDatabaseIsNotBroughtToTheDiskBitByBit)
+{
+    const std::string ask = "CREATE TABLE s AS SELECT * FROM pragma_locking_mode, pragma_synchronous";
+    importScript(script(ask), New);
+    EXPECT_EQ(Opened(New).values("SELECT locking_mode || synchronous FROM s"), Values{"exclusive0"});
+    importScript(script(ask), Old);
+    EXPECT_EQ(Opened(Old).values("SELECT locking_mode || synchronous FROM s"), Values{"normal2"});
+}
+
 TEST_F(ImportScript, ChangesAnExistingDatabase)
 {
     importScript(script("INSERT INTO t VALUES ('after')"), Old);

@@ -1,3 +1,4 @@
+#include "support/shown.h"
 #include "support/xbase_file.h"
 
 #include "support/scoped_directory.h"
@@ -132,8 +133,9 @@ TEST_F(InspectTest, EveryByteOfADBase2Table)
     EXPECT_EQ(lines("two.dbf", file.bytes()),
               (Texts{"0+1 version: dBase II (version byte 02)", "1+2 record count: 1", "3+3 last change: 2024-02-29",
                      "6+2 record length: 6", "8+16 column 1: A: type C, 5 bytes at byte 1 of the record, text",
-                     "24+1 end of the columns: ", "25+496 unused: ", "0+0 code page: CP1252: the file names none",
-                     "521+1 record 1: ", "522+5   A: \"x\"", "527+1 end of the records: "}));
+                     "24+1 end of the columns: ", "25+496 after the columns: not read",
+                     "0+0 code page: CP1252: the file names none", "521+1 record 1: ", "522+5   A: \"x\"",
+                     "527+1 end of the records: "}));
 }
 
 TEST_F(InspectTest, DamagedCells)
@@ -314,7 +316,8 @@ TEST_F(InspectTest, StopsWhenAsked)
 TEST_F(InspectTest, OtherFilesAreRefused)
 {
     const auto nothing = [](const InspectedBytes&) {};
-    EXPECT_THROW(inspect(Folder.write("a.csv", "x"), nothing), Error);
+    EXPECT_EQ(kd_test::errorOf([&] { inspect(Folder.write("a.csv", "x"), nothing); }),
+              Folder.file("a.csv") + ": not a .dbf, .dbt, .fpt or .mem file by its name");
     EXPECT_THROW(inspect(Folder.file("none.dbf"), nothing), Error);
 }
 
