@@ -212,7 +212,7 @@ void navigate(kd_lib::FileTable& table, kd_fuzz::Calls& calls)
         moved = open;
         break;
     }
-    kd_fuzz::require(moved == open, "navigation tells whether the table is open");
+    kd_fuzz::require(moved == open, "navigation shows whether the table is open");
 }
 
 void read(kd_lib::FileTable& table, kd_fuzz::Calls& calls)

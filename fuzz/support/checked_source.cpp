@@ -75,7 +75,7 @@ void checkCell(const Cell& cell, const Column& column)
         require(isNormalNumber(cell.Text), "a number that is not in normal form");
         break;
     case CellKind::Date:
-        require(isDay(cell.Moment.Day), "a date that is no day");
+        require(isDay(cell.Moment.Day), "a date that is not a day");
         break;
     case CellKind::Timestamp:
         require(isDay(cell.Moment.Day) && cell.Moment.Milliseconds < millisecondsOfDay, "a timestamp that is none");

@@ -432,7 +432,7 @@ TYPED_TEST(DamagedText, PipeCannotBeMovedAndTheFetchAfterIsFalse)
     }
 }
 
-TYPED_TEST(DamagedText, EndlessZeroBytesAreNoLine)
+TYPED_TEST(DamagedText, EndlessZeroBytesAreNotALine)
 {
     const ScopedDirectory directory;
     TypeParam table;
@@ -456,7 +456,7 @@ TYPED_TEST(DamagedText, EndlessZeroBytesAreEmptyFixedRecords)
     }
 }
 
-TEST(DamagedDelimited, EndlessZeroBytesAreNoHeader)
+TEST(DamagedDelimited, EndlessZeroBytesAreNotAHeader)
 {
     const ScopedDirectory directory;
     DelimitedTable table;

@@ -91,7 +91,7 @@ TEST_F(SqliteStatement, OnlyTheFirstStatementOfATextIsPrepared)
 {
     EXPECT_TRUE(Database.execute("INSERT INTO t VALUES (1, 2); INSERT INTO t VALUES (3, 4);"));
     EXPECT_EQ("1,2\n", rows());
-    EXPECT_TRUE(Database.execute("INSERT INTO t VALUES (5, 6); this is no SQL"));
+    EXPECT_TRUE(Database.execute("INSERT INTO t VALUES (5, 6); this is not SQL"));
     EXPECT_EQ("1,2\n5,6\n", rows());
 }
 

@@ -127,7 +127,7 @@ TEST_F(DbfCodePages, LanguageDriver)
     EXPECT_EQ(readDriver("FOXCZWIN", "\x8A").only(), "'\xC5\xA0'");
     EXPECT_EQ(readDriver("FOXDEWIN", "\x80").only(), "'\xE2\x82\xAC'");
     EXPECT_EQ(readDriver("dbHebrew", "\x80").only(), "'\xD7\x90'");
-    EXPECT_EQ(readDriver("DB866RU0", "\xE1", 1).only(), "'\xC3\x9F'") << "the language byte tells";
+    EXPECT_EQ(readDriver("DB866RU0", "\xE1", 1).only(), "'\xC3\x9F'") << "the language byte decides";
     for (const std::string driver : {"BGDB868", "DB999XX0", "DB", "FOX", "x\x1B"}) {
         const Reading reading = readDriver(driver, "\x80");
         EXPECT_EQ(reading.only(), "'\xE2\x82\xAC'") << driver;
@@ -183,7 +183,7 @@ TEST_F(DbfCodePages, DoubleByteCharacterCutByTheEndOfTheField)
 TEST_F(DbfCodePages, PagesThatAreNotBasedOnAscii)
 {
     Options.Encoding = "IBM037";
-    EXPECT_EQ(read(0, "\xC1\xC2\x40\x40").only(), "'AB  '") << "blanks of this page are no padding";
+    EXPECT_EQ(read(0, "\xC1\xC2\x40\x40").only(), "'AB  '") << "blanks of this page are not padding";
 }
 
 TEST_F(DbfCodePages, NamesOfColumns)

@@ -357,7 +357,7 @@ TEST_F(DamagedDbf, NoEndMarkOfTheDescriptors)
     EXPECT_EQ(read(file).Rows, whole()) << "the header ends with the last descriptor";
     file.Mark = std::string(264, '\0');
     file.HeaderLength = 96 + 264;
-    EXPECT_EQ(read(file).Rows, whole()) << "zero bytes are no descriptors";
+    EXPECT_EQ(read(file).Rows, whole()) << "zero bytes are not descriptors";
 }
 
 TEST_F(DamagedDbf, HeaderLongerThanItsDescriptors)
@@ -368,7 +368,7 @@ TEST_F(DamagedDbf, HeaderLongerThanItsDescriptors)
     EXPECT_EQ(read(file).Rows, whole());
     file.Mark += std::string(1000, 'q');
     file.HeaderLength += 1000;
-    EXPECT_EQ(read(file).Rows, whole()) << "what follows the end mark is no descriptor";
+    EXPECT_EQ(read(file).Rows, whole()) << "the bytes after the end mark are not a descriptor";
 }
 
 TEST_F(DamagedDbf, LengthsOfFieldsWrong)

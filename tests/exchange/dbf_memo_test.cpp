@@ -320,7 +320,7 @@ TEST_F(DbfMemos, OfTheTableAloneInItsFolder)
     EXPECT_EQ(kd_test::readFileAs(Folder.file("t.dbf")).only(), "unreadable") << "not the file of another program";
 }
 
-TEST_F(DbfMemos, ByTheKindOfFileWhereTheTableDoesNotTell)
+TEST_F(DbfMemos, ByTheKindOfFileIfTheTableDoesNotDecide)
 {
     EXPECT_EQ(one(3, digits(1), memo3({"three"})), "'three'");
     EXPECT_EQ(one(3, digits(1), memo4({"four"})), "'four'");

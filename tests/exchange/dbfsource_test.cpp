@@ -306,7 +306,7 @@ TEST_F(DbfSourceTest, DamageOfStandardInputIsReportedToo)
                                     "not read: bytes after the end mark", "4 deleted records left out"}));
 }
 
-TEST_F(DbfSourceTest, FilesThatAreNoTables)
+TEST_F(DbfSourceTest, FilesThatAreNotTables)
 {
     EXPECT_EQ(kd_test::failureOf(Folder.file("none.dbf")), "No such file or directory");
     EXPECT_EQ(kd_test::failureOf(Folder.write("e.dbf", "")), "the file is empty");

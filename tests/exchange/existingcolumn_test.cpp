@@ -46,7 +46,7 @@ TEST(ExistingColumnTest, ATextOfAtMostSoManyCharacters)
     EXPECT_EQ(fitted(Kind::Other, 3, Cell::text("abcd")), "<abcd>") << "refused by the server";
 }
 
-TEST(ExistingColumnTest, AZeroByteIsNoTextOfPostgreSql)
+TEST(ExistingColumnTest, AZeroByteIsNotATextOfPostgreSql)
 {
     const Cell cell = Cell::text(std::string_view("a\0b", 3));
     EXPECT_EQ(fitted(Kind::Text, 0, cell), "a zero byte in a text");

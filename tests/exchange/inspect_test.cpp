@@ -182,7 +182,7 @@ TEST_F(InspectTest, DamagedRecords)
     const std::string bytes = sample().bytes();
     lines("cut.dbf", bytes.substr(0, bytes.size() - 4));
     EXPECT_EQ(damaged(), (Texts{"!110+10 record 2: the file ends within the record"}));
-    EXPECT_EQ(Lines.back(), damaged().back()) << "the cut record is no rest of the file";
+    EXPECT_EQ(Lines.back(), damaged().back()) << "the cut record is not the rest of the file";
     file = sample();
     file.End = "\x1Ajunk";
     lines("t.dbf", file.bytes());

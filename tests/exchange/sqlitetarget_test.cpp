@@ -404,7 +404,7 @@ TEST_F(SqliteTargetTest, LockedDatabaseIsAnError)
     EXPECT_EQ(failure(source, {}, options), Database + ": database is locked");
 }
 
-TEST_F(SqliteTargetTest, OtherFilesAreNoDatabases)
+TEST_F(SqliteTargetTest, OtherFilesAreNotDatabases)
 {
     Folder.write("x.db", std::string(4096, 'x'));
     MemorySource source = people();

@@ -71,7 +71,7 @@ def make_with_python(folder):
         table.close()
 
 
-# Oracles: each answers the records of a file as (deleted, values), comparable with `ours`.
+# Oracles: each returns the records of a file as (deleted, values), comparable with `ours`.
 
 def read_with_dbfdump(path, _):
     records = []
@@ -104,7 +104,7 @@ def ours_for_dbview(table):
 
 
 def typed(kind, value):
-    """Our text as python3-dbf would hand it out; what is no number, as dbfadd writes it, is none."""
+    """Our text as python3-dbf would return it; text that is not a number, as dbfadd writes it, is None."""
     if kind in ("integer", "float"):
         value = value.strip()
         return float(value) if value.strip("*") else None
@@ -160,7 +160,7 @@ def read_with_sqlite3(path, _):
 
 
 def ours_for_sqlite3(table):
-    """A deleted record stands in the script as the record before it once more."""
+    """A deleted record repeats the record before it in the script."""
     rows, values = [], [""] * len(table.names)
     for deleted, read in table.records:
         values = values if deleted else read
@@ -177,7 +177,7 @@ NO_SQL = {"stars.dbf"}
 
 
 def compare(oracle, path, dump):
-    """The number of values that agree; prints the first difference and answers None on one."""
+    """The number of values that agree; prints the first difference and returns None if there is one."""
     table = Table(dump, path)
     read, ours_for = ORACLES[oracle]
     if oracle == "sqlite3":

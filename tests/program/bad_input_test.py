@@ -121,7 +121,7 @@ class BentTexts(ProgramTest):
                 self.assertRegex(result.err, r'\Akd_db: parts\.txt: [^\n]+\n')
 
     @unittest.skipIf(SANITIZED, 'the sanitizers need more memory than there is')
-    def test_far_columns_and_wide_lines_need_no_memory_of_their_own(self):
+    def test_far_columns_and_wide_lines_need_no_further_memory(self):
         write('far.txt', 'x\n')
         result = self.run_program('list', 'far.txt', '--columns', '999999999', preexec_fn=limits(AS=200000000))
         self.assertIn(result.code, [0, 1, 2, 3])

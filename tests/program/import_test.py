@@ -1,4 +1,4 @@
-"""import: success and failure told rightly, and all or nothing."""
+"""import: success and failure are reported correctly, and all or nothing is stored."""
 import os
 import signal
 import subprocess

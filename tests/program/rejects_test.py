@@ -48,7 +48,7 @@ class Rejects(ProgramTest):
                            f'bad.dbf: record 2, column SUM, byte {offset}: {self.number}')
         self.assertEqual(self.files(), ['bad.dbf'])
 
-    def test_all_commands_that_read_records_tell_them(self):
+    def test_all_commands_that_read_records_report_them(self):
         for arguments, verb in [(['list', 'bad.dbf'], 'shown'), (['convert', 'bad.dbf', '--to', 'csv'], 'written'),
                                 (['convert', 'bad.dbf', '--to', 'mysql'], 'stored')]:
             with self.subTest(arguments):

@@ -36,7 +36,7 @@ class Signals(ProgramTest):
             time.sleep(moment)
             process.send_signal(number)
             out, err = process.communicate(timeout=120)
-            # As a shell tells it: a signal that comes before main ends the process by itself.
+            # As a shell reports it: a signal that comes before main ends the process by itself.
             code = process.returncode if process.returncode >= 0 else 128 - process.returncode
             return code, out.decode(), err.decode()
 

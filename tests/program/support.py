@@ -1,4 +1,4 @@
-"""What the tests of the program share: a folder of their own, running the program, and file builders.
+"""Shared by the tests of the program: a separate folder, running the program, and file builders.
 
 The program is named by the environment's KD_DB, the builders of examples/data by KD_EXAMPLES.
 """

@@ -16,7 +16,7 @@ NUMBERS = 'WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c WHERE 
 
 
 class Terminal:
-    """The program at a terminal of its own; its output, bytes as the program writes them."""
+    """The program at a separate terminal; its output, bytes as the program writes them."""
 
     def __init__(self, *arguments, columns=80, rows=24, environment=None, **streams):
         self.master, slave = pty.openpty()

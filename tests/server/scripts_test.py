@@ -205,7 +205,7 @@ class PostgreSQLScripts(Scripts, GoesOn, unittest.TestCase):
 class PostgreSQLInserts(PostgreSQLScripts):
     OPTIONS = ('--inserts',)
 
-    # It is for clients that know no commands of psql, so it cannot tell psql to stop.
+    # It is for clients that know no commands of psql, so it cannot make psql stop.
     test_through_a_client_with_savepoints = None
 
 

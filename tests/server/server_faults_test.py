@@ -1,6 +1,6 @@
 """Loads, queries and imports of the program while servers refuse, fail and vanish: what is said, and what is left.
 
-Each class has a server of its own, whose settings it bends and whose life it ends.
+Each class has a separate server, whose settings it changes and which it kills.
 """
 import contextlib
 import os
@@ -480,7 +480,7 @@ class MariaDBTest(OnServer, unittest.TestCase):
                 self.server.execute(f'KILL {number}')
 
     def assert_left_by_a_dead_server(self, result):
-        """The server was gone when the table was to be dropped: its name is told, and marks it."""
+        """The server was gone when the table should be dropped: its name is reported, and marks it."""
         left = self.tables()
         self.assertLessEqual(len(left), 1)
         for table in left:

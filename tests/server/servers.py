@@ -1,8 +1,6 @@
 """Private PostgreSQL and MariaDB servers for tests.
 
-A server runs without root's rights, keeps its data in a folder of its own, listens on a Unix socket there and, where it
-is asked to, on a free port of the loopback. It lives in the hands of a keeper, a process that stops it and removes its
-folders once the owner, a process too, has ended in whatever way. The server in turn does not outlive its keeper.
+A server runs without root's rights, keeps its data in a separate folder, and listens on a Unix socket there and, on request, on a free port of the loopback. A keeper process stops it and removes its folders when the owner process has ended, in whatever way. The server does not outlive its keeper.
 
     with PostgreSQL() as server:                    # ends with this block, or with this process
         server.execute('SELECT 1')                  # [['1']], by the server's own client program
@@ -14,7 +12,7 @@ programs are started through this file:
 
     servers.py start FILE       starts a pair that ends with the process that called, and describes it in FILE
     servers.py stop FILE        ends it
-    servers.py run PROGRAM...   runs the program with a database of its own on each server: KD_POSTGRESQL and KD_MARIADB
+    servers.py run PROGRAM...   runs the program with a new database on each server: KD_POSTGRESQL and KD_MARIADB
                                 are their URIs. The pair is that of the environment's KD_SERVERS, else a new one.
 """
 import atexit

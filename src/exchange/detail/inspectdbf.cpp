@@ -309,7 +309,7 @@ private:
             ++at;
         }
         for (const Note& note : Records.takeNotes()) {
-            // Of a wrong count the header's line tells.
+            // The header's line reports a wrong count.
             if (note.Loss && (note.Text != Records.wrongCount() || !File.seekable())) {
                 To.damaged(at, {}, "records", note.Text);
             }

@@ -26,7 +26,7 @@ std::string_view firstBytes(std::string_view text, std::size_t count);
 /// `count` characters from the beginning, or the whole text.
 std::string_view firstCharacters(std::string_view text, std::size_t count);
 
-/// Lower case by Unicode's simple mapping, one character for one. Bytes that are no character become U+FFFD.
+/// Lower case by Unicode's simple mapping, one character for one. Bytes that are not characters become U+FFFD.
 std::string lowerCase(std::string_view text);
 
 /// The same for two texts that differ only in the case of their letters.

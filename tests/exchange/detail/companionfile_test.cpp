@@ -54,7 +54,7 @@ TEST_F(CompanionFileTest, IsOfTheFirstExtensionThatIsThere)
     EXPECT_EQ(found("b.dbf", {}), "none");
 }
 
-TEST_F(CompanionFileTest, ACaseOfItsOwnIsFound)
+TEST_F(CompanionFileTest, AnotherCaseIsFound)
 {
     make({"ALPHA.DBT", "Zeta.dBt", "az@[`{.dbt"});
     EXPECT_EQ(found("alpha.dbf", {"dbt"}), "ALPHA.DBT");
@@ -83,7 +83,7 @@ TEST_F(CompanionFileTest, CapitalsOfTheTableAreLikelyForItsCompanion)
     EXPECT_EQ(found("U.dbf", {"dbt"}), "u.DBT") << "neither is of the table's case: by name";
 }
 
-TEST_F(CompanionFileTest, AFolderIsNoCompanion)
+TEST_F(CompanionFileTest, AFolderIsNotACompanion)
 {
     std::filesystem::create_directory(Folder.file("a.dbt"));
     EXPECT_EQ(found("a.dbf", {"dbt"}), "none");

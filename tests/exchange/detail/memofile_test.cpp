@@ -145,7 +145,7 @@ TEST_F(DetailMemoFileTest, TheKindIsFoundOutFromTheContents)
     EXPECT_EQ(kind("a.FPT", kd_test::memo3({"text"})), MemoKind::Fpt);
 }
 
-TEST_F(DetailMemoFileTest, AFolderIsNoMemoFile)
+TEST_F(DetailMemoFileTest, AFolderIsNotAMemoFile)
 {
     EXPECT_THROW(MemoFile(Folder.path(), MemoKind::Dbt3), kd_lib::exchange::Error);
     EXPECT_THROW(MemoFile("/dev/null", MemoKind::Dbt3), kd_lib::exchange::Error);

@@ -150,11 +150,11 @@ inline std::string memo3(const std::vector<std::string>& texts)
     return bytes;
 }
 
-/// A dBase IV memo file. `told`: the block size in the header.
-inline std::string memo4(const std::vector<std::string>& texts, unsigned block = 512, int told = -1)
+/// A dBase IV memo file. `stated`: the block size in the header.
+inline std::string memo4(const std::vector<std::string>& texts, unsigned block = 512, int stated = -1)
 {
     std::string bytes(block > 24 ? block : 24, '\0');
-    bytes.replace(20, 2, little(told < 0 ? block : static_cast<unsigned>(told), 2));
+    bytes.replace(20, 2, little(stated < 0 ? block : static_cast<unsigned>(stated), 2));
     for (const std::string& text : texts) {
         bytes.resize((bytes.size() + block - 1) / block * block, '\0');
         bytes += std::string("\xFF\xFF\x08\0", 4) + little(text.size() + 8, 4) + text;
