@@ -1,3 +1,6 @@
+# Where no compiler cache is used, as in CI, headers of the standard library are compiled once a target.
+option(KD_PRECOMPILE "Precompiled headers" OFF)
+
 # How the code of the libraries is compiled: standard, visibility, warnings.
 function(kd_configure_code name)
     target_compile_features(${name} PUBLIC cxx_std_20)
@@ -7,6 +10,10 @@ function(kd_configure_code name)
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON
         POSITION_INDEPENDENT_CODE ON)
+    if(KD_PRECOMPILE)
+        target_precompile_headers(${name} PRIVATE <algorithm> <filesystem> <functional> <memory> <optional> <sstream>
+            <string> <string_view> <vector>)
+    endif()
 endfunction()
 
 # kd_configure_library(NAME HEADER...): further settings of the libraries: versions, the name that clients link, and

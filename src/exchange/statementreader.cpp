@@ -295,9 +295,8 @@ void StatementReader::endWord()
         Words = Phase::Explain;
     } else if ((Words == Phase::Start || Words == Phase::Explain) && word == "CREATE") {
         Words = Phase::Create;
-    } else if (Words == Phase::Explain && (word == "QUERY" || word == "PLAN")) {
-        return;
-    } else if (Words == Phase::Create && (word == "TEMP" || word == "TEMPORARY")) {
+    } else if ((Words == Phase::Explain && (word == "QUERY" || word == "PLAN")) ||
+               (Words == Phase::Create && (word == "TEMP" || word == "TEMPORARY"))) {
         return;
     } else if (Words == Phase::Create && word == "TRIGGER") {
         Words = Phase::Trigger;

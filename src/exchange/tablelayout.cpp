@@ -48,6 +48,7 @@ TableLayout::TableLayout(const Dialect& dialect, const std::string& file, const 
     }
     const std::vector<std::string> names = detail::columnNames(columns, options.Names, &dialect, Key, NameNotes);
     std::vector<detail::TargetType> types;
+    types.reserve(columns.size());
     for (const Column& column : columns) {
         types.push_back(detail::targetType(dialect, column));
     }

@@ -42,6 +42,7 @@ std::vector<ExistingColumn> columnsOfTable(PostgresqlSession& session, const std
 {
     const Result rows = session.rows(columns, table);
     std::vector<ExistingColumn> found;
+    found.reserve(static_cast<std::size_t>(PQntuples(rows.get())));
     for (int i = 0; i < PQntuples(rows.get()); ++i) {
         found.push_back(columnOf(rows, i));
     }

@@ -54,7 +54,7 @@ void appendFloat(std::string& out, double value)
         return;
     }
     std::array<char, 32> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+    char* const end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
     out.append(text.data(), end);
 }
 

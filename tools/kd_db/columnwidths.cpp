@@ -21,6 +21,7 @@ std::size_t total(const std::vector<std::size_t>& widths, std::size_t gap)
 std::vector<std::size_t> cutTo(const std::vector<ColumnNeed>& needs, std::size_t most)
 {
     std::vector<std::size_t> widths;
+    widths.reserve(needs.size());
     for (const ColumnNeed& need : needs) {
         widths.push_back(need.Cuttable ? std::min(need.Width, most) : need.Width);
     }

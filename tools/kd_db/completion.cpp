@@ -114,7 +114,7 @@ std::string columnCandidates(const Line& line, const std::string& end)
     try {
         const auto source = exchange::openSource(line.Arguments.front());
         for (const exchange::Column& column : source->columns()) {
-            candidates.add(before + column.Name + end, exchange::typeName(column.Type));
+            candidates.add(std::string(before).append(column.Name).append(end), exchange::typeName(column.Type));
         }
     } catch (const std::exception&) {
         return {};  // a file that cannot be read has no names

@@ -24,7 +24,7 @@ void writePieces(std::string_view bytes, OutputBlock& out, Put put)
     }
 }
 
-std::uint32_t byteAt(std::string_view bytes, std::size_t at)
+std::uint32_t byteOrZero(std::string_view bytes, std::size_t at)
 {
     return at < bytes.size() ? static_cast<unsigned char>(bytes[at]) : 0U;
 }
@@ -47,7 +47,8 @@ void writeBase64(std::string_view bytes, OutputBlock& out)
 {
     writePieces<2>(bytes, out, [](char* to, std::string_view piece) {
         for (std::size_t at = 0; at < piece.size(); at += 3) {
-            const std::uint32_t three = byteAt(piece, at) << 16U | byteAt(piece, at + 1) << 8U | byteAt(piece, at + 2);
+            const std::uint32_t three =
+                byteOrZero(piece, at) << 16U | byteOrZero(piece, at + 1) << 8U | byteOrZero(piece, at + 2);
             *to++ = base64Digits[three >> 18U];
             *to++ = base64Digits[three >> 12U & 0x3FU];
             *to++ = at + 1 < piece.size() ? base64Digits[three >> 6U & 0x3FU] : '=';

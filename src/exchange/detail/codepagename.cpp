@@ -127,7 +127,7 @@ std::optional<CodePageName> findCodePage(std::string_view name)
     if (key.starts_with(language)) {
         return pageOfLanguage(std::string_view(key).substr(language.size()));
     }
-    if (const std::optional<CodePageName> own = ownPage(key)) {
+    if (std::optional<CodePageName> own = ownPage(key)) {
         return own;
     }
     for (const std::string& candidate : candidates(name, key)) {

@@ -92,7 +92,7 @@ std::optional<ColumnType> typeOfName(std::string_view name)
         {"text", ColumnType::Text},   {"integer", ColumnType::BigInteger},  {"number", ColumnType::Number},
         {"float", ColumnType::Float}, {"boolean", ColumnType::Boolean},     {"date", ColumnType::Date},
         {"time", ColumnType::Time},   {"timestamp", ColumnType::Timestamp}, {"bytes", ColumnType::Bytes}};
-    const auto found =
+    const auto* const found =
         std::ranges::find_if(types, [name](const auto& type) { return equalWithoutCase(type.first, name); });
     return found != std::end(types) ? std::optional(found->second) : std::nullopt;
 }

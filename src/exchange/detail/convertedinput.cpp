@@ -132,7 +132,7 @@ std::optional<std::uint64_t> ConvertedInput::sizeInFile(std::string_view text) c
 CodePage::Decoded decodeMarked(std::string_view text, EncodingErrors onError, std::string& scratch)
 {
     using Outcome = CodePage::Decoded::Outcome;
-    const auto found = std::ranges::find_if(text, isMark);
+    const std::string_view::const_iterator found = std::ranges::find_if(text, isMark);
     if (found == text.end()) {
         return {text};
     }

@@ -48,7 +48,7 @@ inline std::string_view withoutPaddingAtEnd(const char* bytes, std::size_t lengt
         }
         length -= length < FieldBits::width ? length : FieldBits::width;
     }
-    return {bytes, 0};
+    return {bytes, length};
 }
 
 /// A field without the blanks and zero bytes at both ends.

@@ -42,7 +42,7 @@ public:
     std::string_view value() const { return bytes(Value); }  ///< of C without the zero byte at its end
     std::string_view typeByte() const;                       ///< in the header
     std::uint64_t offset() const { return Start; }           ///< of the variable's first byte in the file
-    std::uint64_t offsetOf(std::string_view bytes) const;    ///< of a piece of the variable
+    std::uint64_t offsetOf(std::string_view piece) const;    ///< of a piece of the variable
 
     bool hasEndMark() const { return EndMark; }
 

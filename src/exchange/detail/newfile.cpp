@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -58,10 +59,12 @@ int sameAsOwn(const std::string& path)
 {
     const std::string name = path.substr(path.find_last_of('/') + 1);
     const bool own = realFolderOf(path) == "/proc/" + std::to_string(::getpid()) + "/fd";
-    if (!own || name.empty() || name.find_first_not_of("0123456789") != std::string::npos) {
+    int descriptor = 0;
+    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), descriptor);
+    if (!own || error != std::errc() || end != name.data() + name.size() || descriptor < 0) {
         return -1;
     }
-    return ::fcntl(std::atoi(name.c_str()), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    return ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
 }
 
 /// The destination of the links from a path.

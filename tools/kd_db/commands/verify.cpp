@@ -19,8 +19,10 @@ void print(const exchange::Verification& found, const std::string& file, const s
 {
     ResultOutput output(console, ResultOutput::Paging::Never, ResultOutput::Controls::Escape);
     for (const exchange::ColumnDifference& difference : found.Differences) {
-        output.write("column " + difference.Column + ", record " + std::to_string(difference.Record) + ": " +
-                     difference.InSource + " in " + file + ", " + difference.InTable + " in " + database + '\n');
+        std::string line = "column " + difference.Column + ", record " + std::to_string(difference.Record) + ": ";
+        line.append(difference.InSource).append(" in ").append(file).append(", ");
+        line.append(difference.InTable).append(" in ").append(database).append("\n");
+        output.write(line);
     }
     if (found.Records != found.Rows) {
         output.write(counted(found.Records, "record") + " in " + file + ", " + counted(found.Rows, "row") + " in " +
@@ -45,7 +47,7 @@ exchange::Verification compare(exchange::Source& source, exchange::TableLayout& 
         console.advance(now.Bytes - before.Bytes, now.Records - before.Records);
         before = now;
     };
-    const exchange::Verification found = exchange::verify(source, *table, layout, settings);
+    exchange::Verification found = exchange::verify(source, *table, layout, settings);
     report.restOfRejects();
     report.sourceNotes(source.notes());
     if (rejects) {
