@@ -1,0 +1,67 @@
+"""The lines of README.md that show the two servers run as they are, with the passwords in the files they name."""
+import os
+import pathlib
+import re
+import subprocess
+import tempfile
+import unittest
+
+import servers
+
+README = pathlib.Path(os.environ['KD_SOURCE']) / 'README.md'
+CLIENTS = 4  # of examples/data/clients.dbf, without the deleted one
+SERVER_LINES = 5
+
+
+def shown_lines():
+    """The commands that follow the sentence about servers."""
+    text = README.read_text(encoding='utf-8')
+    block = re.search(r'The same for a server.*?```sh\n(.*?)```', text, re.DOTALL)
+    return [line for line in block[1].splitlines() if 'shop' in line]
+
+
+class ReadmeTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix='kd_readme.')
+        self.addCleanup(folder.cleanup)
+        self.home = pathlib.Path(folder.name)
+        for name in ('clients.dbf', 'clients.dbt'):
+            (self.home / name).write_bytes((pathlib.Path(os.environ['KD_EXAMPLES']) / name).read_bytes())
+        self.postgresql = servers.PostgreSQL(tcp=True)
+        self.addCleanup(self.postgresql.stop)
+        self.mariadb = servers.MariaDB()
+        self.addCleanup(self.mariadb.stop)
+        self.postgresql.execute("CREATE ROLE me LOGIN PASSWORD 'of postgresql'")
+        self.postgresql.execute('CREATE DATABASE shop OWNER me')
+        self.mariadb.execute("CREATE USER me@localhost IDENTIFIED BY 'of mariadb'; CREATE DATABASE shop;"
+                             'GRANT ALL ON shop.* TO me@localhost')
+        self.secret('.pgpass', 'localhost:*:shop:me:of postgresql\n')
+        self.secret('.my.cnf', f'[client]\nuser=me\npassword="of mariadb"\nsocket={self.mariadb.socket()}\n')
+        programs = [pathlib.Path(os.environ['KD_DB']).parent, self.postgresql._programs(), os.environ['PATH']]
+        # What `me` on the machine of a default server would have.
+        self.environment = {**os.environ, 'HOME': str(self.home), 'PATH': ':'.join(map(str, programs)),
+                            'PGHOST': 'localhost', 'PGPORT': str(self.postgresql.port), 'PGUSER': 'me'}
+
+    def secret(self, name, text):
+        (self.home / name).write_text(text)
+        (self.home / name).chmod(0o600)
+
+    def run_line(self, line):
+        done = subprocess.run(['bash', '-o', 'pipefail', '-c', line], cwd=self.home, env=self.environment,
+                              stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False, timeout=120)
+        self.assertEqual(done.returncode, 0, f'{line}\n{done.stderr}')
+        self.assertNotIn('ERROR', done.stderr, line)
+
+    def test_every_line_runs(self):
+        lines = shown_lines()
+        self.assertEqual(len(lines), SERVER_LINES)
+        for line in lines:
+            server = self.postgresql if re.search('postgresql|psql', line) else self.mariadb
+            if 'verify' not in line:
+                server.execute('DROP TABLE IF EXISTS clients', 'shop')
+            self.run_line(line)
+            self.assertEqual(server.execute('SELECT count(*) FROM clients', 'shop'), [[str(CLIENTS)]], line)
+
+
+if __name__ == '__main__':
+    unittest.main()
