@@ -11,6 +11,10 @@ struct st_mysql;
 
 namespace kd_lib {
 
+namespace detail {
+struct MariadbSettings;
+}
+
 /// One connection to a MariaDB or MySQL server; `ServerDatabase` says how it is used.
 ///
 ///     kd_lib::MariaDB shop;
@@ -51,9 +55,7 @@ public:
     st_mysql* handle() const;
 
 private:
-    struct Settings;
-
-    KD_LIB_LOCAL bool open(const Settings& settings);
+    KD_LIB_LOCAL bool open(const detail::MariadbSettings& settings);
 };
 
 }  // namespace kd_lib

@@ -8,14 +8,14 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace kd_lib {
 
 namespace detail {
 class ServerConnection;
 struct Parameter;
-struct StatementText;
+struct ServerState;
+struct ServerWords;
 }  // namespace detail
 
 /// One connection to a server with one current statement, used as `SQLite3` is. `PostgreSQL` and `MariaDB` derive from
@@ -141,16 +141,7 @@ public:
     /// @}
 
 protected:
-    /// The statements that list the objects of a server, and its quotes around names.
-    struct Words {
-        const char* Databases;
-        const char* Tables;
-        const char* Columns;  ///< with one parameter, the table
-        const char* Begin;
-        char Quote;
-    };
-
-    ServerDatabase(const char* engineName, const Words& words);  ///< disconnected; `host`, `user` empty
+    ServerDatabase(const char* engineName, const detail::ServerWords& words);  ///< disconnected; `host`, `user` empty
 
     /// Makes `connection` the current one; closes the one before.
     void adopt(std::unique_ptr<detail::ServerConnection> connection);
@@ -161,7 +152,7 @@ protected:
     /// `name` between the server's quotes.
     std::string quoted(const std::string& name) const;
 
-    detail::ServerConnection* connection() const { return Connection.get(); }
+    detail::ServerConnection* connection() const;
 
 private:
     KD_LIB_LOCAL bool failStatement();
@@ -170,13 +161,7 @@ private:
     KD_LIB_LOCAL bool bindValue(int index, detail::Parameter value);
     KD_LIB_LOCAL void command(const char* sql);
 
-    const Words TheWords;
-    std::unique_ptr<detail::ServerConnection> Connection;
-    std::unique_ptr<detail::StatementText> Statement;  // null: none is prepared
-    std::vector<detail::Parameter> Parameters;
-    std::vector<std::string> Columns;  // names of the current result as the server has them
-    std::string Failure;               // the last one
-    bool Running = false;              // the current result has not been read to its end
+    std::unique_ptr<detail::ServerState> state_;
 };
 
 }  // namespace kd_lib

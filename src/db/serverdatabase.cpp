@@ -12,7 +12,23 @@
 
 namespace kd_lib {
 
-ServerDatabase::ServerDatabase(const char* engineName, const Words& words) : TheWords(words)
+namespace detail {
+
+/// The state of a `ServerDatabase`.
+struct ServerState {
+    const ServerWords Words;
+    std::unique_ptr<ServerConnection> Connection;
+    std::unique_ptr<StatementText> Statement;  // null: none is prepared
+    std::vector<Parameter> Parameters;
+    std::vector<std::string> Columns;  // names of the current result as the server has them
+    std::string Failure;               // the last one
+    bool Running = false;              // the current result has not been read to its end
+};
+
+}  // namespace detail
+
+ServerDatabase::ServerDatabase(const char* engineName, const detail::ServerWords& words)
+    : state_(new detail::ServerState{words, {}, {}, {}, {}, {}})
 {
     engine = engineName;
     host.clear();
@@ -21,10 +37,15 @@ ServerDatabase::ServerDatabase(const char* engineName, const Words& words) : The
 
 ServerDatabase::~ServerDatabase() = default;
 
+detail::ServerConnection* ServerDatabase::connection() const
+{
+    return state_->Connection.get();
+}
+
 void ServerDatabase::adopt(std::unique_ptr<detail::ServerConnection> connection)
 {
     disconnect();
-    Connection = std::move(connection);
+    state_->Connection = std::move(connection);
 }
 
 bool ServerDatabase::connect(const std::string& hostName, const std::string& userName, const std::string& userPassword,
@@ -39,7 +60,7 @@ bool ServerDatabase::connect(const std::string& hostName, const std::string& use
 
 bool ServerDatabase::isConnected() const
 {
-    return Connection && Connection->alive();
+    return state_->Connection && state_->Connection->alive();
 }
 
 bool ServerDatabase::isDisconnected() const
@@ -51,13 +72,13 @@ bool ServerDatabase::disconnect()
 {
     clearResults();
     errorText.clear();
-    Failure.clear();
+    state_->Failure.clear();
     database.clear();
-    Statement.reset();
-    Parameters.clear();
-    Running = false;
+    state_->Statement.reset();
+    state_->Parameters.clear();
+    state_->Running = false;
     inTransaction = false;
-    Connection.reset();
+    state_->Connection.reset();
     return true;
 }
 
@@ -68,20 +89,20 @@ bool ServerDatabase::createDatabase(const std::string& name)
 
 std::string ServerDatabase::quoted(const std::string& name) const
 {
-    return inQuotes(name, TheWords.Quote);
+    return inQuotes(name, state_->Words.Quote);
 }
 
 void ServerDatabase::setError()
 {
-    if (!Failure.empty()) {
-        errorText = Failure;
+    if (!state_->Failure.empty()) {
+        errorText = state_->Failure;
         message(errorText);
     }
 }
 
 bool ServerDatabase::fail(const std::string& reason)
 {
-    Failure = reason;
+    state_->Failure = reason;
     setError();
     return false;
 }
@@ -90,7 +111,7 @@ bool ServerDatabase::fail(const std::string& reason)
 /// keep half of it.
 bool ServerDatabase::failStatement()
 {
-    fail(Connection ? std::exchange(Connection->Failure, {}) : "not connected");
+    fail(state_->Connection ? std::exchange(state_->Connection->Failure, {}) : "not connected");
     rollback();
     return false;
 }
@@ -100,16 +121,16 @@ bool ServerDatabase::prepare(std::string sql)
     errorText.clear();
     clearResults();
     rowsFetched = 0;
-    if (!Connection) {
+    if (!state_->Connection) {
         return false;
     }
     finalize();
-    Failure.clear();
-    Statement = std::make_unique<detail::StatementText>(
-        detail::readStatement(sql, Connection->form(), Connection->backslashes()));
-    Parameters.assign(Statement->Names.size(), {});
-    if (!Connection->prepare(*Statement)) {
-        Statement.reset();
+    state_->Failure.clear();
+    state_->Statement = std::make_unique<detail::StatementText>(
+        detail::readStatement(sql, state_->Connection->form(), state_->Connection->backslashes()));
+    state_->Parameters.assign(state_->Statement->Names.size(), {});
+    if (!state_->Connection->prepare(*state_->Statement)) {
+        state_->Statement.reset();
         return failStatement();
     }
     return true;
@@ -118,24 +139,25 @@ bool ServerDatabase::prepare(std::string sql)
 /// Starts the prepared statement.
 bool ServerDatabase::run()
 {
-    if (!Statement) {
+    if (!state_->Statement) {
         return fail("no statement is prepared");
     }
     rowsFetched = 0;
     clearResults();
-    Running = Connection->readRest() && Connection->run(*Statement, Parameters, Columns);
-    return Running;
+    state_->Running = state_->Connection->readRest() &&
+                      state_->Connection->run(*state_->Statement, state_->Parameters, state_->Columns);
+    return state_->Running;
 }
 
 bool ServerDatabase::execute()
 {
-    if (!Statement) {
+    if (!state_->Statement) {
         return fail("no statement is prepared");
     }
-    if (run() && Connection->readRest()) {
-        Running = false;
+    if (run() && state_->Connection->readRest()) {
+        state_->Running = false;
         clearResults();
-        resultRows = Connection->changedRows();
+        resultRows = state_->Connection->changedRows();
         return true;
     }
     failStatement();
@@ -151,7 +173,7 @@ bool ServerDatabase::execute(const std::string& sql)
 
 bool ServerDatabase::query()
 {
-    if (!Statement) {
+    if (!state_->Statement) {
         return fail("no statement is prepared");
     }
     if (!run()) {
@@ -159,10 +181,10 @@ bool ServerDatabase::query()
         finalize();
         return false;
     }
-    for (const std::string& name : Columns) {
+    for (const std::string& name : state_->Columns) {
         queryColumns.add(name);
     }
-    columnCount = static_cast<std::int32_t>(Columns.size());
+    columnCount = static_cast<std::int32_t>(state_->Columns.size());
     resultRows = 1;
     return true;
 }
@@ -174,15 +196,15 @@ bool ServerDatabase::query(const std::string& sql)
 
 bool ServerDatabase::fetchRow()
 {
-    if (!Running) {
+    if (!state_->Running) {
         return false;
     }
-    if (Connection->next(queryColumns)) {
+    if (state_->Connection->next(queryColumns)) {
         ++rowsFetched;
         return true;
     }
-    Running = false;
-    if (!Connection->Failure.empty()) {
+    state_->Running = false;
+    if (!state_->Connection->Failure.empty()) {
         return failStatement();
     }
     resultRows = rowsFetched;
@@ -193,42 +215,42 @@ bool ServerDatabase::fetchRow()
 bool ServerDatabase::clearResults()
 {
     SqlDatabase::clearResults();
-    Columns.clear();
+    state_->Columns.clear();
     columnCount = 0;
     return true;
 }
 
 bool ServerDatabase::finalize()
 {
-    Running = false;
-    if (Connection) {
-        Connection->readRest();
-        Connection->drop();
-        Connection->Failure.clear();
+    state_->Running = false;
+    if (state_->Connection) {
+        state_->Connection->readRest();
+        state_->Connection->drop();
+        state_->Connection->Failure.clear();
     }
-    Statement.reset();
-    Parameters.clear();
+    state_->Statement.reset();
+    state_->Parameters.clear();
     return true;
 }
 
 bool ServerDatabase::prepareInsert(const std::string& table)
 {
-    if (queryColumns.size() == 0 || Columns.size() != queryColumns.size()) {
+    if (queryColumns.size() == 0 || state_->Columns.size() != queryColumns.size()) {
         return false;
     }
     std::string names;
     std::string values;
     std::vector<std::string> parameters;
-    for (std::size_t i = 0; i < Columns.size(); ++i) {
+    for (std::size_t i = 0; i < state_->Columns.size(); ++i) {
         const char* separator = i == 0 ? "" : ",";
-        names.append(separator).append(quoted(Columns[i]));
+        names.append(separator).append(quoted(state_->Columns[i]));
         values.append(separator).append(":p").append(std::to_string(i));
         parameters.push_back(":" + queryColumns.List[i]->Name);
     }
     if (!prepare("INSERT INTO " + quoted(table) + " (" + names + ") VALUES (" + values + ")")) {
         return false;
     }
-    Statement->Names = std::move(parameters);
+    state_->Statement->Names = std::move(parameters);
     return true;
 }
 
@@ -249,9 +271,9 @@ bool ServerDatabase::preparedRecord(TableFields fields)
 
 bool ServerDatabase::bindValue(int index, detail::Parameter value)
 {
-    const bool found = index >= 1 && static_cast<std::size_t>(index) <= Parameters.size();
+    const bool found = index >= 1 && static_cast<std::size_t>(index) <= state_->Parameters.size();
     if (found) {
-        Parameters[static_cast<std::size_t>(index) - 1] = std::move(value);
+        state_->Parameters[static_cast<std::size_t>(index) - 1] = std::move(value);
     }
     return found;
 }
@@ -280,7 +302,7 @@ bool ServerDatabase::bind(int index, double value)
 
 bool ServerDatabase::bind(const std::string& name, std::string value)
 {
-    return bind(Statement ? Statement->number(name) : 0, std::move(value));
+    return bind(state_->Statement ? state_->Statement->number(name) : 0, std::move(value));
 }
 
 bool ServerDatabase::bindNULL(int index)
@@ -290,21 +312,21 @@ bool ServerDatabase::bindNULL(int index)
 
 void ServerDatabase::command(const char* sql)
 {
-    if (!Connection) {
+    if (!state_->Connection) {
         return;
     }
-    Running = false;
-    Connection->readRest();
-    Connection->Failure.clear();
-    if (!Connection->command(sql)) {
-        fail(std::exchange(Connection->Failure, {}));
+    state_->Running = false;
+    state_->Connection->readRest();
+    state_->Connection->Failure.clear();
+    if (!state_->Connection->command(sql)) {
+        fail(std::exchange(state_->Connection->Failure, {}));
     }
 }
 
 void ServerDatabase::beginTransaction()
 {
     if (!inTransaction) {
-        command(TheWords.Begin);
+        command(state_->Words.Begin);
         inTransaction = true;
     }
 }
@@ -335,7 +357,7 @@ bool ServerDatabase::list(const char* sql, const std::string& table)
     if (!prepare(sql)) {
         return false;
     }
-    if (!Parameters.empty()) {
+    if (!state_->Parameters.empty()) {
         bind(1, table);
     }
     return query();
@@ -344,8 +366,8 @@ bool ServerDatabase::list(const char* sql, const std::string& table)
 bool ServerDatabase::getDatabaseList()
 {
     databaseList.clear();
-    const bool listed = list(TheWords.Databases, "");
-    while (listed && Connection->next(queryColumns)) {
+    const bool listed = list(state_->Words.Databases, "");
+    while (listed && state_->Connection->next(queryColumns)) {
         addDatabase(queryColumns.getData(0));
     }
     finalize();
@@ -355,8 +377,8 @@ bool ServerDatabase::getDatabaseList()
 bool ServerDatabase::getTableList()
 {
     clearTableList();
-    const bool listed = list(TheWords.Tables, "");
-    while (listed && Connection->next(queryColumns)) {
+    const bool listed = list(state_->Words.Tables, "");
+    while (listed && state_->Connection->next(queryColumns)) {
         linkTable(queryColumns.getData(0));
     }
     finalize();
@@ -367,8 +389,8 @@ bool ServerDatabase::getColumnList(std::string table)
 {
     clearTableList();
     columnList.clearList();
-    const bool listed = list(TheWords.Columns, table);
-    while (listed && Connection->next(queryColumns)) {
+    const bool listed = list(state_->Words.Columns, table);
+    while (listed && state_->Connection->next(queryColumns)) {
         const std::string type = queryColumns.getData("type");
         TableField column = detail::serverColumn(queryColumns.getData("name"), convertSql2FieldType(type), type);
         columnList.add(column);

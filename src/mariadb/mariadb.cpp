@@ -24,9 +24,10 @@ constexpr const char* columns =
 
 }  // namespace
 
-struct MariaDB::Settings : detail::MariadbSettings {};
-
-MariaDB::MariaDB() : ServerDatabase("MARIADB", {databases, tables, columns, "START TRANSACTION", '`'}) {}
+MariaDB::MariaDB()
+    : ServerDatabase("MARIADB", detail::ServerWords{databases, tables, columns, "START TRANSACTION", '`'})
+{
+}
 
 MariaDB::~MariaDB() = default;
 
@@ -35,7 +36,7 @@ st_mysql* MariaDB::handle() const
     return connection() != nullptr ? static_cast<detail::MariadbConnection*>(connection())->handle() : nullptr;
 }
 
-bool MariaDB::open(const Settings& settings)
+bool MariaDB::open(const detail::MariadbSettings& settings)
 {
     std::string reason;
     detail::Mysql opened = detail::openMariadb(settings, reason);
@@ -51,14 +52,14 @@ bool MariaDB::connect()
 {
     const std::string name = std::exchange(database, {});
     disconnect();
-    return open({{host, port, user, password, name, {}}});
+    return open({host, port, user, password, name, {}});
 }
 
 bool MariaDB::connectUri(const std::string& uri)
 {
     disconnect();
     try {
-        const Settings settings{detail::MariadbSettings::of(uri)};
+        const detail::MariadbSettings settings = detail::MariadbSettings::of(uri);
         host = settings.Host;
         port = settings.Port;
         user = settings.User;

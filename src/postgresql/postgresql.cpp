@@ -36,7 +36,9 @@ const char* orNull(const std::string& text)
 
 }  // namespace
 
-PostgreSQL::PostgreSQL() : ServerDatabase("POSTGRESQL", {databases, tables, columns, "BEGIN", '"'}) {}
+PostgreSQL::PostgreSQL() : ServerDatabase("POSTGRESQL", detail::ServerWords{databases, tables, columns, "BEGIN", '"'})
+{
+}
 
 PostgreSQL::~PostgreSQL() = default;
 

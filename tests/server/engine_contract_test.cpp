@@ -15,10 +15,32 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
 namespace kd_test {
+
+// A client's types. A back end's class has members of no such name, so that a class derived from it can use them.
+struct Connection {};
+struct Statement {};
+struct Words {};
+struct State {};
+struct Settings {};
+struct Columns {};
+struct Parameters {};
+struct Failure {};
+struct Running {};
+
+// Not a template: names of a base that depends on a parameter would not be looked up.
+#define KD_CLASS_WITH_TYPES_OF_THE_CLIENT(name, base)                                                                  \
+    class name : public base {                                                                                         \
+    public:                                                                                                            \
+        std::tuple<Connection, Statement, Words, State, Settings, Columns, Parameters, Failure, Running> Mine;         \
+    }
+KD_CLASS_WITH_TYPES_OF_THE_CLIENT(ShopOnPostgresql, kd_lib::PostgreSQL);
+KD_CLASS_WITH_TYPES_OF_THE_CLIENT(ShopOnMariadb, kd_lib::MariaDB);
+#undef KD_CLASS_WITH_TYPES_OF_THE_CLIENT
 
 using namespace kd_lib;
 
@@ -423,6 +445,12 @@ TYPED_TEST(EngineContract, AScriptIsRunStatementByStatement)
     const Console console = captured([&] { EXPECT_TRUE(this->database.importSqlFile(path)); });
     EXPECT_EQ("Error executing statement\n", console.err);
     EXPECT_EQ(3, this->database.getRecords("t"));
+}
+
+TEST(ClassesOfClients, UseTypesWithTheNamesOfTheirChoice)
+{
+    EXPECT_FALSE(ShopOnPostgresql().isConnected());
+    EXPECT_FALSE(ShopOnMariadb().isConnected());
 }
 
 TYPED_TEST(EngineContract, AnExecuteWithoutAStatementFails)

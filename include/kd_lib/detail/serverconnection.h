@@ -11,6 +11,15 @@
 
 namespace kd_lib::detail {
 
+/// The statements that list the objects of a server, and its quotes around names.
+struct ServerWords {
+    const char* Databases;
+    const char* Tables;
+    const char* Columns;  ///< with one parameter, the table
+    const char* Begin;
+    char Quote;
+};
+
 /// The value of a parameter.
 struct Parameter {
     enum class Kind { Null, Text, Integer, Real };
