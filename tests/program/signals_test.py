@@ -6,7 +6,7 @@ import subprocess
 import time
 import unittest
 
-from support import ProgramTest, content, many_records, sample, started, write
+from support import ProgramTest, content, many_records, sample, started, wait_until_watching, write
 
 ROUNDS = 20
 RECORDS = 60000
@@ -143,8 +143,9 @@ class Waiting(ProgramTest):
 
     def check_ended(self, arguments, number, **streams):
         with started(*arguments, stderr=subprocess.PIPE, **streams) as process:
+            wait_until_watching(process)
             with self.assertRaises(subprocess.TimeoutExpired):
-                process.wait(timeout=0.3)
+                process.wait(timeout=0.1)
             process.send_signal(number)
             self.assertEqual(process.wait(timeout=60), 128 + number)
             self.assertEqual(process.stderr.read(), b'')
@@ -175,8 +176,7 @@ class Ignored(ProgramTest):
         def ignore():
             signal.signal(signal.SIGHUP, signal.SIG_IGN)
         with started('import', '-', '--into', 'new.db', '-q', stdin=subprocess.PIPE, preexec_fn=ignore) as process:
-            with self.assertRaises(subprocess.TimeoutExpired):
-                process.wait(timeout=0.3)
+            wait_until_watching(process)
             process.send_signal(signal.SIGHUP)
             process.stdin.write(b'CREATE TABLE t(n);')
             process.stdin.close()

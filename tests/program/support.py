@@ -7,10 +7,12 @@ import json
 import os
 import resource
 import shutil
+import signal
 import sqlite3
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 sys.dont_write_bytecode = True
@@ -134,6 +136,19 @@ def limits(**values):
         for name, value in values.items():
             resource.setrlimit(getattr(resource, 'RLIMIT_' + name), (value, value))
     return apply
+
+
+def wait_until_watching(process, seconds=60):
+    """Waits until the program receives signals itself: before, they end it like any other process."""
+    interrupt = 1 << (signal.SIGINT - 1)
+    deadline = time.monotonic() + seconds
+    while process.poll() is None and time.monotonic() < deadline:
+        with open(f'/proc/{process.pid}/status', encoding='utf-8') as file:
+            blocked = next(line.split()[1] for line in file if line.startswith('SigBlk:'))
+        if int(blocked, 16) & interrupt:
+            return
+        time.sleep(0.01)
+    raise AssertionError('the program does not watch signals')
 
 
 @contextlib.contextmanager

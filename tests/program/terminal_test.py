@@ -1,70 +1,56 @@
 """The program at a terminal: width, pager, colour, progress, Ctrl-C."""
-import fcntl
 import os
-import pty
-import select
+import re
+import shutil
 import signal
-import struct
 import subprocess
-import termios
 import time
 import unittest
 
-from support import PROGRAM, ProgramTest, many_records, sample, write
+from pseudoterminal import CTRL_C, PATIENCE, Terminal
+from support import PROGRAM, ProgramTest, many_records, sample, wait_until_watching, write
 
 NUMBERS = 'WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c WHERE n < {}) SELECT n FROM c'
+ENDLESS = NUMBERS.format(3000000000)
 
 
-class Terminal:
-    """The program at a separate terminal; its output, bytes as the program writes them."""
-
-    def __init__(self, *arguments, columns=80, rows=24, environment=None, **streams):
-        self.master, slave = pty.openpty()
-        mode = termios.tcgetattr(slave)
-        mode[1] &= ~termios.OPOST
-        termios.tcsetattr(slave, termios.TCSANOW, mode)
-        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack('HHHH', rows, columns, 0, 0))
-        settings = {**os.environ, 'TERM': 'xterm', 'LC_ALL': 'C.UTF-8', 'NO_COLOR': '1', **(environment or {})}
-        self.process = subprocess.Popen([PROGRAM, *arguments], start_new_session=True, env=settings,
-                                        **{'stdin': slave, 'stdout': slave, 'stderr': slave, **streams})
-        os.close(slave)
-        self.text = ''
-
-    def read(self, until=None, seconds=60):
-        """Reads until `until` has come, or the program ends."""
-        deadline = time.monotonic() + seconds
-        while time.monotonic() < deadline and (until is None or until not in self.text):
-            if select.select([self.master], [], [], 0.05)[0]:
-                try:
-                    self.text += os.read(self.master, 65536).decode(errors='replace')
-                except OSError:
-                    break
-            elif self.process.poll() is not None:
-                break
-        return self.text
-
-    def close(self):
-        self.process.kill()
-        self.process.wait()
-        os.close(self.master)
-
-
-class AtTheTerminal(ProgramTest):
+class AtTerminal(ProgramTest):
     def setUp(self):
         super().setUp()
         self.run_program('import', write('s.sql', 'CREATE TABLE t(n);'), '--into', 'a.db')
 
     def start(self, *arguments, **settings):
-        terminal = Terminal(*arguments, **settings)
+        terminal = Terminal(PROGRAM, *arguments, **settings)
         self.addCleanup(terminal.close)
         return terminal
 
     def shown(self, *arguments, **settings):
         terminal = self.start(*arguments, **settings)
-        text = terminal.read()
-        terminal.process.wait(timeout=60)
-        return text
+        terminal.wait()
+        return terminal.text
 
+    def feed(self, terminal, text, seconds=0.0):
+        """Writes a piece to the program's input, again and again for so long."""
+        deadline = time.monotonic() + seconds
+        while True:
+            terminal.process.stdin.write(text)
+            terminal.process.stdin.flush()
+            if time.monotonic() >= deadline:
+                return
+            terminal.read_some()
+
+    def load_with_a_bar(self, *more, **settings):
+        """A load from a pipe whose progress bar is there."""
+        terminal = self.start('load', '-', '--from', 'csv', '--table', 't', '--into', 'p.db', *more,
+                              stdin=subprocess.PIPE, **settings)
+        self.feed(terminal, b'x\n')
+        while '/s' not in terminal.text:
+            self.feed(terminal, b'1\n' * 10000)
+            terminal.read_some()
+        return terminal
+
+
+class Looks(AtTerminal):
     def test_tables_fit_the_width(self):
         sample('clients.dbf', 'clients.dbt')
         for columns in [80, 200]:
@@ -105,7 +91,7 @@ class AtTheTerminal(ProgramTest):
 
     def test_missing_pager_is_reported(self):
         text = self.shown('query', 'a.db', NUMBERS.format(60), environment={'PAGER': 'no-such-pager'})
-        self.assertIn('--no-pager does without', text)
+        self.assertIn('use --no-pager', text)
 
     def test_a_pager_that_ends_early_ends_the_program(self):
         terminal = self.start('query', 'a.db', NUMBERS.format(3000000), environment={'PAGER': 'head -n 3'})
@@ -127,35 +113,171 @@ class AtTheTerminal(ProgramTest):
             self.assertNotIn('\x1b', text)
             self.assertNotIn('\x07', text)
 
-    def test_ctrl_c_ends_list_and_query(self):
-        for arguments in [['list', '-', '--from', 'csv'], ['query', 'a.db', NUMBERS.format(3000000000), '--no-pager'],
-                          ['query', 'a.db', NUMBERS.format(3000000000).replace('SELECT n FROM', 'SELECT max(n) FROM')]]:
-            with self.subTest(arguments):
-                terminal = self.start(*arguments, stdin=subprocess.PIPE)
-                terminal.read('nothing of the kind', seconds=0.5)
-                terminal.process.send_signal(signal.SIGINT)
-                terminal.read()
-                self.assertEqual(terminal.process.wait(timeout=60), 130)
-
-    def test_progress_appears_after_a_second_and_is_gone_at_the_end(self):
-        for sure, ends in [(['--progress', 'auto'], True), (['--progress', 'never'], False)]:
-            terminal = self.start('load', '-', '--from', 'csv', '--table', 't', '--into', 'p.db', '--replace', *sure,
-                                  stdin=subprocess.PIPE)
-            terminal.process.stdin.write(b'x\n')
-            for _ in range(16):
-                terminal.process.stdin.write(b'1\n' * 70000)
-                terminal.process.stdin.flush()
-                time.sleep(0.1)
-            terminal.process.stdin.close()
-            text = terminal.read()
-            self.assertEqual(terminal.process.wait(timeout=60), 0)
-            self.assertEqual('records' in text.split('\x1b[K')[1] if '\x1b[K' in text else False, ends, text)
-            self.assertTrue(text.endswith('-: 1120000 records read, 0 left out, 1120000 stored in table t\n'))
-
     def test_short_work_shows_no_progress(self):
         write('big.dbf', many_records(1000))
         self.assertEqual(self.shown('load', 'big.dbf', '--into', 'b.db'),
                          'big.dbf: 1000 records read, 0 left out, 1000 stored in table big\n')
+
+
+class Progress(AtTerminal):
+    def test_bar_appears_after_a_second_and_is_gone_at_the_end(self):
+        begin = time.monotonic()
+        terminal = self.load_with_a_bar()
+        self.assertGreaterEqual(time.monotonic() - begin, 1)
+        self.assertRegex(terminal.text, r'\r\x1b\[K-  \d+ records  [\d.]+ .?B  [\d.]+ .?B/s')
+        terminal.process.stdin.close()
+        self.assertEqual(terminal.wait(), 0)
+        self.assertRegex(terminal.text, r'\r\x1b\[K-: \d+ records read, 0 left out, \d+ stored in table t\n\Z')
+
+    def test_never_shows_no_bar(self):
+        terminal = self.start('load', '-', '--from', 'csv', '--table', 't', '--into', 'p.db', '--progress', 'never',
+                              stdin=subprocess.PIPE)
+        self.feed(terminal, b'1\n' * 10000, seconds=1.5)
+        terminal.process.stdin.close()
+        self.assertEqual(terminal.wait(), 0)
+        self.assertRegex(terminal.text, r'\A-: \d+ records read, [^\n]*\n\Z')
+
+    def test_bar_fits_80_and_200_columns_and_any_locale(self):
+        for columns in [80, 200]:
+            for locale in ['C.UTF-8', 'C']:
+                with self.subTest(columns, locale=locale):
+                    terminal = self.load_with_a_bar('--replace', columns=columns, environment={'LC_ALL': locale})
+                    bars = re.findall(r'\r\x1b\[K([^\r]+)', terminal.text)
+                    self.assertTrue(bars)
+                    self.assertLess(max(map(len, bars)), columns)
+
+    def test_bar_follows_a_new_width(self):
+        terminal = self.load_with_a_bar()
+        self.assertGreater(len(terminal.text.split('\x1b[K')[-1]), 20)
+        terminal.resize(20)
+        end = len(terminal.text)
+        while len(re.findall(r'\r\x1b\[K[^\r]+(?=\r)', terminal.text[end:])) < 2:
+            self.feed(terminal, b'1\n' * 10000)
+            terminal.read_some()
+        self.assertLess(len(re.findall(r'\r\x1b\[K([^\r]+)(?=\r)', terminal.text[end:])[-1]), 20)
+        terminal.process.stdin.close()
+        self.assertEqual(terminal.wait(), 0)
+
+
+class Resizing(AtTerminal):
+    """The window gets another size while the program runs."""
+
+    def setUp(self):
+        super().setUp()
+        write('wide.csv', 'a,b\n' + f'{"x" * 100},{"y" * 20}\n' * 3)
+
+    def resize_often(self, terminal):
+        for columns in [40, 200, 60, 80]:
+            terminal.resize(columns)
+
+    def test_list_fits_the_width_of_the_moment_when_it_prints(self):
+        for before, after in [(80, 200), (200, 80)]:
+            with self.subTest(before):
+                terminal = self.start('list', '-', '--from', 'csv', '-q', columns=before, stdin=subprocess.PIPE)
+                terminal.process.stdin.write(b'a,b\n')
+                terminal.process.stdin.flush()
+                terminal.resize(after)
+                terminal.process.stdin.write(f'{"x" * 100},{"y" * 20}\n'.encode() * 3)
+                terminal.process.stdin.close()
+                self.assertEqual(terminal.wait(), 0)
+                longest = max(map(len, terminal.text.splitlines()))
+                self.assertEqual(longest, 80 if after == 80 else 122)
+
+    def test_list_and_query_of_many_rows_go_on_with_their_columns(self):
+        write('long.csv', 'a,b\n' + ''.join(f'{n},{n}\n' for n in range(30000)))
+        for arguments in [['list', 'long.csv', '-q'], ['query', 'long.csv', 'SELECT * FROM long', '-q'],
+                          ['query', 'a.db', NUMBERS.format(30000)]]:
+            with self.subTest(arguments):
+                terminal = self.start(*arguments, '--no-pager')
+                terminal.read('\n100')
+                self.resize_often(terminal)
+                self.assertEqual(terminal.wait(), 0)
+                self.assertEqual(len(terminal.text.splitlines()), 30002)
+
+    def test_query_that_computes_is_not_disturbed(self):
+        terminal = self.start('query', 'a.db', NUMBERS.format(1000000).replace('SELECT n FROM', 'SELECT max(n) FROM'))
+        terminal.wait_until_busy(0.05)
+        self.resize_often(terminal)
+        self.assertEqual(terminal.wait(), 0)
+        self.assertIn('1000000\n', terminal.text)
+
+    def test_pager_learns_of_the_new_size(self):
+        write('pager', 'trap "stty size </dev/tty; exit" WINCH\necho ready\nwhile :; do sleep 0.05; done\n')
+        for arguments in [['list', 'long.csv'], ['query', 'a.db', NUMBERS.format(60)]]:
+            write('long.csv', 'x\n' + '1\n' * 100)
+            with self.subTest(arguments):
+                terminal = self.start(*arguments, environment={'PAGER': 'sh pager'})
+                terminal.read('ready')
+                terminal.resize(50, 30)
+                self.assertEqual(terminal.wait(), 0)
+                self.assertIn('30 50\n', terminal.text)
+
+    @unittest.skipUnless(shutil.which('less'), 'less is not here')
+    def test_less_shows_more_lines_in_a_higher_window(self):
+        terminal = self.start('query', 'a.db', NUMBERS.format(500), rows=10)
+        terminal.read('  7\x1b')
+        self.assertNotIn(' 30\x1b', terminal.text)
+        terminal.resize(80, 50)
+        terminal.read(' 40\x1b')
+        terminal.send(b'q')
+        self.assertEqual(terminal.wait(), 0)
+
+
+class CtrlC(AtTerminal):
+    """Ctrl-C is typed, so that it reaches the pager too."""
+
+    def check_ended(self, terminal):
+        terminal.send(CTRL_C)
+        self.assertEqual(terminal.wait(), 128 + signal.SIGINT)
+
+    def test_list_that_waits_for_its_input(self):
+        for columns in [80, 200]:
+            terminal = self.start('list', '-', '--from', 'csv', '--no-pager', columns=columns, stdin=subprocess.PIPE)
+            wait_until_watching(terminal.process)
+            self.check_ended(terminal)
+
+    def test_query_that_prints(self):
+        terminal = self.start('query', 'a.db', ENDLESS, '--no-pager')
+        terminal.read('\n1000\n')
+        self.check_ended(terminal)
+
+    def test_query_that_computes(self):
+        write('long.csv', 'x\n1\n')
+        for place in ['a.db', 'long.csv']:
+            terminal = self.start('query', place, ENDLESS.replace('SELECT n FROM', 'SELECT max(n) FROM'))
+            terminal.wait_until_busy()
+            self.check_ended(terminal)
+
+    def test_load_with_a_bar_takes_everything_back(self):
+        before = self.files()
+        terminal = self.load_with_a_bar()
+        self.check_ended(terminal)
+        self.assertTrue(terminal.text.endswith('\r\x1b[K'), terminal.text[-200:])
+        self.assertEqual(self.files(), before)
+
+    def test_pager_decides_what_it_does(self):
+        write('pager', 'trap "echo interrupted" INT\necho ready\nread line\nwhile read line; do :; done\necho over\n')
+        terminal = self.start('query', 'a.db', ENDLESS, environment={'PAGER': 'sh pager'})
+        terminal.read('ready')
+        self.check_ended(terminal)
+        self.assertIn('interrupted', terminal.text)
+        self.assertIn('over', terminal.text)
+
+    @unittest.skipUnless(shutil.which('less'), 'less is not here')
+    def test_less_stays_until_its_user_leaves(self):
+        write('long.csv', 'x\n' + '1\n' * 100)
+        terminal = self.start('list', 'long.csv')
+        terminal.read(':')
+        terminal.send(CTRL_C)
+        deadline = time.monotonic() + PATIENCE
+        while '(END)' not in terminal.text and time.monotonic() < deadline:
+            terminal.send(b'G')  # keys that come while less is interrupted are lost
+            terminal.read_some()
+        self.assertIn('(END)', terminal.text)
+        self.assertIsNone(terminal.process.poll())
+        terminal.send(b'q')
+        terminal.wait()
+        self.assertIn('left out, 100 shown', terminal.text)
 
 
 if __name__ == '__main__':

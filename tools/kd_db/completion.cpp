@@ -2,11 +2,18 @@
 
 #include "commandline.h"
 #include "exitstatus.h"
+#include "inputs.h"
+#include "sqlcompletion.h"
 
 #include <kd_lib/exchange/opensource.h>
 
 #include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <set>
 #include <sstream>
+#include <sys/time.h>
+#include <unistd.h>
 
 namespace kd_tool {
 
@@ -21,6 +28,7 @@ struct Line {
     std::string Last;
     std::string Lead;                    ///< the text before it in the same word: "--into="
     std::vector<std::string> Arguments;  ///< before the last word
+    std::vector<std::string> Before;     ///< all words before it, without an option that waits for its value
 };
 
 class Candidates {
@@ -82,6 +90,7 @@ Line readLine(const std::vector<std::string>& words)
     Line line;
     line.Command = &commandNamed(words.front());
     line.Last = words.back();
+    line.Before.assign(words.begin() + 1, words.end() - 1);
     for (std::size_t i = 1; i + 1 < words.size(); ++i) {
         const std::string& word = words[i];
         if (word.size() < 2 || word.front() != '-') {
@@ -95,6 +104,9 @@ Line readLine(const std::vector<std::string>& words)
             // A shell may split --into=FILE into three words.
             i += i + 2 < words.size() && words[i + 1] == "=" ? 1U : 0U;
             line.Awaited = i + 2 == words.size() ? option : nullptr;
+            if (line.Awaited != nullptr) {
+                line.Before.resize(line.Before.size() - (line.Before.back() == "=" ? 2 : 1));
+            }
             ++i;
         }
     }
@@ -102,17 +114,40 @@ Line readLine(const std::vector<std::string>& words)
     return line;
 }
 
-/// The names of a file's columns, if it can be opened; the pieces before the last comma stay.
+/// The options of the words so far; the defaults where they are not right yet.
+Options optionsSoFar(const Line& line)
+{
+    std::vector<std::string> words = line.Before;
+    // A shell may split --from=csv into three words.
+    for (std::size_t i = 1; i < words.size(); ++i) {
+        if (words[i] == "=") {
+            words.erase(words.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+    }
+    words.insert(words.begin(), "--help");  // nothing is missing
+    try {
+        return parseArguments(*line.Command, words);
+    } catch (const UsageError&) {
+        Options options;
+        options.Arguments = line.Arguments;
+        return options;
+    }
+}
+
+/// The names of the first file's columns, if it can be opened; the pieces before the last comma stay.
 std::string columnCandidates(const Line& line, const std::string& end)
 {
     const std::size_t comma = line.Last.rfind(',');
     const std::string before = comma == std::string::npos ? "" : line.Last.substr(0, comma + 1);
     Candidates candidates(line.Last, line.Lead);
-    if (line.Arguments.empty() || line.Arguments.front() == "-") {
+    Options options = optionsSoFar(line);
+    std::error_code error;
+    if (options.Arguments.empty() || !std::filesystem::is_regular_file(options.Arguments.front(), error)) {
         return {};
     }
     try {
-        const auto source = exchange::openSource(line.Arguments.front());
+        options.Source.Infer = false;  // names alone do not need all rows
+        const auto source = exchange::openSource(options.Arguments.front(), options.Source);
         for (const exchange::Column& column : source->columns()) {
             candidates.add(std::string(before).append(column.Name).append(end), exchange::typeName(column.Type));
         }
@@ -122,16 +157,54 @@ std::string columnCandidates(const Line& line, const std::string& end)
     return candidates.Text;
 }
 
-/// The values of an option: a choice, a file, a column.
+/// The tables of the database that a load or a comparison names.
+std::string tableCandidates(const Line& line)
+{
+    Options options = optionsSoFar(line);
+    const bool inArguments = options.Into.empty() && options.Arguments.size() > 1;
+    const std::string database = inArguments ? options.Arguments.back() : options.Into;
+    if (database.empty()) {
+        return {};
+    }
+    std::set<std::string> told;
+    Candidates candidates(line.Last, line.Lead);
+    for (const SchemaColumn& column : schemaOf({database}, {})) {
+        if (told.insert(column.Table).second) {
+            candidates.add(column.Table, "table");
+        }
+    }
+    return candidates.Text;
+}
+
+std::string sqlTextCandidates(const Line& line)
+{
+    const Options options = optionsSoFar(line);
+    Candidates candidates(line.Last, line.Lead);
+    for (const auto& [candidate, description] : sqlCandidates(line.Last, schemaOf(options.Arguments, options.Source))) {
+        candidates.add(candidate, description);
+    }
+    return candidates.Text;
+}
+
+bool isNameOption(const OptionSpec& option)
+{
+    const std::string_view name = option.Name;
+    return name == "select" || name == "type" || name == "table";
+}
+
+/// Whether the word is SQL that has been begun, and no file.
+bool isSql(const Line& line)
+{
+    return std::string_view(line.Command->Name) == "query" && !line.Arguments.empty() &&
+           line.Last.find(' ') != std::string::npos && !std::filesystem::exists(line.Last);
+}
+
+/// The values of an option: a choice or a file.
 std::string valueCandidates(const Line& line, const OptionSpec& option)
 {
     const std::string value = option.Value;
-    const std::string name = option.Name;
-    if (name == "select") {
-        return columnCandidates(line, "");
-    }
-    if (name == "type") {
-        return columnCandidates(line, "=");
+    if (isNameOption(option)) {
+        return {};
     }
     if (value == "FILE" || value == "OUT" || value == "DATABASE") {
         return ":files\n";
@@ -161,6 +234,11 @@ std::string argumentCandidates(const Line& line)
     if (command == "inspect") {
         return ":files dbf dbt fpt mem\n";
     }
+    if (command == "query" && !line.Arguments.empty()) {
+        Candidates candidates(line.Last);
+        candidates.add("SELECT ", "SQL");
+        return candidates.Text + ":files\n";
+    }
     if (command == "import" || command == "query" || (command == "verify" && !line.Arguments.empty())) {
         return ":files\n";
     }
@@ -178,14 +256,46 @@ std::string completions(const std::vector<std::string>& words)
         if (words.front() == "help") {
             return words.size() == 2 ? commandCandidates(words.back()) : "";
         }
-        Line line = readLine(words);
+        const Line line = readLine(words);
         if (line.Awaited != nullptr) {
             return valueCandidates(line, *line.Awaited);
+        }
+        if (isSql(line)) {
+            return {};
         }
         return line.Last.substr(0, 1) == "-" ? optionCandidates(*line.Command, line.Last) : argumentCandidates(line);
     } catch (const UsageError&) {
         return {};  // an unknown command has nothing to complete
     }
+}
+
+std::string nameCompletions(const std::vector<std::string>& words)
+{
+    if (words.size() < 2 || words.front() == "help") {
+        return {};
+    }
+    try {
+        const Line line = readLine(words);
+        const std::string_view name = line.Awaited != nullptr ? line.Awaited->Name : "";
+        if (name == "table") {
+            return tableCandidates(line);
+        }
+        if (name == "select" || name == "type") {
+            return columnCandidates(line, name == "type" ? "=" : "");
+        }
+        return line.Awaited == nullptr && isSql(line) ? sqlTextCandidates(line) : "";
+    } catch (const UsageError&) {
+        return {};
+    }
+}
+
+void limitCompletionTime()
+{
+    constexpr suseconds_t limit = 50000;
+    std::signal(SIGALRM, [](int) { ::_exit(statusDone); });
+    itimerval timer{};
+    timer.it_value.tv_usec = limit;
+    ::setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
 }  // namespace kd_tool

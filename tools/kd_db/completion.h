@@ -14,7 +14,15 @@ inline constexpr std::string_view completionCommand = "__complete";
 
 /// The candidates that begin with the last word, one a line, "CANDIDATE<tab>DESCRIPTION". A last line that begins with
 /// ":" makes the shell complete file names: ":files" all, ":files dbf csv" those with one of these extensions in any
-/// case of letters, and folders.
+/// case of letters, and folders. No file is read.
 std::string completions(const std::vector<std::string>& words);
+
+/// The same for names of columns and tables, and for SQL: read from the files and the database that the words before
+/// name. Servers are not asked.
+std::string nameCompletions(const std::vector<std::string>& words);
+
+/// Nobody waits long for a completion: from now on the process has 50 ms of the clock, then it ends with status 0. What
+/// it printed before stays.
+void limitCompletionTime();
 
 }  // namespace kd_tool

@@ -31,7 +31,7 @@ TableStyle screenStyle(const Options& options)
 {
     TableStyle style;
     if (isTerminal(STDOUT_FILENO)) {
-        style.Room = screenSize(STDOUT_FILENO).Columns;
+        style.Terminal = STDOUT_FILENO;
     }
     style.Colored = useColor(options.Color, STDOUT_FILENO);
     style.Mark = localeIsUtf8() ? "\xE2\x80\xA6" : ">";

@@ -58,7 +58,9 @@ int runCommand(const std::string& name, const std::vector<std::string>& argument
         return print("kd_db " KD_TOOL_VERSION "\n", console);
     }
     if (name == completionCommand) {
-        return print(completions(arguments), console);
+        print(completions(arguments), console);
+        limitCompletionTime();
+        return print(nameCompletions(arguments), console);
     }
     if (name.front() == '-') {
         throw UsageError("unknown option \"" + name + "\"; options follow the command");

@@ -1,9 +1,11 @@
 #include "tableview.h"
 
 #include "celltext.h"
+#include "terminal.h"
 #include "textwidth.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace kd_tool {
@@ -98,7 +100,12 @@ void TableView::layOut()
         need.Cuttable = !Numeric[i];
         needs.push_back(need);
     }
+    if (Style.Terminal >= 0) {
+        Style.Room = screenSize(Style.Terminal).Columns;
+    }
     Widths = columnWidths(needs, Style.Room, gap.size());
+    const std::size_t gaps = Widths.empty() ? 0 : gap.size() * (Widths.size() - 1);
+    Spare = Style.Room - std::min(Style.Room, std::accumulate(Widths.begin(), Widths.end(), gaps));
     if (Widths.size() < Names.size()) {
         Notes.push_back({std::to_string(Widths.size()) + " of " + std::to_string(Names.size()) +
                          " columns fit on the screen; --select chooses others, --format csv prints all"});
@@ -138,6 +145,7 @@ void TableView::printHeading()
 void TableView::print(const Row& row)
 {
     Line.clear();
+    LineLeft = Spare;
     for (std::size_t i = 0; i < Widths.size(); ++i) {
         Line += i > 0 ? gap : "";
         appendCell(row.cell(i), row.Looks[i], i);
@@ -153,9 +161,12 @@ void TableView::appendCell(std::string_view text, Look look, std::size_t column)
     std::string cut;
     std::size_t cells = textWidth(text);
     if (cells > width && Style.Room > 0) {
-        cut = truncated(text, width, Style.Mark);
-        text = cut;
-        cells = textWidth(text);
+        if (cells > width + LineLeft) {
+            cut = truncated(text, width + LineLeft, Style.Mark);
+            text = cut;
+            cells = textWidth(text);
+        }
+        LineLeft -= cells - std::min(cells, width);
     }
     const std::size_t padding = width - std::min(cells, width);
     const bool right = look == Look::Right || (look == Look::Null && Numeric[column]);

@@ -101,7 +101,7 @@ TEST(TableView, WideCharactersAreAligned)
 TEST(TableView, ColumnsWithoutRoomAreLeftOutAndReported)
 {
     Collected sink;
-    TableView view(sink, {10, false, ">"});
+    TableView view(sink, {.Room = 10});
     view.begin("a", people);
     Record record;
     record.Cells = {Cell::text("r1c1"), Cell::number("1234567")};
@@ -120,8 +120,12 @@ TEST(TableView, WidthsAreThoseOfTheFirstPage)
     rows.push_back({Cell::text("far wider"), Cell::number("2")});
     std::string text = printed(people, rows, {});
     EXPECT_EQ(text.substr(text.size() - 15), "far wider    2\n");
+    EXPECT_EQ(printed(people, rows, {80, false, ">"}), text) << "there is room for it";
+    text = printed(people, rows, {11, false, ">"});
+    EXPECT_EQ(text.substr(text.size() - 12), "far w>    2\n");
+    rows.back() = {Cell::text("abcd"), Cell::number("123456")};
     text = printed(people, rows, {80, false, ">"});
-    EXPECT_EQ(text.substr(text.size() - 10), "far>    2\n");
+    EXPECT_EQ(text.substr(text.size() - 13), "abcd  123456\n");
 }
 
 TEST(TableView, ColourMarksHeadingsAndNull)

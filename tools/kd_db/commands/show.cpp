@@ -52,7 +52,7 @@ void printColumns(const std::vector<exchange::Column>& columns, exchange::Output
         heading.insert(heading.end(), {column("letter", Type::Text), column("length", Type::Number),
                                        column("decimals", Type::Number)});
     }
-    TableView view(output, {0, colored, ">"});
+    TableView view(output, {.Colored = colored});
     view.begin({}, heading);
     for (const exchange::Column& described : columns) {
         exchange::Record record;
