@@ -247,6 +247,8 @@ TEST_F(InspectTest, MemoryVariables)
     EXPECT_EQ(damaged(), (Texts{"!40+34 variable 2: the file ends within it"}));
     lines("type.mem", number + header("X", 'Z', 0, 0));
     EXPECT_EQ(damaged(), (Texts{"!51+1 variable 2: an unknown type; nothing can be explained from byte 40 on"}));
+    lines("rest.mem", bytes + "junk");
+    EXPECT_EQ(Lines.back(), "77+4 rest of the file: not read");
     lines("empty.mem", "");
     EXPECT_FALSE(Sound);
 }

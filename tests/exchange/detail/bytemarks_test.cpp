@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <new>
 #include <string>
 
 using namespace kd_lib::exchange::detail;
@@ -59,6 +61,16 @@ TEST(ByteMarks, HighBytesAtEveryPlace)
         EXPECT_NE(PortableMarks(marks)(block.data()).High, 0U);
         EXPECT_NE(Marks(marks)(block.data()).High, 0U);
     }
+}
+
+TEST(ByteMarks, AFinderKeepsToItsOwnMemory)
+{
+    struct Room {
+        alignas(Marks) unsigned char Finder[sizeof(Marks)];
+        unsigned char After[64];
+    } room = {};
+    new (room.Finder) Marks(marks);
+    EXPECT_EQ(std::ranges::count(room.After, 0), 64);
 }
 
 }  // namespace
