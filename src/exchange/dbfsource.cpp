@@ -91,7 +91,7 @@ DbfSource::Reader::Reader(DbfSource& source, const SourceOptions& options)
     const std::vector<detail::WantedField> wanted = wantedFields();
     openMemo(wanted);
     Decoder.emplace(Layout, wanted, Page, Options.OnEncodingError, Memo ? &*Memo : nullptr);
-    need({});
+    Reader::need({});
     for (const std::vector<Note>& some : {detail::layoutNotes(Layout), InFile.Notes}) {
         for (const Note& one : some) {
             source.note(one.Text, one.Loss);

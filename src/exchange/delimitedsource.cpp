@@ -81,7 +81,7 @@ DelimitedSource::Reader::Reader(DelimitedSource& source, const SourceOptions& op
     source.Current.Cells.resize(source.Columns.size());
     Cells.setColumns(source.Columns);
     Unquoted.resize(source.Columns.size());
-    need({});
+    Reader::need({});
 }
 
 const CodePage* DelimitedSource::Reader::pageToConvert() const

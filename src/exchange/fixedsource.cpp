@@ -87,7 +87,7 @@ FixedSource::Reader::Reader(FixedSource& source, const SourceOptions& options)
     source.Columns = detail::columnsOf(inFile, Chosen, options.OnEncodingError);
     source.Current.Cells.resize(source.Columns.size());
     Cells.setColumns(source.Columns);
-    need({});
+    Reader::need({});
 }
 
 /// Columns are counted in bytes, and lines end with a byte: both need a page based on ASCII.

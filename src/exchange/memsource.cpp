@@ -96,7 +96,7 @@ MemSource::Reader::Reader(MemSource& source, const SourceOptions& options)
     source.Columns = detail::columnsOf(inFile, Chosen, options.OnEncodingError);
     source.Current.Cells.resize(source.Columns.size());
     Cells.setColumns(source.Columns);
-    need({});
+    Reader::need({});
 }
 
 void MemSource::Reader::need(const std::vector<bool>& needed)

@@ -173,7 +173,8 @@ std::size_t MemReader::lengthOfText()
     if (Form == MemForm::Text) {
         return low;
     }
-    const std::size_t length = low + std::size_t{256} * formats::byteAt(header.data(), memfile::highLengthAt);
+    const std::size_t high = formats::byteAt(header.data(), memfile::highLengthAt);
+    const std::size_t length = (high << 8U) + low;
     const std::size_t other = formats::big32(header.data() + memfile::longLengthAt);
     return Form == MemForm::FoxPro && !endsWithZero(length) && endsWithZero(other) ? other : length;
 }
