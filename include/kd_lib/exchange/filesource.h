@@ -18,7 +18,7 @@ namespace detail {
 class FileReader;
 }
 
-/// What the sources of files share. Each derived source makes a reader of its format.
+/// The common part of the sources of files. Each derived source creates a reader for its format.
 class KD_LIB_EXPORT FileSource : public Source {
 public:
     ~FileSource() override;
@@ -33,7 +33,7 @@ public:
 protected:
     explicit FileSource(const std::string& file);
 
-    /// Sets the reader, which must be done in the constructor.
+    /// Sets the reader; derived classes must call it in their constructor.
     void readBy(std::unique_ptr<detail::FileReader> reader);
 
 private:

@@ -34,7 +34,7 @@ TEST(FixedColumnsTest, PositionsAreTheEndsOfColumns)
     EXPECT_EQ(columnsOf("0|4"), "!");
     EXPECT_EQ(columnsOf("5||6"), "!");
     EXPECT_EQ(columnsOf("1073741823"), "field#0 1073741823+1073741823");
-    EXPECT_EQ(columnsOf("1073741824"), "!") << "its end is no position in a line";
+    EXPECT_EQ(columnsOf("1073741824"), "!") << "its end is not a position in a line";
 }
 
 TEST(FixedColumnsTest, NamedRangesCountFromOne)
