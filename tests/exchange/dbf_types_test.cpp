@@ -201,6 +201,8 @@ TEST_F(DbfTypes, DatesOfOtherLengths)
     EXPECT_EQ(cell(3, 'D', "20240229   "), "2024-02-29");
     EXPECT_EQ(cell(3, 'D', "202402"), "unreadable");
     EXPECT_EQ(cell(3, 'D', "  "), "null");
+    XbaseFile file(3, {{"D", 'D', 7}, {"N", 'N', 1}});
+    EXPECT_EQ(read(file.record({"2024022", "9"})).Rows, (Rows{{"unreadable", "9"}})) << "no digit of the next field";
 }
 
 TEST_F(DbfTypes, IntegersOfVisualFoxPro)

@@ -287,6 +287,7 @@ TEST(DelimitedSource, Utf16NeedsItsName)
 {
     const std::string line = "t.csv: the text is UTF-16: name it as the encoding";
     EXPECT_EQ(failureOf("\xFF\xFE" + utf16("a,b\n1,2\n")), line);
+    EXPECT_EQ(failureOf(std::string("a\0b\0\0", 5)), line) << "half a character at the end";
     EXPECT_EQ(failureOf(utf16("a,b\n1,2\n")), line);
     EXPECT_EQ(failureOf('\0' + utf16("a,b\n1,2\n")), line);
     EXPECT_EQ(failureOf(std::string("\xFF\xFE\0\0a\0\0\0", 8)), "t.csv: the text is UTF-32: name it as the encoding");
