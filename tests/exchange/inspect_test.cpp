@@ -221,6 +221,7 @@ TEST_F(InspectTest, MemoFiles)
     Covered.clear();
     const std::string fox = memoFox({"first", "second"});
     lines("fox.fpt", fox);
+    EXPECT_NE(std::ranges::find(Lines, "8+504 rest of the header: "), Lines.end());
     EXPECT_TRUE(Sound);
     EXPECT_TRUE(coversTo(fox.size()));
     EXPECT_NE(std::ranges::find(Lines, "584+6   value: 6 bytes: \"second\""), Lines.end());
