@@ -1,4 +1,4 @@
-"""Completions: what the program offers, and what bash, zsh and fish make of it."""
+"""Completions: the program's candidates, and their use in bash, zsh and fish."""
 import os
 import re
 import shutil
@@ -22,7 +22,7 @@ AT_PROMPT = [('kd_db conv', 'kd_db convert'),
 
 
 class Offers(ProgramTest):
-    """What the shells' files get from the program."""
+    """The program's candidates for the shells' files."""
 
     def options_of(self, command):
         return sorted(re.findall(r'^  (?:-\w, )?(--[\w-]+)', self.run_program(command, '--help').out, re.M))
@@ -34,7 +34,7 @@ class Offers(ProgramTest):
         return [line.split('\t')[0] for line in result.out.splitlines()]
 
     def check_names(self, words, names):
-        """As `complete`; but names may be missing where the machine is too busy to read them in time."""
+        """As `complete`, but names may be missing if the machine is too busy to read them in time."""
         deadline = time.monotonic() + PATIENCE
         while names and not self.complete(*words) and time.monotonic() < deadline:
             pass
@@ -151,7 +151,7 @@ class InShells(ProgramTest):
                 self.check_within_patience(lambda: self.complete_in_bash(*words), found)
 
     def check_within_patience(self, complete, found):
-        """Where the machine is busy, names may come at a later attempt only."""
+        """If the machine is busy, names may come only at a later attempt."""
         deadline = time.monotonic() + PATIENCE / 3
         while (now := complete()) != found and time.monotonic() < deadline:
             pass

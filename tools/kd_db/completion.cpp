@@ -114,7 +114,7 @@ Line readLine(const std::vector<std::string>& words)
     return line;
 }
 
-/// The options of the words so far; the defaults where they are not right yet.
+/// The options of the words so far; the defaults if they are not valid yet.
 Options optionsSoFar(const Line& line)
 {
     std::vector<std::string> words = line.Before;
@@ -192,7 +192,7 @@ bool isNameOption(const OptionSpec& option)
     return name == "select" || name == "type" || name == "table";
 }
 
-/// Whether the word is SQL that has been begun, and no file.
+/// Whether the word is the beginning of SQL, and not a file.
 bool isSql(const Line& line)
 {
     return std::string_view(line.Command->Name) == "query" && !line.Arguments.empty() &&

@@ -18,11 +18,11 @@ inline constexpr std::string_view completionCommand = "__complete";
 std::string completions(const std::vector<std::string>& words);
 
 /// The same for names of columns and tables, and for SQL: read from the files and the database that the words before
-/// name. Servers are not asked.
+/// name, but not from servers.
 std::string nameCompletions(const std::vector<std::string>& words);
 
-/// Nobody waits long for a completion: from now on the process has 50 ms of the clock, then it ends with status 0. What
-/// it printed before stays.
+/// A completion must be fast: after 50 ms of wall-clock time from now on the process ends with status 0. Its output
+/// until then is used.
 void limitCompletionTime();
 
 }  // namespace kd_tool

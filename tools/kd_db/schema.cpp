@@ -29,7 +29,7 @@ bool isWord(std::string_view name)
     return !name.empty() && !(name.front() >= '0' && name.front() <= '9') && std::ranges::all_of(name, fits);
 }
 
-/// Names in the form that SQL takes.
+/// Names in the form that SQL accepts.
 class SqlNames {
 public:
     std::string operator()(const std::string& name)

@@ -19,8 +19,8 @@ struct SchemaColumn {
     std::string Type;  ///< as declared
 };
 
-/// The columns of all tables of `query`'s arguments: a SQLite database, or files and folders. Empty where nothing can be
-/// read: a server is not asked, a locked database not waited for, a pipe not opened.
+/// The columns of all tables of `query`'s arguments: a SQLite database, or files and folders. Empty if nothing can be
+/// read: it does not connect to servers, wait for locked databases or open pipes.
 std::vector<SchemaColumn> schemaOf(const std::vector<std::string>& arguments, const exchange::SourceOptions& options);
 
 }  // namespace kd_tool

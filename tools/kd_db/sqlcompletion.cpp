@@ -37,7 +37,7 @@ bool expectsTable(std::string_view word)
     return lower == "from" || lower == "join" || lower == "into" || lower == "update" || lower == "table";
 }
 
-/// Takes the candidates that go on with the unfinished word.
+/// Keeps the candidates that begin with the unfinished word.
 class Collector {
 public:
     Collector(std::string_view before, std::string_view begun) : Before(before), Begun(begun) {}

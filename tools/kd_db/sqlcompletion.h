@@ -1,5 +1,5 @@
 /// \file
-/// What may come next in an SQL statement.
+/// Completes the last word of an SQL statement.
 #pragma once
 
 #include "schema.h"
@@ -11,9 +11,9 @@
 
 namespace kd_tool {
 
-/// The words that may take the place of the last, unfinished one of a statement, each with the statement before it
-/// and with a description: tables after FROM and its like, the columns of a table after its name and a dot; elsewhere columns,
-/// tables, and SQL's words once a letter is there, in the case of that letter. Nothing inside a quoted text.
+/// The words that may replace the last, unfinished one of a statement, each with the statement before it and with a
+/// description: tables after FROM and similar words, the columns of a table after its name and a dot; elsewhere
+/// columns, tables, and, after the first letter, SQL's words in the case of that letter. Nothing inside a quoted text.
 std::vector<std::pair<std::string, std::string>> sqlCandidates(std::string_view statement,
                                                                const std::vector<SchemaColumn>& schema);
 
