@@ -66,7 +66,8 @@ public:
     /// Opens the file `Path`/`name`.`Extension`, where "~" means the home directory.
     /// - Already open: returns true at once and keeps the open file, even if `name` is another one.
     /// - Empty name: error line "No file name provided for table file", false.
-    /// - Otherwise prints "Table: " and the path; then false with the error line "File does not exist"
+    /// - Otherwise prints "Table: " and the path to standard output, unless `std::cout.rdbuf(nullptr)` was called before
+    ///   (docs/console-output.md); then false with the error line "File does not exist"
     ///   or "No permission to read file", or without one when the stream cannot be opened.
     /// - True: `Name` is `name`; `Path` keeps its value. A directory of that name opens too; reading it fails.
     bool open(const std::string& name) override;
@@ -97,6 +98,8 @@ public:
     /// neither the fail nor the bad state. Returns false, and keeps the values of the last record, for a
     /// line longer than `RecordLength` - 1, a truncated fixed-length record, the end of the file, and
     /// fixed-length records with a `RecordLength` of 0.
+    /// End or damage? After false, a table of lines has ended if `File.eof()` is true; else a line was too long. A table
+    /// of fixed-length records has ended if `File.gcount()` is 0; else its last record is truncated.
     bool fetchRecord() override;
 
     /// Defines the columns from the file; positional files hold no definitions, so this only returns true.

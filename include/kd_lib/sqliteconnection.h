@@ -15,8 +15,8 @@ struct sqlite3_stmt;
 
 namespace kd_lib {
 
-/// One SQLite connection with one current statement. `host` is the directory of database files and
-/// `database` the path of the open one. A failure of SQLite puts its message, " [#", its code and "]"
+/// One SQLite connection; set `host` to "" before opening a file: it is the directory of database files, and starts as
+/// "localhost". There is one current statement. `database` is the path of the open file. A failure of SQLite puts its message, " [#", its code and "]"
 /// into `errorText`, reports that once through `message`, and returns false.
 ///
 ///     kd_lib::SQLite3 shop;
@@ -74,6 +74,10 @@ public:
     /// `name` in the directory `host`, where "~" means the home directory; `name` alone when
     /// `host` is empty.
     std::string databasePath(const std::string& name);
+
+    /// Why `name` could not be opened, with its path: `localhost/shop.db: unable to open database file [#14]; there is no
+    /// directory localhost, which host names`. Empty after a success.
+    std::string failureAt(const std::string& name);
 
     /// Attaches the database file at `path` ("~" allowed, `host` not applied) under the schema name
     /// `alias`, which goes into the statement unchanged. Without a connection: the message "No main

@@ -41,6 +41,7 @@ public:
     /// - A deleted record while `ReadDeleted` is false: true; the values of the record before stay, and
     ///   `isDeleted` returns true.
     /// - A record truncated by the end of the file, or a `RecordLength` of 0: false, the values stay.
+    /// - End or damage? Count the records that were fetched: fewer than `RecordCount` mean that the file is damaged.
     bool fetchRecord() override;
 
     /// Reads the header and the field descriptors into `Version`, `LastUpdate`, `RecordCount`,

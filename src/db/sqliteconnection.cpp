@@ -6,6 +6,7 @@
 #include <kd_lib/console.h>
 #include <kd_lib/path.h>
 
+#include <algorithm>
 #include <unistd.h>
 
 namespace kd_lib {
@@ -112,6 +113,20 @@ std::string SQLite3::databasePath(const std::string& name)
     checkHomePath(path);
     addEndSlash(path);
     return path + name;
+}
+
+std::string SQLite3::failureAt(const std::string& name)
+{
+    if (errorText.empty()) {
+        return "";
+    }
+    const std::string path = name == inMemory ? name : databasePath(name);
+    const std::string directory = path.substr(0, std::min(path.rfind('/'), path.size()));
+    std::string text = path + ": " + errorText;
+    if (directory != path && !directory.empty() && ::access(directory.c_str(), F_OK) != 0) {
+        text += "; there is no directory " + directory + (host.empty() ? "" : ", which host names");
+    }
+    return text;
 }
 
 bool SQLite3::openDatabase(const std::string& name, bool create, const std::string& encoding)

@@ -142,6 +142,18 @@ TEST(FileTableFetch, CutFixedRecordIsFalseAndKeepsTheValues)
     EXPECT_FALSE(file.table.fetchRecord());
     EXPECT_EQ("r1c1", file.table.Fields.getData("part"));
     EXPECT_TRUE(file.table.File.eof());
+    EXPECT_EQ(3, file.table.File.gcount()) << "this distinguishes it from the end";
+}
+
+TEST(FileTableFetch, AtTheEndOfFixedRecordsNothingWasRead)
+{
+    Opened<FixedTable> file("....... r1c1 ");
+    file.table.HeaderLength = 8;
+    addColumn(file.table, "part", 0, 5);
+    file.table.firstRecord();
+    ASSERT_TRUE(file.table.fetchRecord());
+    EXPECT_FALSE(file.table.fetchRecord());
+    EXPECT_EQ(0, file.table.File.gcount());
 }
 
 TEST(FileTableFetch, RecordTextEndsAtTheFirstZeroByte)

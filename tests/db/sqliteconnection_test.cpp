@@ -98,6 +98,23 @@ TEST_F(SqliteConnection, DatabasePathJoinsTheHostAsDirectoryAndTheName)
     EXPECT_EQ(Scratch.path() + "/sub/x.db", database.databasePath("x.db"));
 }
 
+TEST_F(SqliteConnection, TheReasonOfAFailureNamesThePath)
+{
+    SQLite3 database;
+    EXPECT_EQ("", database.failureAt("x.db"));
+    printedBy([&] { EXPECT_FALSE(database.createDatabase("x.db")); });
+    EXPECT_EQ("localhost/x.db: unable to open database file [#14]; there is no directory localhost, which host names",
+              database.failureAt("x.db"));
+    database.host = "";
+    printedBy([&] { EXPECT_FALSE(database.useDatabase("x.db")); });
+    EXPECT_EQ("x.db: Cannot find database", database.failureAt("x.db"));
+    printedBy([&] { EXPECT_FALSE(database.createDatabase("none/x.db")); });
+    EXPECT_EQ("none/x.db: unable to open database file [#14]; there is no directory none",
+              database.failureAt("none/x.db"));
+    EXPECT_TRUE(database.createDatabase("x.db"));
+    EXPECT_EQ("", database.failureAt("x.db"));
+}
+
 TEST_F(SqliteConnection, DeliberatelyTheHostIsTheDirectoryOfDatabaseFiles)
 {
     std::filesystem::create_directory("localhost");
