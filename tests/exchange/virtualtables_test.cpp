@@ -285,6 +285,18 @@ TEST_F(VirtualTables, RejectsAndNotesAreReportedOnce)
     EXPECT_EQ(connection.Notes, Values{"1 deleted record left out"});
 }
 
+TEST_F(VirtualTables, AJoinByRowidReadsOneTableThroughAndSeeksInTheOther)
+{
+    Connection connection;
+    connection.rows("CREATE VIRTUAL TABLE t USING kd(" + quoted(numbers(100)) + ")");
+    const std::string join = "SELECT count(*) FROM t a, t b WHERE a.rowid = b.nr";
+    const Values plan = connection.rows("EXPLAIN QUERY PLAN " + join);
+    ASSERT_EQ(plan.size(), 2U);
+    EXPECT_NE(plan[0].find("SCAN b VIRTUAL TABLE INDEX 0:"), std::string::npos) << plan[0];
+    EXPECT_NE(plan[1].find("SCAN a VIRTUAL TABLE INDEX 1:"), std::string::npos) << plan[1];
+    EXPECT_EQ(connection.rows(join), Values{"80"});
+}
+
 TEST_F(VirtualTables, NumbersThatTheColumnCannotHoldAreNull)
 {
     DbfBuilder builder({{"A", 'N', 5}});
