@@ -2,6 +2,8 @@
 
 namespace kd_lib::exchange {
 
+ResultSource::~ResultSource() = default;
+
 DatabaseServer::~DatabaseServer() = default;
 
 }  // namespace kd_lib::exchange

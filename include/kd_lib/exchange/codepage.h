@@ -103,8 +103,9 @@ public:
     std::string reason(std::string_view bytes, const Decoded& decoded) const;
 
 private:
-    class Decoder;
+    class KD_LIB_LOCAL Decoder;
 
+    // exported, because `decode` is inline
     Decoded decodeOther(std::string_view bytes, EncodingErrors onError, std::string& scratch) const;
 
     std::string Name;

@@ -19,6 +19,8 @@ namespace kd_lib::exchange {
 /// The rows of a statement.
 class KD_LIB_EXPORT ResultSource : public Source {
 public:
+    ~ResultSource() override;
+
     /// Rows that the statement inserted, changed or deleted; known when `next` has returned false.
     virtual std::uint64_t changes() const = 0;
 

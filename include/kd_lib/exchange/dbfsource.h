@@ -33,7 +33,7 @@ public:
     ~DbfSource() override;
 
 private:
-    class Reader;
+    class KD_LIB_LOCAL Reader;
 };
 
 }  // namespace kd_lib::exchange

@@ -30,7 +30,7 @@ public:
     ~DelimitedSource() override;
 
 private:
-    class Reader;
+    class KD_LIB_LOCAL Reader;
 };
 
 }  // namespace kd_lib::exchange

@@ -28,7 +28,7 @@ public:
     ~FixedSource() override;
 
 private:
-    class Reader;
+    class KD_LIB_LOCAL Reader;
 };
 
 }  // namespace kd_lib::exchange

@@ -31,7 +31,7 @@ public:
     ~MemSource() override;
 
 private:
-    class Reader;
+    class KD_LIB_LOCAL Reader;
 };
 
 }  // namespace kd_lib::exchange

@@ -65,6 +65,7 @@ protected:
 private:
     static constexpr std::size_t defaultSize = 524288;
 
+    // exported, because `reserve` is inline
     void makeRoom(std::size_t count);
 
     std::size_t Size;

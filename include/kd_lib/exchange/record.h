@@ -58,8 +58,8 @@ public:
     std::optional<std::string_view> bytes() const;  ///< valid until the source's next record
 
 private:
-    const Cell* cellOf(CellKind kind) const;
-    [[noreturn]] void fail(const std::string& reason) const;
+    KD_LIB_LOCAL const Cell* cellOf(CellKind kind) const;
+    [[noreturn]] KD_LIB_LOCAL void fail(const std::string& reason) const;
 
     const Cell& TheCell;
     const Column& TheColumn;

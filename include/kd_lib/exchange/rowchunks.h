@@ -55,7 +55,7 @@ public:
     static std::size_t rowsTaken(const Chunk& chunk, const std::function<bool(std::size_t rows)>& takes);
 
 private:
-    void hand();
+    KD_LIB_LOCAL void hand();
 
     std::function<void(const Chunk&)> Send;
     Chunk Gathered;

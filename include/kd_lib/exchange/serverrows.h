@@ -44,8 +44,8 @@ protected:
 
 private:
     bool read() override;
-    void rerun();
-    bool advance();
+    KD_LIB_LOCAL void rerun();
+    KD_LIB_LOCAL bool advance();
 
     std::uint64_t Number = 0;  // of the current record
     bool Running = false;      // the last row has not been taken

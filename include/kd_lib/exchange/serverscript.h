@@ -50,7 +50,7 @@ public:
     std::optional<std::uint64_t> size() const;  ///< of the script, if known
 
 private:
-    class Reader;
+    class KD_LIB_LOCAL Reader;
 
     std::unique_ptr<Reader> Of;
 };

@@ -66,8 +66,8 @@ protected:
     bool read() override;
 
 private:
-    class Rows;
-    explicit SqliteSource(std::unique_ptr<Rows> rows);
+    class KD_LIB_LOCAL Rows;
+    KD_LIB_LOCAL explicit SqliteSource(std::unique_ptr<Rows> rows);
 
     std::unique_ptr<Rows> Result;
 };

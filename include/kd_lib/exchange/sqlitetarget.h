@@ -95,7 +95,7 @@ public:
     std::string destination() const override;
 
 private:
-    class Load;
+    class KD_LIB_LOCAL Load;
 
     std::string Name;
     SqliteBatch* Batch = nullptr;

@@ -41,7 +41,7 @@ public:
     std::string destination() const override;
 
 private:
-    struct Work;
+    struct KD_LIB_LOCAL Work;
 
     std::string Path;
     const Dialect& To;

@@ -60,20 +60,20 @@ private:
     /// State of the words that show whether a trigger is created, and where its body ends.
     enum class Phase : std::uint8_t { Start, Explain, Create, Plain, Trigger, TriggerSemicolon, TriggerEnd };
 
-    void startStatement();
-    void skipByteOrderMark(std::string_view& block);
-    bool readCode(std::string_view& block);
-    bool takeCharacter(char c);
-    bool opensComment(char c);
-    void takePending();
-    void readQuotes(std::string_view& block);
-    void readComment(std::string_view& block);
-    void readBlockComment(std::string_view& block);
-    bool endsAtSemicolon();
-    void endWord();
-    void otherToken();
-    void append(std::string_view text);
-    void consume(std::string_view& block, std::size_t count);
+    KD_LIB_LOCAL void startStatement();
+    KD_LIB_LOCAL void skipByteOrderMark(std::string_view& block);
+    KD_LIB_LOCAL bool readCode(std::string_view& block);
+    KD_LIB_LOCAL bool takeCharacter(char c);
+    KD_LIB_LOCAL bool opensComment(char c);
+    KD_LIB_LOCAL void takePending();
+    KD_LIB_LOCAL void readQuotes(std::string_view& block);
+    KD_LIB_LOCAL void readComment(std::string_view& block);
+    KD_LIB_LOCAL void readBlockComment(std::string_view& block);
+    KD_LIB_LOCAL bool endsAtSemicolon();
+    KD_LIB_LOCAL void endWord();
+    KD_LIB_LOCAL void otherToken();
+    KD_LIB_LOCAL void append(std::string_view text);
+    KD_LIB_LOCAL void consume(std::string_view& block, std::size_t count);
 
     std::string File;
     std::size_t Longest;

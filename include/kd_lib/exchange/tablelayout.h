@@ -74,7 +74,7 @@ public:
     static Note textNote(const std::string& column, std::uint64_t count);
 
 private:
-    struct Checks;
+    struct KD_LIB_LOCAL Checks;
 
     const Dialect* To;
     TableMode Mode;

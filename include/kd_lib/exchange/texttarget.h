@@ -37,7 +37,7 @@ protected:
     OutputBlock& out();
 
 private:
-    struct Work;
+    struct KD_LIB_LOCAL Work;
 
     std::string Path;
     OutputBlock* Out = nullptr;  // the caller's; null: a file
