@@ -104,11 +104,15 @@ TEST_F(SqliteSourceTest, DeclaredDatesAndBooleansHaveTheValuesThatSqliteStores)
     EXPECT_EQ(rows.columns()[2].Type, ColumnType::BigInteger);
     ASSERT_TRUE(rows.next());
     EXPECT_EQ(rows.record()["b"].integer(), 1);
+}
+
+TEST_F(SqliteSourceTest, OtherDeclarationsOfTimesAndBooleans)
+{
     Opened(Database).run("CREATE TABLE v(z time, m datetime, o bool)");
-    SqliteSource others(Database, "SELECT * FROM v");
-    EXPECT_EQ(others.columns()[0].Type, ColumnType::Text);
-    EXPECT_EQ(others.columns()[1].Type, ColumnType::Text);
-    EXPECT_EQ(others.columns()[2].Type, ColumnType::BigInteger);
+    SqliteSource rows(Database, "SELECT * FROM v");
+    EXPECT_EQ(rows.columns()[0].Type, ColumnType::Text);
+    EXPECT_EQ(rows.columns()[1].Type, ColumnType::Text);
+    EXPECT_EQ(rows.columns()[2].Type, ColumnType::BigInteger);
 }
 
 TEST_F(SqliteSourceTest, ResultWithoutRows)
