@@ -15,6 +15,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <sys/resource.h>
 #include <tuple>
 #include <type_traits>
 #include <vector>
@@ -44,9 +45,18 @@ KD_CLASS_WITH_TYPES_OF_THE_CLIENT(ShopOnMariadb, kd_lib::MariaDB);
 
 using namespace kd_lib;
 
+/// In KiB.
+long peakMemory()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
 struct OnSqlite {
     using Database = SQLite3;
     static bool open(SQLite3& database) { return database.useDatabase(":memory:"); }
+    static std::string host(const SQLite3&) { return ""; }
     static constexpr const char* engine = "SQLITE3";
     static constexpr const char* longText = "TEXT";
 };
@@ -54,6 +64,7 @@ struct OnSqlite {
 struct OnPostgresql {
     using Database = PostgreSQL;
     static bool open(PostgreSQL& database) { return database.connectUri(std::getenv("KD_POSTGRESQL")); }
+    static std::string host(const PostgreSQL& database) { return database.host; }
     static constexpr const char* engine = "POSTGRESQL";
     static constexpr const char* longText = "TEXT";
 };
@@ -61,6 +72,8 @@ struct OnPostgresql {
 struct OnMariadb {
     using Database = MariaDB;
     static bool open(MariaDB& database) { return database.connectUri(std::getenv("KD_MARIADB")); }
+    static std::string host(const MariaDB&) { return std::string(std::getenv("KD_MARIADB")).substr(uriBeforeSocket()); }
+    static std::size_t uriBeforeSocket() { return std::string(std::getenv("KD_MARIADB")).find("socket=") + 7; }
     static constexpr const char* engine = "MARIADB";
     static constexpr const char* longText = "LONGTEXT";
 };
@@ -128,6 +141,45 @@ TYPED_TEST(EngineContract, AConnectionKnowsItsState)
     EXPECT_FALSE(this->database.query("SELECT 1"));
     EXPECT_FALSE(this->database.getTableList());
     EXPECT_TRUE(this->database.disconnect());
+}
+
+TYPED_TEST(EngineContract, ConnectsWithFourSettings)
+{
+    if constexpr (std::is_same_v<TypeParam, OnSqlite>) {
+        GTEST_SKIP() << "a file has no host";
+    } else {
+        typename TypeParam::Database second;
+        second.port = this->database.port;
+        ASSERT_TRUE(second.connect(TypeParam::host(this->database), this->database.user, this->database.password,
+                                   this->database.database))
+            << second.errorText;
+        this->make();
+        EXPECT_TRUE(second.getTableList());
+        ASSERT_EQ(1U, second.tableList.size());
+        EXPECT_FALSE(second.connect(TypeParam::host(this->database), "nobody_of_this_name", "S3cret", "no_such"));
+        EXPECT_NE("", second.errorText);
+        EXPECT_EQ(std::string::npos, second.errorText.find("S3cret"));
+    }
+}
+
+TYPED_TEST(EngineContract, KeepsNoRowsThatWereFetched)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "a sanitizer keeps freed memory back";
+#endif
+    this->make();
+    std::string rows;
+    for (int i = 0; i < 500; ++i) {
+        rows += (i == 0 ? "(" : ",(") + std::to_string(i) + ",'" + std::string(40, 'x') + "')";
+    }
+    ASSERT_TRUE(this->database.execute("INSERT INTO t VALUES " + rows)) << this->database.errorText;
+    ASSERT_TRUE(this->database.query("SELECT x.b, y.b FROM t x, t y"));
+    ASSERT_TRUE(this->database.fetchRow());
+    const long before = peakMemory();
+    while (this->database.fetchRow()) {
+    }
+    EXPECT_EQ(250000U, this->database.rowsFetched);  // 20 MB
+    EXPECT_LT(peakMemory() - before, 8192);
 }
 
 TYPED_TEST(EngineContract, AQueryHasItsColumnsBeforeItsRows)

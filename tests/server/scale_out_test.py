@@ -1,4 +1,5 @@
 """Tables that are spread over several servers, and slices of one file side by side, as docs/scale-out.md shows."""
+import os
 import pathlib
 import subprocess
 import tempfile
@@ -233,6 +234,15 @@ class SlicesTest(ScaleOut):
             self.assertEqual(again.code, 1, again.err)
             self.assertIn(f'record {edges[2][0]}', again.err)
             self.assertEqual(server.execute('SELECT count(*) FROM people', name), [[str(COUNT)]])
+
+    def test_the_start_of_a_slice_costs_one_seek(self):
+        self.file.write_bytes(dbf(numbered(300000)))  # 9 MB
+        with subprocess.Popen([KD_DB, 'convert', self.file, '--records', '299991-', '--to', 'csv'], env=ENVIRONMENT,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL) as process:
+            self.assertEqual(len(process.stdout.read().splitlines()), 11)
+            os.waitid(os.P_PID, process.pid, os.WEXITED | os.WNOWAIT)
+            counts = dict(line.split(': ') for line in pathlib.Path(f'/proc/{process.pid}/io').read_text().splitlines())
+        self.assertLess(int(counts['rchar']), 1 << 20)
 
     def test_postgresql(self):
         self.check(servers.shared()[0], 'CREATE TABLE people (n int PRIMARY KEY, t varchar(20))')

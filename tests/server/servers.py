@@ -1,6 +1,8 @@
 """Private PostgreSQL and MariaDB servers for tests.
 
-A server runs without root's rights, keeps its data in a separate folder, and listens on a Unix socket there and, on request, on a free port of the loopback. A keeper process stops it and removes its folders when the owner process has ended, in whatever way. The server does not outlive its keeper.
+A server runs without root's rights, keeps its data in a separate folder, and listens on a Unix socket there and, on
+request, on a free port of the loopback. A keeper process stops it and removes its folders when the owner process has
+ended, in whatever way. The server does not outlive its keeper.
 
     with PostgreSQL() as server:                    # ends with this block, or with this process
         server.execute('SELECT 1')                  # [['1']], by the server's own client program
