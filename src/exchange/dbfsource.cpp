@@ -208,7 +208,7 @@ void DbfSource::Reader::giveCutRecord(Record& record)
                                 " of " + detail::count(Layout.RecordLength, "byte")});
 }
 
-/// Notes what was found since the last call.
+/// Adds notes about findings since the last call.
 void DbfSource::Reader::tell()
 {
     if (Records.hasNotes()) {

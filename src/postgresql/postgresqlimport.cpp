@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* savepoint = "kd_db_import";
 
-/// What a statement does to the transaction.
+/// The effect of a statement on the transaction.
 enum class Step { None, Begin, Commit, Rollback };
 
 Step stepOf(std::string_view statement)

@@ -31,7 +31,7 @@ using namespace std::chrono_literals;
 constexpr int defaultPairs = 1000;
 constexpr int rows = 3;
 
-/// What a process does.
+/// The task of a process.
 enum class Work { Load, FailingLoad, Import, FailingImport };
 
 enum Outcome { Stored = 0, Locked = 10, Exists = 11, MadeMeanwhile = 12, FailedAsMeant = 13, Other = 14 };

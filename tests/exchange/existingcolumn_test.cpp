@@ -15,7 +15,7 @@ namespace {
 using namespace kd_lib::exchange;
 using Kind = ExistingColumn::Kind;
 
-/// What becomes of a cell in a column: the cell, or why it is refused.
+/// The result for a cell in a column: the cell, or the reason why it is refused.
 std::string fitted(ExistingColumn column, const Cell& cell, Engine engine = Engine::PostgreSql)
 {
     column.Name = "a";

@@ -12,7 +12,7 @@ namespace {
 
 using kd_lib::exchange::RowChunks;
 
-/// What was sent.
+/// The sent chunks.
 struct Sent {
     std::vector<std::string> Texts;
     std::vector<std::vector<std::size_t>> Ends;

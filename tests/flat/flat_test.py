@@ -8,7 +8,7 @@ import tempfile
 FEW, MANY = 10_000, 1_000_000
 LIMIT_KIB = 4096
 
-# What each work reads.
+# The input of each work.
 INPUTS = {"walk": "make-dbf", "walk-text": "make-text", "convert": "make-dbf", "load": "make-dbf",
           "import": "make-script", "query": None}
 

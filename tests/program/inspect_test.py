@@ -7,7 +7,7 @@ GOOD = table([['r1c1', '12'], ['r2c1', '22'], ['r3c1', '32']])
 HEADER = 97
 RECORD = 11
 
-# what is bent: (bytes, a part of the damaged line)
+# damage: (bytes, a part of the damaged line)
 DAMAGED = {
     'cut in a record': GOOD[:HEADER + RECORD + 4],
     'header length': bent(GOOD, 8, b'\0\x10'),

@@ -26,7 +26,7 @@ class Signals(ProgramTest):
         self.before = content('old.db')
 
     def duration(self, arguments):
-        """How long the whole work takes here; what it made is removed."""
+        """How long the whole work takes here; its output is removed."""
         begin = time.monotonic()
         self.assertEqual(self.run_program(*arguments).code, 0)
         return time.monotonic() - begin
@@ -114,7 +114,7 @@ class Ended(Signals):
             code, _, err = self.interrupt(['load', 'big.dbf', 'more.dbf', '--into', 'new.db'], signal.SIGINT, moment)
             self.assertIn(code, [0, 130])
             self.assertNotIn('kd_db:', err)
-            if os.path.exists('new.db'):  # what was loaded before stays
+            if os.path.exists('new.db'):  # records loaded before stay
                 self.check_intact('new.db')
                 self.assertIn(self.loaded('new.db'), [None, RECORDS])
             self.assertLessEqual(set(os.listdir('.')), files | {'new.db'})

@@ -25,7 +25,7 @@ DOCUMENT = pathlib.Path(__file__).resolve().parents[2] / 'docs' / 'hazards.md'
 
 
 class Wrong(Exception):
-    """What came is not what is expected."""
+    """The result is not the expected one."""
 
 
 def expect(condition, text):

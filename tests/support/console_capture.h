@@ -5,7 +5,7 @@
 
 namespace kd_test {
 
-/// What the process wrote while it was captured.
+/// The output of the process while it was captured.
 struct Console {
     std::string out;  ///< standard output
     std::string err;  ///< standard error

@@ -29,7 +29,7 @@ struct SqliteCalls {
     int Steps = 0;
     int Closes = 0;
 
-    /// Results by function: the given code so many times, without the real call.
+    /// Results by function: the given code this number of times, without the real call.
     struct Answer {
         int Code = SQLITE_OK;
         int Times = 0;

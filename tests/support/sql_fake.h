@@ -24,7 +24,7 @@ public:
     std::vector<std::string> Failing;   ///< `execute` and `query` return false for these
     bool RollsBackOnFailure = false;    ///< a failing `execute` calls `rollback`, as a real back end may
     bool ListsDatabases = true;         ///< the result of `getDatabaseList`
-    std::vector<std::string> Schemas;   ///< what it lists
+    std::vector<std::string> Schemas;   ///< the names that it lists
     std::vector<std::string> Columns;   ///< the columns of every query
     Rows Result;                        ///< the rows of every query
     std::size_t Fetched = 0;            ///< the calls of `fetchRow`
@@ -109,7 +109,7 @@ private:
     bool fails(const std::string& sql) const { return std::find(Failing.begin(), Failing.end(), sql) != Failing.end(); }
 };
 
-/// What a paged listing printed, and how many lines of input it read.
+/// The output of a paged listing, and how many lines of input it read.
 struct Paged {
     std::string out;
     std::size_t asked = 0;

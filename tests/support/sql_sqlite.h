@@ -22,7 +22,7 @@ inline std::string failureLine(int code, const std::string& text)
     return text + " [#" + std::to_string(code) + "]\n";
 }
 
-/// What `work` prints; nothing may go to standard error.
+/// The output of `work`; nothing may go to standard error.
 inline std::string printedBy(const std::function<void()>& work)
 {
     const Console console = captured(work);

@@ -23,7 +23,7 @@ namespace kd_test {
 using Row = std::vector<std::string>;
 using Rows = std::vector<Row>;
 
-/// What `work` writes to std::cout: cheaper than `captured`, for tests of many rounds.
+/// The output of `work` on std::cout: cheaper than `captured`, for tests of many rounds.
 template <class Work>
 std::string printedBy(Work work)
 {

@@ -43,7 +43,7 @@ Console displayOf(const std::string& text)
     return captured([&text] { kd_lib::display(text); });
 }
 
-/// What `more` returned and printed with these bytes in a file as standard input.
+/// The result and the output of `more` with these bytes in a file as standard input.
 struct Answer {
     bool goesOn = false;
     Console console;

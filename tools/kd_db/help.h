@@ -8,7 +8,7 @@
 
 namespace kd_tool {
 
-/// The help of the program: its commands and what they share.
+/// The help of the program: its commands, and notes on all of them.
 std::string programHelp();
 
 /// The help of one command, within 80 columns.

@@ -1,5 +1,5 @@
 /// \file
-/// What `ServerDatabase` needs from the back end of a server.
+/// The interface between `ServerDatabase` and the back end of a server.
 #pragma once
 
 #include <kd_lib/detail/statementtext.h>

@@ -7,7 +7,7 @@
 
 namespace kd_lib::exchange {
 
-/// What a cell holds.
+/// The kind of a cell's value.
 enum class CellKind : std::uint8_t {
     Null,       ///< no value
     Text,       ///< UTF-8 text

@@ -73,7 +73,7 @@ public:
     /// Bytes below 128 are the ASCII characters, unless they are the second byte of a character.
     bool isAsciiBased() const { return AsciiBased; }
 
-    /// What `decode` returns.
+    /// The result of `decode`.
     struct Decoded {
         enum class Outcome : std::uint8_t {
             Known,     ///< the page has all bytes
@@ -89,8 +89,8 @@ public:
 
     /// Decodes. The text is `bytes` itself if that is the same in UTF-8, otherwise it is in `scratch`, which only grows
     /// (to at most four times the size of `bytes` and a few bytes more). Do not use the contents of `scratch` directly.
-    /// One U+FFFD replaces what the page lacks: a byte of a page with one byte per character; a double-byte character,
-    /// also one cut by the end; the longest beginning of a character in UTF-8.
+    /// One U+FFFD replaces each unknown character: a byte of a page with one byte per character; a double-byte
+    /// character, also one cut by the end; the longest beginning of a character in UTF-8.
     Decoded decode(std::string_view bytes, EncodingErrors onError, std::string& scratch) const
     {
         if (AsciiBased && isAscii(bytes)) {

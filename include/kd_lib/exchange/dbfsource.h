@@ -14,7 +14,7 @@ namespace kd_lib::exchange {
 /// code page of the options, else that of a .cpg file in the table's folder, else the header's. Memo texts come from
 /// the memo file in the table's folder.
 ///
-/// What each type of field becomes:
+/// The types of the columns:
 ///
 ///     C V M            text          C: without blanks and zero bytes at its end
 ///     N F              number

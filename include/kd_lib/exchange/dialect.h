@@ -1,5 +1,5 @@
 /// \file
-/// What SQL targets need to know about SQLite, PostgreSQL and MySQL/MariaDB.
+/// The SQL dialects of SQLite, PostgreSQL and MySQL/MariaDB.
 #pragma once
 
 #include <kd_lib/export.h>
@@ -51,7 +51,7 @@ struct KD_LIB_EXPORT Dialect {
     std::size_t Columns;            ///< the most columns of a table
     std::size_t VarcharCharacters;  ///< the longest varchar
     TypeWords Types;
-    const char* AfterTable;  ///< what follows the ")" of CREATE TABLE
+    const char* AfterTable;  ///< the text after the ")" of CREATE TABLE
 
     /// The statements, without ";", after which a session reads scripts correctly, whatever its settings were.
     std::span<const std::string_view> Session;

@@ -26,7 +26,7 @@ struct ImportOptions {
     std::chrono::milliseconds Patience = std::chrono::seconds(5);  ///< how long to wait for another program's lock
 };
 
-/// What an import did.
+/// The result of an import.
 struct ImportTally {
     std::uint64_t Statements = 0;  ///< run
 };

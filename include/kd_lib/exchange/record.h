@@ -17,7 +17,7 @@
 
 namespace kd_lib::exchange {
 
-/// What is wrong with a cell or with the whole record.
+/// A fault of a cell or of the whole record.
 enum class FlawKind : std::uint8_t {
     Unreadable,   ///< the cell of kind `Unreadable`
     NoMemoFile,   ///< the same, because the table's memo file is missing; a note of the source reports it once

@@ -51,7 +51,7 @@ public:
     /// The record that `next` read. Mutable, so that a target can mark what it cannot hold.
     Record& record() { return Current; }
 
-    /// Where the cell of the current record is in the file, and its bytes there; for rejects.
+    /// The place of the current record's cell in the file, and its bytes there; for rejects.
     struct Origin {
         std::optional<std::uint64_t> Offset;  ///< of the cell in the file; nothing: it has no bytes there
         std::string_view Bytes;               ///< valid until `next`
@@ -121,7 +121,7 @@ protected:
     /// Adds a note about the file, unless it is there already.
     void note(std::string text, bool loss = false);
 
-    /// The same, where one of the facts says it too.
+    /// The same for a note that one of the facts repeats.
     void noteFact(std::string text);
 
     bool needed(std::size_t column) const { return Needed.empty() || Needed[column]; }

@@ -32,7 +32,7 @@ public:
     /// Stores a record. None of its cells may be unreadable.
     virtual void write(const Record& record) = 0;
 
-    /// Makes what was written visible.
+    /// Makes the written records visible.
     virtual void finish() = 0;
 
     /// Discards everything written, except on standard output.

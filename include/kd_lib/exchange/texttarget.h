@@ -12,7 +12,7 @@
 
 namespace kd_lib::exchange {
 
-/// What targets that write one text share: it goes to a file, which appears when it is finished, or to a block of the
+/// The common part of targets that write one text: to a file, which appears when it is finished, or to a block of the
 /// caller. Floats that are not finite cannot be held.
 class KD_LIB_EXPORT TextTarget : public Target {
 public:
@@ -33,7 +33,7 @@ protected:
     /// Begins the text; `names`: of the columns.
     virtual void open(const std::vector<std::string>& names) = 0;
 
-    /// Where the text goes, from `begin` on.
+    /// The destination of the text, from `begin` on.
     OutputBlock& out();
 
 private:

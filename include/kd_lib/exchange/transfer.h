@@ -37,7 +37,7 @@ struct TransferOptions {
     std::stop_token Stop = {};                             ///< when a stop is requested, the transfer throws `Stopped`
 };
 
-/// What a transfer did.
+/// The result of a transfer.
 struct Tally {
     std::uint64_t Read = 0;     ///< records of the source
     std::uint64_t LeftOut = 0;  ///< deleted ones, and those left out because of a cell

@@ -41,7 +41,7 @@ struct Verification {
 /// compared, again in order. For that both must be able to `seek` back; otherwise the differences are those of the
 /// first comparison. If the counts differ, a record that shares less than half of its values with its counterpart
 /// counts as missing on the other side. Memory: some hashes, which are moved to a temporary file when there are many.
-/// Throws what the sources throw.
+/// Exceptions of the sources pass through.
 KD_LIB_EXPORT Verification verify(Source& source, Source& table, TableLayout& layout,
                                   const TransferOptions& options = {});
 

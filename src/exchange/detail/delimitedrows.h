@@ -14,7 +14,8 @@
 
 namespace kd_lib::exchange::detail {
 
-/// The rows of a text that are records: empty lines are skipped, except a table of one column, where they are records.
+/// The rows of a text that are records: empty lines are skipped, except in a table of one column, where they are
+/// records.
 class DelimitedRows {
 public:
     /// Reads the header, or looks at the first row. `window` must outlive the object. Throws an `Error` if there is no

@@ -47,7 +47,7 @@ public:
 
     /// A text outside of records, such as the name of a column.
     struct SingleText {
-        std::string Utf8;    ///< with U+FFFD for what the page lacks
+        std::string Utf8;    ///< with U+FFFD for bytes that the page lacks
         std::string Reason;  ///< the bytes that the page lacks; empty: none
     };
     SingleText text(std::string_view bytes);

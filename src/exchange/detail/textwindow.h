@@ -23,7 +23,7 @@ namespace kd_lib::exchange::detail {
 class TextWindow {
 public:
     /// Opens the file. `encoding`: the file is converted from this page; null: its bytes are not changed. Throws an
-    /// `Error` where it cannot be read.
+    /// `Error` if it cannot be read.
     TextWindow(const std::string& path, const CodePage* encoding, std::stop_token stop = {});
 
     /// The bytes that are in memory. `blockSize` bytes before the beginning and after the end may be read; they have no
