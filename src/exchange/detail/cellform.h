@@ -40,10 +40,13 @@ private:
     std::size_t Length;
 };
 
-// A form derives from `CommonForm` and has static constexpr char Quote         around dates and times; 0: none static
-// constexpr char Between       between the date and the time of a timestamp static constexpr ShortWord Null, True,
-// False static constexpr std::size_t Longest template <bool Plain> static char* shortText(char* to, std::string_view)
-// of up to `shortSize` bytes; writes at most `Longest` times as
+// A form derives from `CommonForm` and has
+//   static constexpr char Quote         around dates and times; 0: none
+//   static constexpr char Between       between the date and the time of a timestamp
+//   static constexpr ShortWord Null, True, False
+//   static constexpr std::size_t Longest
+//   template <bool Plain>
+//   static char* shortText(char* to, std::string_view)    of up to `shortSize` bytes; writes at most `Longest` times as
 //                                                         many, and `roomAround`
 //   static void longText(std::string_view, OutputBlock&)  of any length
 //   static void bytes(std::string_view, OutputBlock&)

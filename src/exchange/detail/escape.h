@@ -16,10 +16,11 @@
 
 namespace kd_lib::exchange::detail {
 
-// A way to escape is a class with static SixteenBytes marks(SixteenBytes)   which of sixteen bytes are written
-// differently, static std::uint32_t plainMarks(const Lanes&)  the same as bits, where all bytes are printable ASCII
-// characters static constexpr std::size_t Longest      the most bytes that one byte becomes, static char* put(char* to,
-// char byte)     writes a byte, escaped if necessary; returns the end.
+// A way to escape is a class with
+//   static SixteenBytes marks(SixteenBytes)   which of sixteen bytes are escaped,
+//   static std::uint32_t plainMarks(const Lanes&)  the same as bits, if all bytes are printable ASCII characters
+//   static constexpr std::size_t Longest      the most bytes that one byte becomes,
+//   static char* put(char* to, char byte)     writes a byte, escaped if necessary; returns the end.
 
 /// Writes all bytes as they are.
 struct NoEscapes {
