@@ -48,12 +48,18 @@ else()
     set(kd_doc_dir ${CMAKE_INSTALL_DOCDIR})
 endif()
 
-# Documents
-file(GLOB kd_guides ${kd_lib_SOURCE_DIR}/docs/*.md ${kd_lib_SOURCE_DIR}/README.md)
-install(FILES ${kd_guides} DESTINATION ${kd_doc_dir} COMPONENT documentation)
+# Documents, in the folders of the sources, so that their links lead somewhere; and the reference, if it is built.
+install(FILES ${kd_lib_SOURCE_DIR}/README.md ${kd_lib_SOURCE_DIR}/CONTRIBUTING.md ${kd_lib_SOURCE_DIR}/CHANGELOG.md
+    ${kd_lib_SOURCE_DIR}/SECURITY.md DESTINATION ${kd_doc_dir} COMPONENT documentation)
+install(FILES ${kd_lib_SOURCE_DIR}/tests/README.md DESTINATION ${kd_doc_dir}/tests COMPONENT documentation)
+file(GLOB kd_guides ${kd_lib_SOURCE_DIR}/docs/*.md ${kd_lib_SOURCE_DIR}/docs/*.svg ${kd_lib_SOURCE_DIR}/docs/kd_db.1)
+install(FILES ${kd_guides} DESTINATION ${kd_doc_dir}/docs COMPONENT documentation)
 install(DIRECTORY ${kd_lib_SOURCE_DIR}/examples DESTINATION ${kd_doc_dir} COMPONENT documentation
-    FILES_MATCHING PATTERN *.cpp PATTERN *.h PATTERN *.dbf PATTERN *.dbt PATTERN *.csv PATTERN *.tab PATTERN *.txt
+    FILES_MATCHING PATTERN *.cpp PATTERN *.h PATTERN *.dbf PATTERN *.dbt PATTERN *.csv PATTERN *.tab PATTERN parts.txt
     PATTERN *.mem PATTERN consumer/* PATTERN expected EXCLUDE)
+if(KD_BUILD_DOCS)
+    install(DIRECTORY ${kd_lib_BINARY_DIR}/docs/reference/html DESTINATION ${kd_doc_dir} COMPONENT documentation)
+endif()
 
 # The program: it finds the libraries beside itself; its manual page, which Debian has compressed.
 if(TARGET kd_db_program)
