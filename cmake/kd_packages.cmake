@@ -39,6 +39,15 @@ function(kd_package component name section summary description)
     if(section STREQUAL libs)
         set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_CONTROL_EXTRA ${kd_generated}/triggers PARENT_SCOPE)
     endif()
+    # What its user does first. The documents' own README is that of the project.
+    set(readme library)
+    if(component MATCHES "_development$")
+        set(readme server_development)
+    elseif(EXISTS ${kd_lib_SOURCE_DIR}/cmake/debian/readme/${component}.md)
+        set(readme ${component})
+    endif()
+    install(FILES ${kd_lib_SOURCE_DIR}/cmake/debian/readme/${readme}.md DESTINATION share/doc/${name}
+        RENAME README.Debian COMPONENT ${component})
     install(FILES ${kd_generated}/changelog.gz ${kd_generated}/changelog.Debian.gz
         DESTINATION share/doc/${name} COMPONENT ${component})
 endfunction()

@@ -1,4 +1,5 @@
 """Help, version and wrong usage."""
+import os
 import shlex
 import unittest
 
@@ -89,20 +90,34 @@ class Usage(ProgramTest):
 
 
 class Examples(ProgramTest):
-    """Every command of every help runs, one after the other in one folder, on the sample files."""
+    """Every command of every help and of the manual page runs, one after the other in one folder, on the sample files."""
 
-    def test_examples_run(self):
+    def setUp(self):
+        super().setUp()
         for name in make_data.FILES:
             sample(name)
+
+    def check_run(self, example):
+        with self.subTest(example):
+            words = shlex.split(example)
+            self.assertEqual(words[0], 'kd_db')
+            result = self.run_program(*words[1:])
+            self.assertEqual(result.code, 0, result.err)
+
+    def test_examples_of_help_run(self):
         for page in [['--help']] + [[command, '--help'] for command in COMMANDS]:
             examples = self.run_program(*page).out.split('Examples:\n')[1].split('\n\n')[0].splitlines()
             self.assertGreaterEqual(len(examples), 2, page)
             for example in examples:
-                with self.subTest(example):
-                    words = shlex.split(example)
-                    self.assertEqual(words[0], 'kd_db')
-                    result = self.run_program(*words[1:])
-                    self.assertEqual(result.code, 0, result.err)
+                self.check_run(example)
+
+    def test_examples_of_the_manual_page_run(self):
+        with open(os.path.join(os.environ['KD_SOURCE'], 'docs', 'kd_db.1'), encoding='utf-8') as file:
+            section = file.read().split('.Sh EXAMPLES\n')[1].split('.Sh ')[0]
+        examples = [line for line in section.splitlines() if not line.startswith('.')]
+        self.assertGreaterEqual(len(examples), 5)
+        for example in examples:
+            self.check_run(example)
 
 
 if __name__ == '__main__':
