@@ -26,6 +26,9 @@ namespace {
 /// Some file systems have no files without a name.
 bool namelessFiles = true;
 
+/// Whether standard input is closed when a folder is opened, which then has its descriptor.
+bool foldersAreInput = false;
+
 }  // namespace
 
 extern "C" int open(const char* path, int flags, ...)
@@ -33,6 +36,9 @@ extern "C" int open(const char* path, int flags, ...)
     if (!namelessFiles && (flags & O_TMPFILE) == O_TMPFILE) {
         errno = EOPNOTSUPP;
         return -1;
+    }
+    if (foldersAreInput && (flags & O_DIRECTORY) != 0 && (flags & O_TMPFILE) != O_TMPFILE) {
+        ::close(STDIN_FILENO);
     }
     va_list arguments;
     va_start(arguments, flags);
@@ -108,6 +114,17 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Names, OutputFileTest, testing::Bool(),
                          [](const auto& way) { return way.param ? "Nameless" : "Temporary"; });
+
+TEST_P(OutputFileTest, LeavesNoFolderOpenInPlaceOfStandardInput)
+{
+    const int input = ::dup(STDIN_FILENO);
+    foldersAreInput = true;
+    put(path("a"), "text");
+    foldersAreInput = false;
+    EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFD), -1);
+    ::dup2(input, STDIN_FILENO);
+    ::close(input);
+}
 
 TEST_P(OutputFileTest, AppearsWhenItIsCommitted)
 {

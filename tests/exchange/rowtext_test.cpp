@@ -9,6 +9,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <utility>
 
 using namespace kd_lib::exchange;
 using kd_test::columnOf;
