@@ -9,15 +9,13 @@ import unittest
 import servers
 
 README = pathlib.Path(os.environ['KD_SOURCE']) / 'README.md'
-CLIENTS = 4  # of examples/data/clients.dbf, without the deleted one
-SERVER_LINES = 5
+ROWS = {'clients': 4, 'orders': 4}  # of the files in examples/data, without a deleted one
 
 
 def shown_lines():
-    """The commands that follow the sentence about servers."""
-    text = README.read_text(encoding='utf-8')
-    block = re.search(r'The same for a server.*?```sh\n(.*?)```', text, re.DOTALL)
-    return [line for line in block[1].splitlines() if 'shop' in line]
+    """The commands of the block that shows the two servers."""
+    blocks = re.findall(r'```sh\n(.*?)```', README.read_text(encoding='utf-8'), re.DOTALL)
+    return [line for block in blocks if 'postgresql://' in block for line in block.splitlines() if 'shop' in line]
 
 
 class ReadmeTest(unittest.TestCase):
@@ -25,7 +23,7 @@ class ReadmeTest(unittest.TestCase):
         folder = tempfile.TemporaryDirectory(prefix='kd_readme.')
         self.addCleanup(folder.cleanup)
         self.home = pathlib.Path(folder.name)
-        for name in ('clients.dbf', 'clients.dbt'):
+        for name in ('clients.dbf', 'clients.dbt', 'orders.dbf'):
             (self.home / name).write_bytes((pathlib.Path(os.environ['KD_EXAMPLES']) / name).read_bytes())
         self.postgresql = servers.PostgreSQL(tcp=True)
         self.addCleanup(self.postgresql.stop)
@@ -54,13 +52,15 @@ class ReadmeTest(unittest.TestCase):
 
     def test_every_line_runs(self):
         lines = shown_lines()
-        self.assertEqual(len(lines), SERVER_LINES)
+        for words in ('load .*postgresql://', 'load .*mariadb://', 'verify ', r'\| psql', r'\| mariadb'):
+            self.assertTrue(any(re.search(words, line) for line in lines), words)
         for line in lines:
             server = self.postgresql if re.search('postgresql|psql', line) else self.mariadb
+            table = re.search(r'(\w+)\.dbf', line)[1]
             if 'verify' not in line:
-                server.execute('DROP TABLE IF EXISTS clients', 'shop')
+                server.execute(f'DROP TABLE IF EXISTS {table}', 'shop')
             self.run_line(line)
-            self.assertEqual(server.execute('SELECT count(*) FROM clients', 'shop'), [[str(CLIENTS)]], line)
+            self.assertEqual(server.execute(f'SELECT count(*) FROM {table}', 'shop'), [[str(ROWS[table])]], line)
 
 
 if __name__ == '__main__':
