@@ -87,10 +87,10 @@ Outcome outcomeOf(const std::string& database, const Task& task, const std::stri
     } catch (const Error& error) {
         const std::string reason = error.what();
         const auto tells = [&reason](const char* words) { return reason.find(words) != std::string::npos; };
-        return tells("is locked")                      ? Locked
-               : tells("exists")                       ? Exists
-               : tells("made this database meanwhile") ? MadeMeanwhile
-                                                       : Other;
+        return tells("is locked")                         ? Locked
+               : tells("exists")                          ? Exists
+               : tells("created this database meanwhile") ? MadeMeanwhile
+                                                          : Other;
     } catch (const std::exception&) {
         return FailedAsMeant;
     }

@@ -209,6 +209,7 @@ TEST_F(InspectTest, MemoFiles)
     EXPECT_TRUE(Sound);
     EXPECT_TRUE(coversTo(three.size()));
     EXPECT_NE(std::ranges::find(Lines, "512+5 block 1: 5 bytes: \"first\""), Lines.end());
+    EXPECT_NE(std::ranges::find(Lines, "519+505   unused: "), Lines.end());
     EXPECT_NE(std::ranges::find(Lines, "1024+0 block 2: the empty text"), Lines.end());
 
     Covered.clear();
