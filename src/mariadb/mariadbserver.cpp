@@ -1,6 +1,6 @@
 #include <kd_lib/exchange/mariadbserver.h>
 
-#include "../exchange/detail/serverof.h"
+#include "../servers/serverof.h"
 #include "mariadbimport.h"
 #include "mariadbsource.h"
 #include "mariadbtarget.h"

@@ -1,6 +1,6 @@
 #include <kd_lib/exchange/postgresqlserver.h>
 
-#include "../exchange/detail/serverof.h"
+#include "../servers/serverof.h"
 #include "postgresqlimport.h"
 #include "postgresqlsource.h"
 #include "postgresqltarget.h"

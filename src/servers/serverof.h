@@ -1,5 +1,5 @@
 /// \file
-/// A server, put together from its parts.
+/// The operations of a server, for the libraries of both servers.
 #pragma once
 
 #include <kd_lib/exchange/databaseserver.h>
@@ -12,8 +12,8 @@
 
 namespace kd_lib::exchange::detail {
 
-/// `Parts` names what differs: `engine`, the function `load` that makes a `ServerLoad`, the class `Rows` of results, and
-/// the function `import` for scripts.
+/// `Parts` has the differences: `engine`, the function `load` that creates a `ServerLoad`, the class `Rows` of results,
+/// and the function `import` for scripts.
 template <class Parts>
 class ServerOf final : public DatabaseServer {
 public:
