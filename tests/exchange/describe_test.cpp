@@ -96,6 +96,23 @@ TEST_F(DescribeTest, ValuesThatWouldNotBeCarried)
                      "page CP1252"}));
 }
 
+TEST_F(DescribeTest, MoreThan200ReasonsAreCountedTogether)
+{
+    const auto notesOf = [this](int columns) {
+        std::vector<XbaseFile::Field> fields;
+        std::vector<std::string> values;
+        for (int i = 1; i <= columns; ++i) {
+            fields.push_back({"N" + std::to_string(i), 'N', 1});
+            values.emplace_back("x");
+        }
+        XbaseFile file(3, fields);
+        return notes(of(file.record(values)));
+    };
+    EXPECT_EQ(notesOf(200).back(), "loss: column N200: 1 cell unreadable in record 1: not a number");
+    EXPECT_EQ(notesOf(201).back(), "loss: 1 more cell or records with other reasons");
+    EXPECT_EQ(notesOf(201).size(), notesOf(200).size() + 1);
+}
+
 TEST_F(DescribeTest, CutRecord)
 {
     XbaseFile file(3, {{"A", 'C', 8}});

@@ -234,6 +234,7 @@ TEST(DbfLayoutTest, FaultsOfAHeader)
     const std::string sound = file(3).header();
     EXPECT_EQ(faultOf(sound), "sound");
     EXPECT_EQ(faultOf(""), "0: the file is empty");
+    EXPECT_EQ(parseDbfHeader("").HeaderLength, 0U);
     EXPECT_EQ(faultOf(sound.substr(0, 1)), "1: the file ends within the header, at byte 1");
     EXPECT_EQ(faultOf(sound.substr(0, 31)), "31: the file ends within the header, at byte 31");
     EXPECT_EQ(faultOf(sound.substr(0, 96)), "96: the file ends at byte 96, within the header of 97 bytes");
