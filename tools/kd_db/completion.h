@@ -22,7 +22,8 @@ std::string completions(const std::vector<std::string>& words);
 std::string nameCompletions(const std::vector<std::string>& words);
 
 /// A completion must be fast: after 50 ms of wall-clock time from now on the process ends with status 0. Its output
-/// until then is used.
+/// until then is used. Measured without optimisation, in processor time: 2 ms for the columns of one .dbf, 11 ms for a
+/// database of 300 tables, 260 ms for a folder of 300 files, which therefore gets no names.
 void limitCompletionTime();
 
 }  // namespace kd_tool
