@@ -250,6 +250,17 @@ TEST(RowText, PlainRecordsAreWrittenAlike)
     }
 }
 
+TEST(RowText, TextsOfOneEscapedCharacterAlone)
+{
+    for (const auto& [c, letter] : {std::pair{'\n', 'n'}, {'\r', 'r'}, {'\t', 't'}, {'\\', '\\'}}) {
+        std::string escaped;
+        for (std::size_t size = 1; size <= 40; ++size) {
+            escaped += {'\\', letter};
+            ASSERT_EQ(copyOf(Cell::text(std::string(size, c))), escaped + '\n') << size << letter;
+        }
+    }
+}
+
 TEST(RowText, LongTextsGoInPieces)
 {
     std::string from;
