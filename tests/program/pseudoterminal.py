@@ -40,15 +40,21 @@ class Terminal:
     def send(self, keys):
         os.write(self.master, keys)
 
-    def read(self, until=None, after=0, seconds=PATIENCE):
+    def read(self, until=None, after=0):
         """Reads until `until` has come after so many characters, or all that is printed until the command ends."""
+        if not self.read_for(until, PATIENCE, after):
+            raise AssertionError(f'{until!r} did not come: {self.text[-2000:]!r}')
+        return self.text
+
+    def read_for(self, until, seconds, after=0):
+        """The same for so many seconds at most; False if they have passed."""
         deadline = time.monotonic() + seconds
         while until is None or until not in self.text[after:]:
             if time.monotonic() > deadline:
-                raise AssertionError(f'{until!r} did not come: {self.text[-2000:]!r}')
+                return False
             if not self.read_some():
                 break
-        return self.text
+        return True
 
     def read_some(self):
         """Reads what is there. False: nothing can come any more."""

@@ -164,9 +164,10 @@ TYPED_TEST(EngineContract, ConnectsWithFourSettings)
 
 TYPED_TEST(EngineContract, KeepsNoRowsThatWereFetched)
 {
-#ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "a sanitizer keeps freed memory back";
-#endif
+    const char* const sanitizers = std::getenv("KD_SANITIZE");
+    if (sanitizers != nullptr && std::string(sanitizers).find("address") != std::string::npos) {
+        GTEST_SKIP() << "a sanitizer keeps freed memory back";
+    }
     this->make();
     std::string rows;
     for (int i = 0; i < 500; ++i) {
