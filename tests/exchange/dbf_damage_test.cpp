@@ -220,6 +220,10 @@ TEST_F(DamagedDbf, BytesAfterTheLastRecord)
     EXPECT_EQ(read(file).Notes, (Texts{"not read: 3 bytes after the last record"}));
     file.End = "x   4Riga  ";
     EXPECT_EQ(read(file).Notes, (Texts{"loss: not read: 11 bytes after the last record"})) << "it may be a record";
+    file.End = "x" + std::string(10, '\0');
+    EXPECT_EQ(read(file).Notes, (Texts{"loss: not read: 11 bytes after the last record"}));
+    file.End = std::string(10, '\0') + "x";
+    EXPECT_EQ(read(file).Notes, (Texts{"loss: not read: 11 bytes after the last record"}));
     EXPECT_EQ(read(file).Rows, whole());
 }
 

@@ -220,6 +220,14 @@ TEST_F(InspectTest, MemoFiles)
     EXPECT_NE(std::ranges::find(Lines, "64+8 block 1: text of 5 bytes"), Lines.end());
 
     Covered.clear();
+    std::string freed = memo4({"first", "second", "third"}, 64);
+    freed[128] = '\0';
+    lines("freed.dbt", freed);
+    EXPECT_NE(std::ranges::find(Lines, "128+64 not in use: "), Lines.end());
+    EXPECT_NE(std::ranges::find(Lines, "192+8 block 3: text of 5 bytes"), Lines.end());
+    EXPECT_TRUE(coversTo(freed.size()));
+
+    Covered.clear();
     const std::string fox = memoFox({"first", "second"});
     lines("fox.fpt", fox);
     EXPECT_NE(std::ranges::find(Lines, "8+504 rest of the header: "), Lines.end());

@@ -191,6 +191,14 @@ TEST(TableLayoutNames, AreCutBetweenCharacters)
     EXPECT_EQ(namesIn(sqlite, {repeated("x", 300)}), Texts{repeated("x", 300)});
 }
 
+TEST(TableLayoutNames, AreCutWithRoomForWhatFollows)
+{
+    const std::string longName(300, 'n');
+    EXPECT_EQ(62U, dialectOf(Engine::MySql).cutName(longName, 2).size());
+    EXPECT_EQ(61U, dialectOf(Engine::PostgreSql).cutName(longName, 2).size());
+    EXPECT_EQ(300U, dialectOf(Engine::Sqlite).cutName(longName, 2).size());
+}
+
 TEST(TableLayoutNames, StayUniqueWhenTheyAreCut)
 {
     const std::string longName = repeated("x", 70);

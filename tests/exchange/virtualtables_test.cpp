@@ -383,6 +383,16 @@ TEST_F(VirtualTables, ArgumentsAreTheOptionsOfSources)
     }
 }
 
+TEST_F(VirtualTables, ArgumentsLoseOnlyQuotes)
+{
+    const std::string file = Folder.write("n.csv", "a\nNaN\nx\n");
+    Connection connection;
+    connection.rows("CREATE VIRTUAL TABLE t USING kd(" + quoted(file) + ", null=NaN)");
+    EXPECT_EQ(connection.rows("SELECT a FROM t WHERE a IS NOT NULL"), Values{"x"});
+    connection.rows("CREATE VIRTUAL TABLE u USING kd(" + quoted(file) + ", null='x')");
+    EXPECT_EQ(connection.rows("SELECT a FROM u WHERE a IS NOT NULL"), Values{"NaN"});
+}
+
 TEST_F(VirtualTables, ArgumentsThatMakeNoSenseAreErrors)
 {
     const std::string file = numbers(1);
