@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 using kd_lib::exchange::CodePage;
 using kd_lib::exchange::EncodingErrors;
@@ -58,6 +59,31 @@ TEST(CodePage, NamesInManySpellings)
     EXPECT_EQ(nameOf("macgreek"), "MacGreek");
     EXPECT_EQ(nameOf("10007"), "MAC-CYRILLIC");
     EXPECT_EQ(nameOf("koi8-r"), "KOI8-R");
+}
+
+TEST(CodePage, AllNamesOfAPage)
+{
+    for (const char* name : {"kamenicky", "keybcs2", "895", "cp895", "867", "cp867"}) {
+        EXPECT_EQ(nameOf(name), "Kamenicky") << name;
+    }
+    for (const char* name : {"mazovia", "620", "cp620", "790", "cp790"}) {
+        EXPECT_EQ(nameOf(name), "Mazovia") << name;
+    }
+    for (const char* name : {"macgreek", "x-mac-greek", "10006", "cp10006"}) {
+        EXPECT_EQ(nameOf(name), "MacGreek") << name;
+    }
+    for (const char* prefix : {"", "cp", "ansi", "oem", "ibm", "dos", "win", "windows-", "code page ", "x-cp"}) {
+        EXPECT_EQ(nameOf((prefix + std::string("866")).c_str()), "CP866") << prefix;
+    }
+    const std::pair<const char*, const char*> numbered[] = {{"10000", "MACINTOSH"},  {"10029", "MAC-CENTRALEUROPE"},
+                                                            {"20127", "ASCII"},      {"20866", "KOI8-R"},
+                                                            {"21866", "KOI8-U"},     {"54936", "GB18030"},
+                                                            {"1200", "UTF-16LE"},    {"1201", "UTF-16BE"},
+                                                            {"51932", "EUC-JP"},     {"51949", "EUC-KR"},
+                                                            {"28605", "ISO-8859-15"}};
+    for (const auto& [number, name] : numbered) {
+        EXPECT_EQ(nameOf(number), name) << number;
+    }
 }
 
 TEST(CodePage, UnknownNamesAreOptionErrors)

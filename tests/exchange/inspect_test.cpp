@@ -234,6 +234,11 @@ TEST_F(InspectTest, MemoFiles)
     EXPECT_TRUE(Sound);
     EXPECT_TRUE(coversTo(fox.size()));
     EXPECT_NE(std::ranges::find(Lines, "584+6   value: 6 bytes: \"second\""), Lines.end());
+
+    std::string unusedBlock = fox;
+    unusedBlock.replace(576, 14, 14, '\0');
+    lines("unused.fpt", unusedBlock);
+    EXPECT_NE(std::ranges::find(Lines, "576+64 not in use: "), Lines.end());
 }
 
 TEST_F(InspectTest, MemoryVariables)

@@ -189,6 +189,15 @@ TEST(RowText, SqliteFindsAWordThatTheTextDoesNotHold)
               "(replace(replace('\\0\\r\\010','\\010',char(0)),'\\r',char(13)))");
 }
 
+TEST(RowText, PostgreSqlWritesReturnsOfLongTextsAsEscapes)
+{
+    const std::string text(5000, 'x');
+    EXPECT_EQ(literalOf(Engine::PostgreSql, Cell::text(text)), "('" + text + "')");
+    EXPECT_EQ(literalOf(Engine::PostgreSql, Cell::text(text + '\r')), "(E'" + text + "\\r')");
+    const std::string other(5000, 'a');
+    EXPECT_EQ(literalOf(Engine::PostgreSql, Cell::text(other + '\r')), "(E'" + other + "\\r')");
+}
+
 /// Specials at every place of texts of every size around the words and vectors that are copied at once.
 TEST(RowText, FindsSpecialBytesWhereverTheyAre)
 {

@@ -51,6 +51,9 @@ TEST(ServerScript, PostgresqlsOwnQuotesCommentsAndBodies)
 {
     EXPECT_EQ((Texts{"f $$a;b$$", "g $x$ ; $$ ; $x$", "h $1"}),
               statements("f $$a;b$$; g $x$ ; $$ ; $x$; h $1;", Engine::PostgreSql));
+    EXPECT_EQ((Texts{"a$b$c", "d$b$ e"}), statements("a$b$c; d$b$ e;", Engine::PostgreSql)) << "parts of names";
+    EXPECT_EQ((Texts{"\x7F$$;$$"}), statements("\x7F$$;$$;", Engine::PostgreSql));
+    EXPECT_EQ((Texts{"\x80$$", "$$;"}), statements("\x80$$;$$;", Engine::PostgreSql));
     EXPECT_EQ((Texts{"a /* /* ; */ ; */ b"}), statements("a /* /* ; */ ; */ b;", Engine::PostgreSql));
     EXPECT_EQ((Texts{"create rule r do (a; b)"}), statements("create rule r do (a; b);", Engine::PostgreSql));
     EXPECT_EQ((Texts{"CREATE FUNCTION f() BEGIN ATOMIC a; CASE b END; c; END", "d"}),

@@ -141,6 +141,15 @@ TEST(Verify, ChangedRowIsNotTakenForAMissingOne)
     EXPECT_EQ(differences(compare(twoColumns, people(fewer), people(more))), "NAME in record 3: 'x' and 'd'\n");
 }
 
+TEST(Verify, RecordsLeftWhenNoneIsMissingAreCompared)
+{
+    const std::vector<std::pair<const char*, const char*>> more = {{"1", "a"}, {"2", "b"}, {"3", "c"}};
+    EXPECT_EQ(differences(compare(twoColumns, people(more), people({{"9", "z"}}))),
+              "ID in record 3: 3 and 9\nNAME in record 3: 'c' and 'z'\n");
+    EXPECT_EQ(differences(compare(twoColumns, people({{"9", "z"}}), people(more))),
+              "ID in record 1: 9 and 3\nNAME in record 1: 'z' and 'c'\n");
+}
+
 TEST(Verify, EqualRecordsAreCountedTooWhateverTheOrder)
 {
     const std::vector<std::pair<const char*, const char*>> file = {{"1", "a"}, {"1", "a"}, {"2", "b"}};
