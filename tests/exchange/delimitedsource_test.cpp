@@ -69,6 +69,14 @@ std::string failureOf(const std::string& bytes, const SourceOptions& options = {
     return line.substr(line.find("t.csv"));
 }
 
+/// Such files have the size 0, whatever they hold.
+TEST(DelimitedSource, FilesOfTheKernelAreReadToTheirEnd)
+{
+    DelimitedSource source("/proc/self/comm", {});
+    ASSERT_EQ(source.columns().size(), 1U);
+    EXPECT_EQ(source.columns()[0].Name, "delimitedsource") << "the first 15 characters of the process's name";
+}
+
 TEST(DelimitedSource, HeaderAndRecords)
 {
     Text text("id,name\n1,Ann\n2,Bob\n");

@@ -44,6 +44,7 @@ TEST(ServerScript, BackslashesCountWhereTheSessionSaysSo)
     EXPECT_EQ((Texts{"a 'x\\';b' c"}), statements("a 'x\\';b' c;", Engine::MySql, true));
     EXPECT_EQ((Texts{"a 'x\\'", "b"}), statements("a 'x\\';b;", Engine::MySql, false));
     EXPECT_EQ((Texts{"a E'x\\';b' c"}), statements("a E'x\\';b' c;", Engine::PostgreSql, false));
+    EXPECT_EQ((Texts{"a e'x\\';b' c"}), statements("a e'x\\';b' c;", Engine::PostgreSql, false));
     EXPECT_EQ((Texts{"a 'x\\'", "b"}), statements("a 'x\\';b;", Engine::PostgreSql, false));
 }
 
