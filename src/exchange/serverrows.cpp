@@ -44,9 +44,7 @@ void ServerRows::seek(std::uint64_t number)
         while (Running) {
             Running = take();
         }
-        if (!isRepeatable()) {
-            throw Error(File, "the statement cannot be run again");
-        }
+        forbidChanges();
         rerun();
     }
     while (Number + 1 < number && advance()) {

@@ -31,7 +31,7 @@ private:
     bool start() override;
     bool take() override;
     void fill() override;
-    bool isRepeatable() const override { return !Columns.empty(); }
+    void forbidChanges() override { Session.run("SET SESSION TRANSACTION READ ONLY"); }
     void takeColumns();
     void endResults();
 

@@ -146,9 +146,8 @@ bool PostgresqlSource::take()
                        placeOf(Rows.get(), Sql));
     }
     // A SELECT counts its rows too; other statements with rows change them.
-    Changing = std::strncmp(PQcmdStatus(Rows.get()), "SELECT", 6) != 0;
     const char* const count = PQcmdTuples(Rows.get());
-    if (Changing) {
+    if (std::strncmp(PQcmdStatus(Rows.get()), "SELECT", 6) != 0) {
         std::from_chars(count, count + std::strlen(count), Changes);
     }
     while (const Result more{PQgetResult(Session.handle())}) {

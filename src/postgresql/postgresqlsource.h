@@ -26,13 +26,12 @@ private:
     bool start() override;
     bool take() override;
     void fill() override;
-    bool isRepeatable() const override { return !Changing; }
+    void forbidChanges() override { Session.run("SET SESSION CHARACTERISTICS AS TRANSACTION READ ONLY"); }
     void takeColumns();
 
     PostgresqlSession Session;
     Result Rows;
     std::vector<std::string> Buffers;  // bytes, decoded
-    bool Changing = false;
 };
 
 }  // namespace kd_lib::exchange::detail

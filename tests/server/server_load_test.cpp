@@ -454,6 +454,21 @@ TYPED_TEST(ServerLoad, AQueryHasTypedColumnsAndCanBeReadAgain)
     EXPECT_FALSE(result->next());
 }
 
+TYPED_TEST(ServerLoad, AChangingStatementNeverRunsAgain)
+{
+    this->execute("CREATE TABLE people (n INTEGER)");
+    std::vector<std::string> statements = {"INSERT INTO people VALUES (1), (2) RETURNING n"};
+    if (TypeParam::isPostgresql) {
+        statements.emplace_back("WITH s AS (INSERT INTO people VALUES (3), (4) RETURNING n) SELECT n FROM s");
+    }
+    for (const std::string& statement : statements) {
+        const auto result = TypeParam::server()->query(statement);
+        ASSERT_TRUE(result->next());
+        EXPECT_THROW(result->seek(1), SqlError) << statement;
+    }
+    EXPECT_EQ(TypeParam::isPostgresql ? "1|2|3|4|" : "1|2|", this->rows("SELECT n FROM people ORDER BY n"));
+}
+
 TYPED_TEST(ServerLoad, AStatementWithoutRowsReportsItsChanges)
 {
     this->execute("CREATE TABLE people (n INTEGER)");

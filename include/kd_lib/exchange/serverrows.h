@@ -17,7 +17,11 @@ class KD_LIB_EXPORT ServerRows : public ResultSource {
 public:
     std::uint64_t changes() const override { return Changes; }
     Origin origin(std::size_t) const override { return {}; }
-    void seek(std::uint64_t number) override;  ///< going back runs the statement again
+
+    /// Going back runs the statement once more, in a session that refuses changes: a statement that changes data throws
+    /// a `SqlError` and has run once only.
+    void seek(std::uint64_t number) override;
+
     std::uint64_t position() const override { return 0; }
     std::optional<std::uint64_t> size() const override { return std::nullopt; }
 
@@ -36,8 +40,8 @@ protected:
     /// Fills the current record's cells, one for each column, with the row that was taken.
     virtual void fill() = 0;
 
-    /// Whether the statement can be run again; its rows have been read.
-    virtual bool isRepeatable() const = 0;
+    /// Makes the session refuse statements that change data, from now on.
+    virtual void forbidChanges() = 0;
 
     std::string Sql;
     std::uint64_t Changes = 0;
