@@ -12,6 +12,16 @@ PATIENCE = 60
 CTRL_C = b'\x03'
 
 
+def computed(process):
+    """The seconds that a process has computed."""
+    try:
+        with open(f'/proc/{process.pid}/stat', encoding='utf-8') as file:
+            fields = file.read().rsplit(') ', 1)[1].split()
+    except OSError:
+        return 0
+    return (int(fields[11]) + int(fields[12])) / os.sysconf('SC_CLK_TCK')
+
+
 class Terminal:
     """A command at the terminal that controls it: Ctrl-C and new sizes reach it, and its children, as signals.
 
@@ -75,16 +85,8 @@ class Terminal:
     def wait_until_busy(self, seconds=0.2):
         """Waits until the command has computed for so long."""
         deadline = time.monotonic() + PATIENCE
-        while self.computed() < seconds and self.process.poll() is None and time.monotonic() < deadline:
+        while computed(self.process) < seconds and self.process.poll() is None and time.monotonic() < deadline:
             self.read_some()
-
-    def computed(self):
-        try:
-            with open(f'/proc/{self.process.pid}/stat', encoding='utf-8') as file:
-                fields = file.read().rsplit(') ', 1)[1].split()
-        except OSError:
-            return 0
-        return (int(fields[11]) + int(fields[12])) / os.sysconf('SC_CLK_TCK')
 
     def close(self):
         self.process.kill()

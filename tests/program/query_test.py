@@ -4,7 +4,7 @@ import signal
 import subprocess
 import unittest
 
-from support import ProgramTest, content, json_lines, make_data, sample, started, table, wait_until_watching, write
+from support import ProgramTest, content, json_lines, make_data, sample, started, table, wait_until_busy, write
 
 LONG = 'WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c WHERE n < {}) SELECT n FROM c'
 
@@ -217,7 +217,7 @@ class ClosedOutput(ProgramTest):
             sql = LONG.format(3000000000).replace('SELECT n FROM', 'SELECT max(n) FROM')
             with self.subTest(database), started('query', database, sql, stdin=subprocess.DEVNULL,
                                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
-                wait_until_watching(process)
+                wait_until_busy(process)
                 process.send_signal(signal.SIGINT)
                 self.assertEqual(process.wait(timeout=60), 130)
                 self.assertEqual(process.stderr.read(), b'')

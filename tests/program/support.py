@@ -18,6 +18,7 @@ import unittest
 sys.dont_write_bytecode = True
 sys.path.insert(0, os.environ['KD_EXAMPLES'])
 import make_data  # noqa: E402
+from pseudoterminal import computed  # noqa: E402
 
 PROGRAM = os.environ['KD_DB']
 SANITIZED = bool(os.environ.get('KD_SANITIZE'))
@@ -149,6 +150,16 @@ def wait_until_watching(process, seconds=60):
             return
         time.sleep(0.01)
     raise AssertionError('the program does not watch signals')
+
+
+def wait_until_busy(process, seconds=60):
+    """Waits until the program has computed for so long that it is inside its work, not at its start."""
+    deadline = time.monotonic() + seconds
+    while process.poll() is None and time.monotonic() < deadline:
+        if computed(process) >= 0.2:
+            return
+        time.sleep(0.01)
+    raise AssertionError('the program does not compute')
 
 
 @contextlib.contextmanager
