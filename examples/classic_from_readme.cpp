@@ -5,7 +5,7 @@
 
 int main()
 {
-    // A database is a file in the directory `host`. That starts as "localhost": set it, to "" for paths as they are.
+    // A database is a file in the directory `host`, by default "localhost". If that is empty, paths are used as given.
     kd_lib::SQLite3 shop;
     shop.host = "";
     if (!shop.createDatabase("shop.db") || !shop.execute("CREATE TABLE seen (number TEXT)")) {
@@ -13,7 +13,7 @@ int main()
         return 1;
     }
 
-    // Opening a table prints its path, unless standard output has no buffer meanwhile.
+    // Opening a table prints its path. Without a buffer, standard output prints nothing.
     std::streambuf* const buffer = std::cout.rdbuf(nullptr);
     kd_lib::xBaseTable orders;
     const bool opened = orders.openPath("orders.dbf") && orders.getFieldList();
@@ -22,7 +22,7 @@ int main()
         return 1;  // the reason is on standard error
     }
 
-    // After the last record fetchRecord returns false; also at damage, and then there were too few.
+    // fetchRecord returns false after the last record, and also at damage: then too few records were counted.
     std::uint64_t records = 0;
     for (orders.firstRecord(); orders.fetchRecord(); ++records) {
         if (!orders.isDeleted()) {
