@@ -56,9 +56,9 @@ const std::vector<CommandSpec>& commands()
          query},
         {"verify",
          "FILE DATABASE",
-         "Does the table hold what the file holds?",
-         "Compares every value with the table in the database; for each column that differs it prints the first "
-         "record and both values. Status 0: they agree; 1: they differ.",
+         "Compares a table in a database with its file",
+         "Compares every value of the file with the table in the database; for each column that differs it prints "
+         "the first record and both values. Status 0: they agree; 1: they differ.",
          "kd_db verify clients.dbf shop.db\n"
          "kd_db verify cities.csv shop.db --infer",
          {&verifyOptions, &recordOptions, &fileOptions, &rejectOptions, &progressOptions, &generalOptions},
@@ -66,8 +66,7 @@ const std::vector<CommandSpec>& commands()
         {"inspect",
          "FILE",
          "Explains the bytes of a .dbf, memo or .mem file",
-         "Explains a .dbf, its memo file or a .mem file byte by byte, and what is damaged. Status 0: sound; 3: "
-         "damaged.",
+         "Explains a .dbf, memo or .mem file byte by byte, and reports damage. Status 0: sound; 3: damaged.",
          "kd_db inspect clients.dbf\n"
          "kd_db inspect settings.mem",
          {&generalOptions},
@@ -91,7 +90,7 @@ const std::vector<CommandSpec>& commands()
         {"script",
          "FILE",
          "Writes the classic script of a .dbf table",
-         "Writes FILE.sql beside the table, in the classic form, and prints its path. convert writes scripts that "
+         "Writes FILE.sql next to the table, in the classic form, and prints its path. convert writes scripts that "
          "servers accept as they are.",
          "kd_db script stock.dbf\n"
          "kd_db script stock.dbf --definition-only --key id",

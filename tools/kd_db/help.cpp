@@ -65,7 +65,8 @@ std::string programHelp()
     std::string out = "Usage: kd_db COMMAND [OPTION]... ARGUMENT...\n"
                       "\n"
                       "Shows, converts and loads .dbf tables, delimited and fixed-column text, and\n"
-                      ".mem files; carries them into SQLite, PostgreSQL and MariaDB, whole and right.\n"
+                      ".mem files. Carries them into SQLite, PostgreSQL and MariaDB, complete and\n"
+                      "exact.\n"
                       "\n"
                       "Commands:\n";
     for (const CommandSpec& command : commands()) {
@@ -75,9 +76,9 @@ std::string programHelp()
                  "kd_db help COMMAND       prints the options and examples of a command\n"
                  "kd_db --version          prints the version\n"
                  "\n"
-                 "FILE is - for standard input. Its extension selects its kind: .dbf, .csv, .tsv,\n"
-                 ".tab, .txt (fixed columns), .mem; --from overrides it. DATABASE is a SQLite\n"
-                 "file, postgresql://USER@HOST/NAME or mariadb://USER@HOST/NAME.\n"
+                 "FILE may be - for standard input. Its extension selects its kind: .dbf, .csv,\n"
+                 ".tsv, .tab, .txt (fixed columns), .mem; --from overrides it. DATABASE is a\n"
+                 "SQLite file, postgresql://USER@HOST/NAME or mariadb://USER@HOST/NAME.\n"
                  "\n"
                  "Results go to standard output, everything else to standard error.\n"
                  "\n"
@@ -85,9 +86,9 @@ std::string programHelp()
                  "  kd_db list clients.dbf\n"
                  "  kd_db query clients.dbf \"SELECT name, town FROM clients ORDER BY name\"\n"
                  "\n"
-                 "Exit status: 0 done; 1 failed, nothing stored, one line says why; 2 wrong\n"
-                 "usage; 3 done, but something could not be carried as it is, and each is named;\n"
-                 "129, 130 and 143 ended by SIGHUP, SIGINT and SIGTERM.\n";
+                 "Exit status: 0 done; 1 failed, nothing stored, one line gives the reason;\n"
+                 "2 wrong usage; 3 done, but something could not be carried unchanged, and each\n"
+                 "case is named; 129, 130 and 143 ended by SIGHUP, SIGINT and SIGTERM.\n";
 }
 
 std::string commandHelp(const CommandSpec& command)

@@ -135,7 +135,7 @@ const OptionGroup fileOptions = {
               value,
               {{"dbf", Kind::Dbf}, {"csv", Kind::Csv}, {"tsv", Kind::Tsv}, {"fixed", Kind::Fixed}, {"mem", Kind::Mem}});
       }},
-     {"encoding", 0, "NAME", "The code page of its texts, such as cp852; by default as the file states",
+     {"encoding", 0, "NAME", "The code page of the file's texts, such as cp852; by default as the file states",
       [](Options& o, const std::string& value) { o.Source.Encoding = notEmpty(value); }},
      {"encoding-errors", 0, "replace|strict|escape",
       "A byte that the code page lacks becomes U+FFFD (default), makes its cell unreadable, or becomes \\xNN",
@@ -197,15 +197,15 @@ const OptionGroup rejectOptions = {
 
 const OptionGroup tableOptions = {
     "The table",
-    {{"table", 0, "NAME", "Its name; by default that of FILE without extension, in lower case",
+    {{"table", 0, "NAME", "The table's name; by default that of FILE without extension, in lower case",
       [](Options& o, const std::string& value) { o.Table.Table = notEmpty(value); }},
      {"append", 0, "", "Adds to the existing table; columns are matched by name",
       [](Options& o, const std::string&) { setMode(o, exchange::TableMode::Append); }},
      {"replace", 0, "", "Replaces an existing table, once the new one is whole",
       [](Options& o, const std::string&) { setMode(o, exchange::TableMode::Replace); }},
-     {"key", 0, "COLUMN", "Begins with a column of this name, numbered by the database",
+     {"key", 0, "COLUMN", "Adds a first column of this name, numbered by the database",
       [](Options& o, const std::string& value) { o.Table.Key = notEmpty(value); }},
-     {"names", 0, "lower|keep", "Case of the names of table and columns; default lower",
+     {"names", 0, "lower|keep", "Letter case of the names of table and columns; default lower",
       [](Options& o, const std::string& value) {
           using exchange::NameCase;
           o.Table.Names = chosen<NameCase>(value, {{"lower", NameCase::Lower}, {"keep", NameCase::Keep}});
@@ -213,7 +213,7 @@ const OptionGroup tableOptions = {
 
 const OptionGroup verifyOptions = {
     "The table",
-    {{"table", 0, "NAME", "Its name; by default that of FILE without extension, in lower case",
+    {{"table", 0, "NAME", "The table's name; by default that of FILE without extension, in lower case",
       [](Options& o, const std::string& value) { o.Table.Table = notEmpty(value); }}}};
 
 const OptionGroup convertOptions = {
@@ -259,7 +259,7 @@ const OptionGroup limitOptions = {"Number of records",
                                     [](Options& o, const std::string& value) { o.Limit = positive(value); }}}};
 
 const OptionGroup scriptOptions = {"The script",
-                                   {{"key", 0, "COLUMN", "Begins with an automatic key of this name",
+                                   {{"key", 0, "COLUMN", "Adds a first column of this name, numbered by the database",
                                      [](Options& o, const std::string& value) { o.Table.Key = notEmpty(value); }},
                                     {"definition-only", 0, "", "Leaves the records out",
                                      [](Options& o, const std::string&) { o.DefinitionOnly = true; }}}};
