@@ -1,5 +1,5 @@
 /// \file
-/// Text tables: positional ones that know comment lines, and delimited ones.
+/// Text tables: positional ones with comment lines, and delimited ones.
 #pragma once
 
 #include <kd_lib/export.h>
@@ -33,7 +33,7 @@ public:
 /// | member          | default | effect                                                                  |
 /// |-----------------|---------|-------------------------------------------------------------------------|
 /// | `Separator`     | 124   | separates values ("\|"); its low 8 bits count; set before `getFieldList`  |
-/// | `Quote`         | 0     | set by the modes, used by no operation: separators inside quotes count      |
+/// | `Quote`         | 0     | set by the modes, but not used: separators inside quotes count              |
 /// | `HasFieldNames` | true  | `getFieldList` takes the column names from the first line                |
 /// | `CommentChar`   | 0     | a first line that contains it is not read as names                         |
 /// | `RecordLength`  | 255   | one more than the longest line                                           |
@@ -71,8 +71,8 @@ public:
     /// pieces the other columns keep their values; pieces without a column are ignored.
     bool extractContent(const std::string& record) override;
 
-    /// Appends one column per piece of `line`, named by the piece with its quotes; the
-    /// list changes the name to lower case. Existing columns stay.
+    /// Appends one column per piece of `line`. Its name is the piece with its quotes, in lower case. Existing columns
+    /// stay.
     virtual bool extractFieldNames(const std::string& line);
 };
 

@@ -60,7 +60,7 @@ public:
     /// See `isConnected`.
     virtual bool isDisconnected() const { return true; }
 
-    /// Restores the default settings, the engine's name included, deletes the linked tables, and returns true.
+    /// Restores the default settings, including the engine's name, deletes the linked tables, and returns true.
     virtual bool disconnect()
     {
         defaultSet();
@@ -84,7 +84,7 @@ public:
         database = "";
     }
 
-    /// Makes a table of this name, with the current database as its `Path`, and returns it. This object
+    /// Creates a table of this name, with the current database as its `Path`, and returns it. This object
     /// owns it until the next `clearTableList`. A name may be linked more than once.
     Table* linkTable(const std::string& tableName)
     {

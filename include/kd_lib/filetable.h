@@ -64,11 +64,11 @@ public:
     using DatabaseTable::open;
 
     /// Opens the file `Path`/`name`.`Extension`, where "~" means the home directory.
-    /// - Already open: returns true at once and keeps the open file, even if `name` is another one.
+    /// - Already open: returns true at once and keeps the open file, even if `name` names another one.
     /// - Empty name: error line "No file name provided for table file", false.
-    /// - Otherwise prints "Table: " and the path to standard output, unless `std::cout.rdbuf(nullptr)` was called before
-    ///   (docs/console-output.md); then false with the error line "File does not exist"
-    ///   or "No permission to read file", or without one when the stream cannot be opened.
+    /// - Otherwise prints "Table: " and the path to standard output, unless `std::cout.rdbuf(nullptr)` was called
+    ///   before (docs/console-output.md). Returns false with the error line "File does not exist" or "No permission to
+    ///   read file", or without a line if the stream cannot be opened.
     /// - True: `Name` is `name`; `Path` keeps its value. A directory of that name opens too; reading it fails.
     bool open(const std::string& name) override;
 
@@ -98,8 +98,8 @@ public:
     /// neither the fail nor the bad state. Returns false, and keeps the values of the last record, for a
     /// line longer than `RecordLength` - 1, a truncated fixed-length record, the end of the file, and
     /// fixed-length records with a `RecordLength` of 0.
-    /// End or damage? After false, a table of lines has ended if `File.eof()` is true; else a line was too long. A table
-    /// of fixed-length records has ended if `File.gcount()` is 0; else its last record is truncated.
+    /// End or damage? After false, a table of lines has ended if `File.eof()` is true; otherwise a line was too long. A
+    /// table of fixed-length records has ended if `File.gcount()` is 0; otherwise its last record is truncated.
     bool fetchRecord() override;
 
     /// Defines the columns from the file; positional files hold no definitions, so this only returns true.
@@ -110,9 +110,9 @@ public:
     /// after the end of the record throws std::out_of_range.
     virtual bool extractContent(const std::string& record);
 
-    /// Appends one column per number in `line`; "|", ":" and ";" separate. Column i is named field#i,
-    /// starts at byte number i and is as wide as the distance from the number before it (the first
-    /// one as wide as its own number): "5|12|20" gives (offset 5, length 5), (12, 7), (20, 8).
+    /// Appends one column per number in `line`; "|", ":" and ";" separate the numbers. Column i is named field#i and
+    /// starts at the byte of the i-th number. Its width is the distance from the number before it, for the first column
+    /// from 0: "5|12|20" gives (offset 5, length 5), (12, 7), (20, 8).
     /// A piece without digits throws std::invalid_argument; the columns before it stay.
     /// Needs no open file; existing columns stay.
     void setFieldOffsets(const std::string& line);
@@ -129,7 +129,7 @@ public:
     bool lastRecord();   ///< `RecordLength` + 1 bytes before the end of the file
 
     /// Record `n`, counted from 1; 0 counts as 1. Fixed-length records are reached by one seek, lines by
-    /// reading n - 1 of them. There is no upper bound: after the last record `fetchRecord` returns false.
+    /// reading n - 1 lines. There is no upper bound: after the last record `fetchRecord` returns false.
     /// - If `Binary` is set, lines are treated as records of `RecordLength` bytes: leave it false for tables of lines.
     /// - A line longer than `RecordLength` - 1 on the way ends the reading: the stream has failed, and the next
     ///   `fetchRecord` returns false.
@@ -140,7 +140,7 @@ private:
     friend class detail::RecordReader;
     friend bool detail::isColumnValue(const FileTable& table, const std::string& record);
 
-    std::unique_ptr<char[]> room_;  // for lines, and for long records of fixed length
+    std::unique_ptr<char[]> room_;  // for lines, and for long fixed-length records
     std::uint64_t roomSize_ = 0;
     std::string recordText_;                 // the record; a member so that its memory is reused
     const std::string* readText_ = nullptr;  // the record that is being extracted

@@ -15,7 +15,7 @@ namespace detail {
 struct MariadbSettings;
 }
 
-/// One connection to a MariaDB or MySQL server; `ServerDatabase` says how it is used.
+/// One connection to a MariaDB or MySQL server; `ServerDatabase` describes its use.
 ///
 ///     kd_lib::MariaDB shop;
 ///     if (shop.connectUri("mariadb://clerk@db.example/shop?ssl-ca=/etc/ssl/shop.pem") &&

@@ -9,9 +9,9 @@
 
 namespace kd_lib {
 
-/// Replaces "~", alone or before the first "/", by the home directory: HOME in the environment, else
-/// the entry in the user database. "~name" and every other path stay unchanged, as does "~" if no home
-/// directory is known.
+/// Replaces "~", alone or before the first "/", by the home directory: HOME in the environment or, if that
+/// is empty, the entry in the user database. "~name" and every other path stay unchanged, as does "~" if
+/// no home directory is known.
 KD_LIB_EXPORT void checkHomePath(std::string& path);
 
 /// Appends "/" unless `dir` ends with one or is empty.

@@ -11,7 +11,7 @@ struct pg_conn;
 
 namespace kd_lib {
 
-/// One connection to a PostgreSQL server; `ServerDatabase` says how it is used.
+/// One connection to a PostgreSQL server; `ServerDatabase` describes its use.
 ///
 ///     kd_lib::PostgreSQL shop;
 ///     if (shop.connectUri("postgresql://clerk@db.example/shop?sslmode=verify-full") &&
@@ -25,7 +25,7 @@ namespace kd_lib {
 /// - Parameters are $1, $2 and so on, or :name. "?" is an operator here.
 /// - Backquotes outside of texts and comments become double quotes.
 /// - The lists show the tables of the search path.
-/// - Values are what the server prints: "t" and "f" for booleans, "\x" and hexadecimal digits for bytes.
+/// - Values are texts as the server prints them: "t" and "f" for booleans, "\x" and hexadecimal digits for bytes.
 class KD_LIB_EXPORT PostgreSQL : public ServerDatabase {
 public:
     PostgreSQL();            ///< engine "POSTGRESQL", disconnected; settings empty: libpq's defaults

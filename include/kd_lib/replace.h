@@ -58,7 +58,7 @@ inline void copyHalfWordsReplacing(char* to, const char* from, std::size_t size,
 }  // namespace detail
 
 /// Copies `text` to `to` with every `from` replaced by `into`, and returns the end of the copy. `to` has room for the
-/// text; it may be the text's own place, but not overlap it otherwise.
+/// text. It may be the beginning of the text itself, but must not overlap the text otherwise.
 inline char* copyReplacing(char* to, std::string_view text, char from, char into)
 {
     const char* const bytes = text.data();

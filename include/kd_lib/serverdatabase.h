@@ -18,7 +18,7 @@ struct ServerState;
 struct ServerWords;
 }  // namespace detail
 
-/// One connection to a server with one current statement, used as `SQLite3` is. `PostgreSQL` and `MariaDB` derive from
+/// One connection to a server with one current statement, used like `SQLite3`. `PostgreSQL` and `MariaDB` derive from
 /// it, in separate libraries. A failure of the server or its client library puts its message, " [#", its code
 /// if it has one, and "]" into `errorText`, reports that through `message` once, and returns false. No message
 /// holds a password.
@@ -61,7 +61,7 @@ public:
     /// an open transaction. The other settings stay.
     bool disconnect() override;
 
-    /// Makes a database of this name on the server; `useDatabase` goes there.
+    /// Creates a database of this name on the server; `useDatabase` connects to it.
     bool createDatabase(const std::string& name) override;
 
     /// Copies the last failure into `errorText` and reports it; does nothing if there was none.
@@ -143,13 +143,13 @@ public:
 protected:
     ServerDatabase(const char* engineName, const detail::ServerWords& words);  ///< disconnected; `host`, `user` empty
 
-    /// Makes `connection` the current one; closes the one before.
+    /// Makes `connection` the current one; closes the previous one.
     void adopt(std::unique_ptr<detail::ServerConnection> connection);
 
     /// Reports a failure; false.
     bool fail(const std::string& reason);
 
-    /// `name` between the server's quotes.
+    /// `name` in the server's quotes.
     std::string quoted(const std::string& name) const;
 
     detail::ServerConnection* connection() const;

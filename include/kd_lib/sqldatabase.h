@@ -17,7 +17,7 @@ namespace kd_lib {
 /// examples/own_database.cpp. There is one current result at a time: `query` sets its columns, `fetchRow`
 /// reads its rows.
 /// The order of the virtual operations is part of the binary interface.
-/// Threads: one thread per object; `processRow` counts for all objects of the process together.
+/// Threads: one thread per object, but `processRow` counts for all objects of the process together.
 class KD_LIB_EXPORT SqlDatabase : public Database<DatabaseTable> {
 public:
     std::uint64_t rowsFetched = 0;          ///< rows of the current result fetched so far
@@ -41,7 +41,7 @@ public:
     /// Executes CREATE DATABASE with the name between backquotes, unescaped, and returns the result.
     bool createDatabase(const std::string& name) override;
 
-    /// Takes the connection's last error into `errorText` and reports it through `message`.
+    /// Copies the connection's last error into `errorText` and reports it through `message`.
     virtual void setError() = 0;
 
     /// Executes "BEGIN TRANSACTION" and sets `inTransaction`, even if the statement fails. Does nothing
@@ -62,10 +62,10 @@ public:
     /// Links the tables of the database.
     virtual bool getTableList() = 0;
 
-    /// The type of an SQL type text, case-sensitive; the first rule that applies decides: equals SMALLINT;
+    /// The type for the name of an SQL type; letter case counts. The first rule that applies decides: equals SMALLINT;
     /// equals INT or INTEGER; contains DEC or NUM (decimal); contains FLOAT; contains CHARACTER(
     /// (char); equals CHARACTER VARYING (varchar); equals BLOB, DATE, TIME, TIMESTAMP, BOOLEAN.
-    /// Every other text is unknown.
+    /// Every other name is unknown.
     virtual FIELD_TYPE convertSql2FieldType(std::string type);
 
     /// Queries the columns of a table.
@@ -93,7 +93,7 @@ public:
     virtual bool query(const std::string& sql) = 0;
 
     /// The number of records of a table, whose name goes into the statement unchanged; 0 if no count could be
-    /// fetched. A count that is not a number throws std::invalid_argument, a too large one std::out_of_range.
+    /// fetched. A count that is not a number throws std::invalid_argument; one that is too large, std::out_of_range.
     virtual std::int64_t getRecords(const std::string& table);
 
     /// Reads the next row of the current result into `queryColumns`; false at the end.
@@ -120,7 +120,7 @@ public:
     /// them starts a comment up to the line's end; text after the last ";" is not run.
     /// - A missing file: "SQL file ", the path as passed and " does not exist" on standard error, false.
     /// - A failing statement: "Error executing statement" on standard error, `rollback()`, and the import
-    ///   stops; the effects of the statements before it stay.
+    ///   stops; the effects of earlier statements stay.
     /// - Deliberate: the result is inverted. It is false for a script that ran to its end, true for one that
     ///   stopped at a failing statement, and false for a file that cannot be read.
     bool importSqlFile(const std::string& path);

@@ -15,9 +15,9 @@ struct sqlite3_stmt;
 
 namespace kd_lib {
 
-/// One SQLite connection; set `host` to "" before opening a file: it is the directory of database files, and starts as
-/// "localhost". There is one current statement. `database` is the path of the open file. A failure of SQLite puts its message, " [#", its code and "]"
-/// into `errorText`, reports that once through `message`, and returns false.
+/// One SQLite connection. `host` is the directory of database files, by default "localhost": set it to "" to open files
+/// by their paths. There is one current statement. `database` is the path of the open file. A failure of SQLite puts
+/// its message, " [#", its code and "]" into `errorText`, reports that once through `message`, and returns false.
 ///
 ///     kd_lib::SQLite3 shop;
 ///     shop.host = "";
@@ -52,8 +52,8 @@ public:
     /// Closes the connection; true when no connection is left. `database`, `errorText` and the current
     /// result become empty; the statements and the replaced connections are closed too. False, with the
     /// error reported and the connection kept, when SQLite does not close it.
-    /// An open transaction is lost, but `inTransaction` keeps its value: call `rollback` or `endTransaction` before,
-    /// or `beginTransaction` does nothing on the next connection.
+    /// An open transaction is discarded, but `inTransaction` keeps its value: call `rollback` or `endTransaction`
+    /// before, or `beginTransaction` does nothing on the next connection.
     bool disconnect() override;
 
     /// Opens an existing database file: `openDatabase(name, false, "")`.
@@ -65,7 +65,7 @@ public:
     /// Opens the file `databasePath(name)`, or an in-memory database for ":memory:", and sets `database` to its
     /// path. A connection that was open before is replaced, not closed.
     /// - Empty name: false, nothing changes.
-    /// - No file and `create` false: the message "Cannot find database", false. A connection that was open stays
+    /// - No file and `create` false: the message "Cannot find database", false. A connection that was open remains
     ///   the current one, although `database` is empty.
     /// - SQLite fails: reported, false; `handle` is what SQLite returned.
     /// Deliberate: an `encoding` is set by a PRAGMA on the connection that was open before this call.
@@ -75,8 +75,8 @@ public:
     /// `host` is empty.
     std::string databasePath(const std::string& name);
 
-    /// Why `name` could not be opened, with its path: `localhost/shop.db: unable to open database file [#14]; there is no
-    /// directory localhost, which host names`. Empty after a success.
+    /// The reason why `name` could not be opened, with its path: `localhost/shop.db: unable to open database file
+    /// [#14]; there is no directory localhost (host is "localhost")`. Empty after a success.
     std::string failureAt(const std::string& name);
 
     /// Attaches the database file at `path` ("~" allowed, `host` not applied) under the schema name
@@ -129,10 +129,10 @@ public:
     /// current result and `errorText` are emptied first. False without a message when disconnected.
     bool prepare(std::string sql) override;
 
-    /// Steps the statement once. Finished: `resultRows` is the number of changed rows, true; after a statement that
-    /// changes none, such as CREATE TABLE, it is the count of the last INSERT, UPDATE or DELETE before. Every
-    /// other result, a row included, is a failure: it is reported, an open transaction is rolled back, the
-    /// statement is finalised, and `errorText` keeps the reason; false.
+    /// Steps the statement once. True if it has finished: `resultRows` is then the number of changed rows; after a
+    /// statement that changes none, such as CREATE TABLE, it is the count of the last INSERT, UPDATE or DELETE. False
+    /// for every other result, even a row: the failure is reported, an open transaction is rolled back, the statement
+    /// is finalised, and `errorText` keeps the reason.
     bool execute() override;
 
     /// Prepares, executes and resets the statement, so that it can run again.
@@ -154,11 +154,11 @@ public:
     /// Empties the current result; true.
     bool clearResults() override;
 
-    /// Resets the statement. False, with the error reported unless it was before, when its last step had failed.
+    /// Resets the statement. False if its last step had failed; that error is reported unless it was before.
     bool resetResults();
 
-    /// Destroys the statement. False, with the error reported unless it was before, when the statement's
-    /// last step had failed, even a step by the caller, through `sqlite3_step(statement)`.
+    /// Destroys the statement. False if its last step had failed, even a step by the caller through
+    /// `sqlite3_step(statement)`; that error is reported unless it was before.
     bool finalize();
 
     /// Prepares "INSERT INTO table (columns) VALUES (:columns)" for the columns of the current result,

@@ -10,7 +10,7 @@
 
 namespace kd_lib {
 
-/// Orders byte strings: by the first byte that differs, unsigned; a text before a longer one that
+/// Orders byte strings by the first byte that differs, unsigned. A text comes before a longer one that
 /// begins with it. Letter case counts.
 template <class Text>
 class vector_key {

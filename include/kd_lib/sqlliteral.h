@@ -19,16 +19,15 @@ KD_LIB_EXPORT std::string convertField2Sql(TableField field);
 /// - decimal, float, smallint, integer, bigint: the trimmed text, unquoted and unchecked;
 /// - date: quoted; a trimmed text of at most 8 characters is cut into YYYY-MM-DD. A single quote inside a date, a time
 ///   or a timestamp stays and ends the literal early: check values of files that you did not write;
-/// - time: a trimmed text of at most 6 characters is cut into HH:MM:SS. Deliberate: the quote at its
-///   end has none in front;
+/// - time: a trimmed text of at most 6 characters is cut into HH:MM:SS. Deliberate: there is a quote at its end
+///   but none at its beginning;
 /// - timestamp: the trimmed text, quoted;
 /// - char, varchar, text: the text without trailing blanks, quoted; a single quote inside becomes a
 ///   backquote;
 /// - every other type: the value exactly as it is, without quotes.
 ///
-/// A value of blanks becomes NULL, apart from the first and the last row.
-/// A trimmed date of 1 to 5 characters and a trimmed time of 1 to 3 characters end in the standard
-/// library's std::out_of_range.
+/// A value of blanks becomes NULL, except for boolean and the types of the last line.
+/// A trimmed date of 1 to 5 characters and a trimmed time of 1 to 3 characters throw std::out_of_range.
 KD_LIB_EXPORT std::string convertValue2Sql(TableField field);
 
 }  // namespace kd_lib

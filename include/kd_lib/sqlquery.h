@@ -54,8 +54,8 @@ public:
     void setSubFilter(const std::string& condition, const std::string& conjunction);
     void setSubFilter(std::string& condition, std::string& conjunction);  ///< the same; changes no argument
 
-    /// "IN (" and the quoted values, or "IN ()" without values. Deliberate: with a percent sign in any
-    /// value, the first such value alone as "IN (LIKE ('value')", one parenthesis short.
+    /// "IN (" and the quoted values, or "IN ()" without values. Deliberate: if any value contains a percent sign, only
+    /// the first such value is used, as "IN (LIKE ('value')", with one closing parenthesis missing.
     std::string setInClause(std::vector<std::string> values) const;
 
     /// The SELECT statement.

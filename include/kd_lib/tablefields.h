@@ -74,7 +74,7 @@ public:
     /// iterators.
     /// @{
     using iterator = detail::FieldIterator<TableField>;              ///< to a column
-    using const_iterator = detail::FieldIterator<const TableField>;  ///< to a column that stays as it is
+    using const_iterator = detail::FieldIterator<const TableField>;  ///< to a constant column
     /// The first column.
     iterator begin() { return iterator(List.data()); }
     /// After the last column.

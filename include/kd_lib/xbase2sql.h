@@ -10,7 +10,7 @@
 
 namespace kd_lib {
 
-/// Writes the statements that make and fill an SQL table from an xBase table. The table name
+/// Writes the statements that create and fill an SQL table from an xBase table. The table name
 /// is changed to lower case, column names are written as `Fields` holds them, and only values are quoted.
 ///
 ///     kd_lib::xBase2Sql stock("stock");
@@ -23,7 +23,7 @@ public:
     bool InsertRecords = true;  ///< `convert` writes the table's definition, then an INSERT per record
 
     /// Whether an override may change `Name` or the names of the columns between two records. A derived class that
-    /// never does can set it to false: then `convert` and `writeScript` do not compare the names for every record.
+    /// never does so can set it to false: then `convert` and `writeScript` do not compare the names for every record.
     bool NamesMayChange = true;
 
     xBase2Sql();                                  ///< as `xBaseTable`
@@ -50,10 +50,10 @@ public:
     /// script could not be created (no message; the table stays open).
     /// - A failed write is not reported: on a full disk the path of a truncated script is returned. If that matters,
     ///   call `writeScript` with your own stream and check its state after `close`.
-    /// - The header is read only while `Fields` is empty. Before an object converts a second table, call
+    /// - The header is read only if `Fields` is empty. Before an object converts a second table, call
     ///   `defineFields`, or the second script has the columns of the first table.
     ///
-    /// If `ReadDeleted` is false, a deleted record writes the INSERT of the record before it once more.
+    /// If `ReadDeleted` is false, a deleted record repeats the INSERT of the previous record.
     std::string convert();
 
     /// Writes the script of `convert` to `out` and leaves the table open. The caller sees a failed write

@@ -19,9 +19,8 @@ public:
 
     /// Writes one line per entry to standard output: name, type letter, length "." decimals, value, "|".
     /// False, without output, when the file is not open; true otherwise.
-    /// Deliberate: digits of a number are written as their character codes; a value without a zero byte is
-    /// followed by the rest of a longer value before it; and at the end of the file a line is written once
-    /// more from the last entry.
+    /// Deliberate: digits of a number are written as their character codes. A value without a zero byte is
+    /// followed by the rest of a longer previous value. At the end of the file the last entry is written once more.
     bool read();
 
     /// Does nothing and returns true.

@@ -38,7 +38,7 @@ public:
     /// Reads the record at the current position; bytes that the C locale's `isprint` rejects become
     /// blanks. True when the stream is then in none of the states fail, bad and end-of-file.
     /// - Not open: error line "Table is not open", false.
-    /// - A deleted record while `ReadDeleted` is false: true; the values of the record before stay, and
+    /// - A deleted record while `ReadDeleted` is false: true; the values of the previous record stay, and
     ///   `isDeleted` returns true.
     /// - A record truncated by the end of the file, or a `RecordLength` of 0: false, the values stay.
     /// - End or damage? Count the records that were fetched: fewer than `RecordCount` mean that the file is damaged.
@@ -48,7 +48,7 @@ public:
     /// `HeaderLength`, `RecordLength` and `Fields`, which it clears first; then one byte, the
     /// terminator, so that the position is the first record's in an ordinary file.
     /// False when not open or when the file is empty. The missing bytes of a truncated file count as
-    /// zero bytes. A header length below 32, as a signed number, throws std::length_error.
+    /// zero bytes. A header length below 32, read as a signed number, throws std::length_error.
     bool readHeader() override;
 
     /// True when the record read last has the deletion mark.

@@ -124,7 +124,7 @@ std::string SQLite3::failureAt(const std::string& name)
     const std::string directory = path.substr(0, std::min(path.rfind('/'), path.size()));
     std::string text = path + ": " + errorText;
     if (directory != path && !directory.empty() && ::access(directory.c_str(), F_OK) != 0) {
-        text += "; there is no directory " + directory + (host.empty() ? "" : ", which host names");
+        text += "; there is no directory " + directory + (host.empty() ? "" : " (host is \"" + host + "\")");
     }
     return text;
 }

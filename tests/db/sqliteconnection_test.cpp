@@ -103,8 +103,9 @@ TEST_F(SqliteConnection, TheReasonOfAFailureNamesThePath)
     SQLite3 database;
     EXPECT_EQ("", database.failureAt("x.db"));
     printedBy([&] { EXPECT_FALSE(database.createDatabase("x.db")); });
-    EXPECT_EQ("localhost/x.db: unable to open database file [#14]; there is no directory localhost, which host names",
-              database.failureAt("x.db"));
+    EXPECT_EQ(
+        "localhost/x.db: unable to open database file [#14]; there is no directory localhost (host is \"localhost\")",
+        database.failureAt("x.db"));
     database.host = "";
     printedBy([&] { EXPECT_FALSE(database.useDatabase("x.db")); });
     EXPECT_EQ("x.db: Cannot find database", database.failureAt("x.db"));

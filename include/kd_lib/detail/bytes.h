@@ -61,7 +61,7 @@ bool sameAtBothEnds(const char* a, const char* b, std::size_t count)
     return valueAt<Width>(a) == valueAt<Width>(b) && valueAt<Width>(a + last) == valueAt<Width>(b + last);
 }
 
-/// Whether the texts are equal. Inline, where a comparison would be a call.
+/// Whether the texts are equal. Inline, because a comparison of strings would be a call.
 inline bool sameBytes(std::string_view a, std::string_view b)
 {
     const std::size_t count = a.size();
@@ -83,14 +83,14 @@ inline bool sameBytes(std::string_view a, std::string_view b)
     return count == 0 || a.front() == b.front();
 }
 
-/// `value` becomes `text`, which lies outside of it. Inline, where an assignment would be a call.
+/// Sets `value` to `text`, which is not part of it. Inline, because an assignment would be a call.
 inline void replaceValue(std::string& value, std::string_view text)
 {
     value.clear();
     value.append(text);
 }
 
-/// The same for columns that mostly hold values of one size in every record: these are copied in place.
+/// The same for columns whose values mostly have the same size in every record: these are copied in place.
 inline void assignValue(std::string& value, std::string_view text)
 {
     if (text.size() == value.size()) {

@@ -31,7 +31,8 @@ struct Parameter {
 };
 
 /// One open connection with one current statement. An operation that fails returns false and leaves its reason in
-/// `Failure`, on one line and without a password. A statement that runs is read to its end before the next one is sent.
+/// `Failure`, on one line and without a password. The result of a running statement is read to its end before the next
+/// one is sent.
 class ServerConnection {
 public:
     ServerConnection() = default;
@@ -43,16 +44,16 @@ public:
 
     virtual bool alive() const = 0;        ///< the connection has not been lost
     virtual SqlForm form() const = 0;      ///< of the statements
-    virtual bool backslashes() const = 0;  ///< the session's quotes know escapes by a backslash
+    virtual bool backslashes() const = 0;  ///< inside the session's quotes, a backslash is an escape
 
     /// Makes this statement, which must not change, the current one.
     virtual bool prepare(const StatementText& statement) = 0;
 
-    /// Starts the current statement and, if it has rows, gives the names of its columns. Rows come by `next`.
+    /// Starts the current statement and, if it returns rows, sets `columns` to their names. `next` fetches the rows.
     virtual bool run(const StatementText& statement, const std::vector<Parameter>& parameters,
                      std::vector<std::string>& columns) = 0;
 
-    /// Takes the next row into the values of `row`, NULL as the empty text; false at the end of the rows too.
+    /// Takes the next row into the values of `row`, NULL as the empty text; also false at the end of the rows.
     virtual bool next(TableFields& row) = 0;
 
     /// Reads the rest of all results; true if none of them is a failure.

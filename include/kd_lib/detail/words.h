@@ -17,8 +17,8 @@ constexpr std::size_t wordSize = sizeof(Word);
 using HalfWord = std::uint32_t;
 constexpr std::size_t halfWordSize = sizeof(HalfWord);
 
-/// Sixteen bytes that are examined together, and the same as four half words. g++ and clang++ know such vectors
-/// for every processor; of the two, only g++ makes one of a loop over single bytes.
+/// Sixteen bytes that are examined together, and the same as four half words. g++ and clang++ support such vectors
+/// for every processor, but only g++ turns a loop over single bytes into vector code.
 using SixteenBytes = unsigned char __attribute__((vector_size(16)));
 using FourHalfWords = HalfWord __attribute__((vector_size(16)));
 constexpr std::size_t vectorSize = sizeof(SixteenBytes);

@@ -1,5 +1,5 @@
 /// \file
-/// One value of a record, apart from any source or target.
+/// One value of a record, independent of sources and targets.
 #pragma once
 
 #include <cstdint>
@@ -36,8 +36,8 @@ struct Timestamp {
     std::uint32_t Milliseconds;  ///< since midnight, 0 to 86399999
 };
 
-/// A value. It owns nothing: `Text` views memory of the source, which keeps it until its next record. Only the members
-/// that belong to its `Kind` are read.
+/// A value. It owns nothing: `Text` views memory of the source and is valid until the source's next record. Only the
+/// members that belong to its `Kind` are read.
 struct Cell {
     /// Text: UTF-8. Number: an optional "-", then digits without leading zeros, at least one before the point; with
     /// decimals "." and at least one digit; zero has no sign. Bytes: the bytes. Unreadable: empty.

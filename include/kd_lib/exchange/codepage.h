@@ -13,8 +13,8 @@
 
 namespace kd_lib::exchange {
 
-/// How a byte that the code page lacks is decoded: as U+FFFD (`Replace`), not at all, the cell being unreadable
-/// (`Strict`), or as the four characters \xNN (`Escape`).
+/// How a byte that the code page lacks is decoded. `Replace`: as U+FFFD. `Strict`: not at all; the cell is unreadable.
+/// `Escape`: as the four characters \xNN.
 enum class EncodingErrors : std::uint8_t { Replace, Strict, Escape };
 
 /// True if all bytes are below 128.
@@ -38,8 +38,8 @@ inline bool isAscii(std::string_view bytes)
     return true;
 }
 
-/// One code page, for decoding. Pages with one byte per character use a table of 256 entries, the others the system's
-/// converter, whose handle is kept. Threads: one thread per object.
+/// One code page, for decoding. A page with one byte per character uses a table of 256 entries. The others use the
+/// system's converter and keep its handle open. Threads: one thread per object.
 ///
 ///     CodePage page("cp852");
 ///     std::string scratch;
@@ -87,10 +87,10 @@ public:
         std::size_t FirstUnknown = 0;  ///< index of the first byte that the page lacks, unless `Known`
     };
 
-    /// Decodes. The text is `bytes` itself if that is the same in UTF-8, otherwise it is in `scratch`, which only grows
-    /// (to at most four times the size of `bytes` and a few bytes more). Do not use the contents of `scratch` directly.
-    /// One U+FFFD replaces each unknown character: a byte of a page with one byte per character; a double-byte
-    /// character, also one cut by the end; the longest beginning of a character in UTF-8.
+    /// Decodes. The text is `bytes` itself if that is the same in UTF-8. Otherwise it is in `scratch`, which only
+    /// grows, to at most four times the size of `bytes` and a few bytes more. Do not use the contents of `scratch`
+    /// directly. One U+FFFD replaces each unknown character: a byte of a page with one byte per character; a
+    /// double-byte character, even if the end cuts it; the longest beginning of a character in UTF-8.
     Decoded decode(std::string_view bytes, EncodingErrors onError, std::string& scratch) const
     {
         if (AsciiBased && isAscii(bytes)) {

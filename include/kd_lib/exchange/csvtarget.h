@@ -1,5 +1,5 @@
 /// \file
-/// Records as comma separated values.
+/// Records as comma-separated values.
 #pragma once
 
 #include <kd_lib/exchange/texttarget.h>

@@ -54,11 +54,11 @@ public:
     /// server sends.
     virtual std::unique_ptr<ResultSource> query(const std::string& sql) = 0;
 
-    /// The columns of a table, in the order in which the server stores the rows: that of a load, unless rows were
-    /// changed since. Throws an `Error` if the table or a column is missing.
+    /// The rows of these columns of a table, in the order in which the server stores them: that of a load, unless rows
+    /// were changed since. Throws an `Error` if the table or a column is missing.
     virtual std::unique_ptr<Source> table(const std::string& table, const std::vector<std::string>& columns) = 0;
 
-    /// Runs a script (a file; "-" is standard input), as `ServerScript` cuts it. Rows that its statements return are
+    /// Runs a script (a file; "-" is standard input), which `ServerScript` splits. Rows that its statements return are
     /// ignored. Errors name the script, the statement's number and the line.
     virtual ImportTally importScript(const std::string& script, const ImportOptions& options) = 0;
 

@@ -1,5 +1,5 @@
 /// \file
-/// Tables of dBase, FoxPro, Clipper and their like (.dbf).
+/// Tables of dBase, FoxPro, Clipper and similar programs (.dbf).
 #pragma once
 
 #include <kd_lib/exchange/filesource.h>
@@ -10,9 +10,9 @@
 
 namespace kd_lib::exchange {
 
-/// A .dbf file of any kind: dBase II to IV and 7, FoxBASE, FoxPro 2, Visual FoxPro, Clipper. Texts are decoded by the
-/// code page of the options, else that of a .cpg file in the table's folder, else the header's. Memo texts come from
-/// the memo file in the table's folder.
+/// A .dbf file of any kind: dBase II to IV and 7, FoxBASE, FoxPro 2, Visual FoxPro, Clipper. The code page is that of
+/// the options; by default, that of a .cpg file in the table's folder; without such a file, the header's. Memo texts
+/// come from the memo file in the table's folder.
 ///
 /// The types of the columns:
 ///
@@ -27,8 +27,7 @@ namespace kd_lib::exchange {
 class KD_LIB_EXPORT DbfSource : public FileSource {
 public:
     /// Opens a table; "-" is standard input, which has no memo file. Throws an `Error` if the file cannot be opened or
-    /// is not a table, or if the options name a memo file that cannot be read; an `OptionError` for options that do not
-    /// fit.
+    /// is not a table, or if the options name a memo file that cannot be read; an `OptionError` for invalid options.
     explicit DbfSource(const std::string& file, const SourceOptions& options = {});
     ~DbfSource() override;
 

@@ -25,7 +25,7 @@ struct Description {
     /// The columns that the source has with these options.
     std::vector<Column> Columns;
 
-    /// Everything unusual, and everything that would not be carried as it is: the source's notes, and a line for each
+    /// Everything unusual, and everything that would not be carried unchanged: the source's notes, and a line for each
     /// column and reason ("column BORN: 3 cells unreadable, the first in record 12: not a day of the calendar").
     std::vector<Note> Notes;
 };

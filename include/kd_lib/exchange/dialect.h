@@ -63,7 +63,7 @@ struct KD_LIB_EXPORT Dialect {
     /// name of a table: for temporary names.
     std::string nameWithSuffix(std::string_view name, std::string_view suffix) const;
 
-    /// `name`, cut at its end between two characters so that the database accepts it with `room` bytes more.
+    /// `name`, cut between two characters so that the database accepts it with `room` more bytes.
     std::string_view cutName(std::string_view name, std::size_t room = 0) const;
 
     /// The same for the name of a table, which may have one more limit.

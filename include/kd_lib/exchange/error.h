@@ -41,7 +41,7 @@ public:
     using Error::Error;
 };
 
-/// How a cell or record was treated that could not be carried as it is.
+/// The treatment of a cell or record that could not be carried unchanged.
 enum class RejectAction : std::uint8_t {
     Null,     ///< the cell became NULL, or the cells that a short row lacks
     Replace,  ///< bytes became U+FFFD
@@ -51,7 +51,7 @@ enum class RejectAction : std::uint8_t {
     Stop      ///< the work ended
 };
 
-/// One cell that could not be carried as it is, or a whole record (`Where.Column` is empty).
+/// One cell that could not be carried unchanged, or a whole record (`Where.Column` is empty).
 struct Reject {
     Place Where;
     std::string Bytes;  ///< the cell's bytes in the file

@@ -32,8 +32,8 @@ struct ExistingColumn {
     std::uint32_t Limit = 0;
 };
 
-/// The column of exactly this name, else of this name without regard to the case of ASCII letters. Throws an `Error`
-/// with `database` as its place if the table or the column is missing.
+/// The column of exactly this name; if there is none, the one whose name differs only in the case of ASCII letters.
+/// Throws an `Error` with `database` as its place if the table or the column is missing.
 KD_LIB_EXPORT const ExistingColumn& findColumn(const std::vector<ExistingColumn>& columns, const std::string& name,
                                                const std::string& table, const std::string& database);
 
@@ -50,7 +50,7 @@ public:
 
     const std::vector<ExistingColumn>& all() const { return Columns; }
 
-    /// Marks the cells of which the columns would keep only a part, by `Record::reject`. Removes decimals that are all
+    /// Marks the cells that the columns would keep only in part, by `Record::reject`. Removes decimals that are all
     /// zeros from whole numbers.
     void fit(Record& record, Engine engine) const;
 

@@ -13,7 +13,7 @@
 
 namespace kd_lib::exchange {
 
-/// How far an import is.
+/// The progress of an import.
 struct ImportProgress {
     std::uint64_t Statements = 0;       ///< run
     std::uint64_t Bytes = 0;            ///< of the script, read
@@ -32,10 +32,10 @@ struct ImportTally {
 };
 
 /// Runs a script (a file; "-" is standard input) on a database file, which is created if it does not exist. After
-/// success everything that the script did is in the database. After an `Error` the database is as it was before, and a
-/// file that did not exist does not exist: a new database is built under a temporary name in the same folder
-/// (`.kd_db-...`) and renamed when it is whole. If another program has created a database of that name meanwhile, the
-/// import fails, and the other database stays untouched.
+/// success everything that the script did is in the database. After an `Error` the database is unchanged, and a new
+/// database does not appear: it is built under a temporary name in the same folder (`.kd_db-...`) and renamed when it
+/// is whole. If another program has created a database of that name meanwhile, the import fails, and the other database
+/// stays untouched.
 ///
 /// `StatementReader` splits the script into statements. The whole script is one transaction, and the script's
 /// transactions become part of it: BEGIN makes a savepoint, COMMIT and END release it and all savepoints in it, and

@@ -18,7 +18,7 @@ struct InspectedBytes {
     std::uint64_t Offset = 0;  ///< of the first byte, from 0
     std::uint64_t Length = 0;
     std::string_view Bytes;    ///< the bytes, or the first of many
-    std::string_view What;     ///< "header length", "record 3", "column NAME"; empty: continues the line before
+    std::string_view What;     ///< "header length", "record 3", "column NAME"; empty: continues the previous line
     std::string_view Meaning;  ///< "225", "deleted", "C, 20 bytes"
     bool Damaged = false;      ///< `Meaning` describes damage: a value is lost, or may be
 };

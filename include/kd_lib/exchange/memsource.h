@@ -16,17 +16,17 @@ namespace kd_lib::exchange {
 ///     type     text    "text", "number", "date" or "boolean"
 ///     value    text    "Ann  ", "-86.4", "1999-12-31", "true"; NULL for an empty date
 ///
-/// Numbers are the shortest digits that convert back to the file's double. Texts are decoded by the code page of the
-/// options, else CP1252, because the file names none. The form that holds only texts (`xBaseMemory` lists it) is read
-/// too.
+/// Numbers are the shortest digits that convert back to the file's double. The code page of texts is that of the
+/// options, by default CP1252, because the file names none. Files that hold only texts, the form that `xBaseMemory`
+/// lists, are read too.
 ///
 /// A value that is invalid for its type is unreadable. A variable that is cut by the end of the file is a flaw of that
-/// record. A variable of unknown type (an array, for example) has no known length, so it ends the records, with a note
-/// of loss.
+/// record. A variable of unknown type (an array, for example) has no known length, so reading ends there, with a note
+/// of the loss.
 class KD_LIB_EXPORT MemSource : public FileSource {
 public:
     /// Opens a file; "-" is standard input. Throws an `Error` if the file cannot be read, or does not begin with a
-    /// variable or the end mark; an `OptionError` for options that do not fit.
+    /// variable or the end mark; an `OptionError` for invalid options.
     explicit MemSource(const std::string& file, const SourceOptions& options = {});
     ~MemSource() override;
 

@@ -43,21 +43,21 @@ struct SourceOptions {
                                                                   ///< boolean, date, time, timestamp, bytes
 
     std::string MemoFile = {};  ///< of a .dbf; empty: found in its folder
-    bool NoMemo = false;        ///< memo columns of a .dbf are left out
+    bool NoMemo = false;        ///< leaves out the memo columns of a .dbf
 
     std::string FixedColumns = {};  ///< `name:1-8,town:9-24`, or `5|12|20`
 
     std::string Delimiter = {};            ///< of delimited text: one character, or "auto"; empty: by the file's kind
     std::string Quote = "\"";              ///< one character; empty: none
     bool Header = true;                    ///< the first row holds the names of the columns
-    bool Infer = false;                    ///< finds the types of the columns, by reading all rows first
+    bool Infer = false;                    ///< finds the types of the columns by reading all rows first
     std::optional<std::string> Null = {};  ///< an unquoted cell with this text is null as well
 
     std::stop_token Stop = {};  ///< when a stop is requested, a source that waits for a pipe throws `Stopped`
 };
 
 /// Opens a file; "-" is standard input and needs a `Kind`. Throws an `Error` if the file cannot be read as its kind,
-/// and an `OptionError` if the options do not fit.
+/// and an `OptionError` for invalid options.
 KD_LIB_EXPORT std::unique_ptr<Source> openSource(const std::string& file, const SourceOptions& options = {});
 
 }  // namespace kd_lib::exchange

@@ -11,7 +11,7 @@
 
 namespace kd_lib::exchange {
 
-/// Collects text in a block and writes the block when it is full. A derived class defines where to.
+/// Collects text in a block and writes the block when it is full. A derived class defines where the text goes.
 ///
 ///     char* to = block.reserve(8);
 ///     to = std::copy_n("NULL", 4, to);
@@ -55,8 +55,8 @@ protected:
     /// The block has `size` bytes. Nothing is allocated before the first byte.
     explicit OutputBlock(std::size_t size = defaultSize);
 
-    /// Writes the next piece of the output. Its exceptions leave the operation that called it; the piece is not written
-    /// again.
+    /// Writes the next piece of the output. Its exceptions pass through the operation that called it; the piece is not
+    /// written again.
     virtual void take(std::string_view piece) = 0;
 
     /// Discards the text collected so far.

@@ -15,12 +15,12 @@ namespace detail {
 class NewFile;
 }
 
-/// An output file. It has no name, or a temporary one in the same folder, until `commit` writes it to the disk and puts
-/// it in the place of an existing file. It keeps the mode and, if permitted, the owner of the file that it replaces. If
-/// the path is a symbolic link, the file that the link leads to is replaced.
+/// An output file. It has no name, or a temporary one in the same folder, until `commit` writes it to the disk and
+/// gives it its name, in place of an existing file. It keeps the mode and, if permitted, the owner of the file that it
+/// replaces. If the path is a symbolic link, the file that the link leads to is replaced.
 ///
-/// "-" is standard output. Standard output, pipes and devices (/dev/stdout) are written directly: what has been written
-/// stays.
+/// "-" is standard output. Standard output, pipes and devices (/dev/stdout) are written directly: output cannot be
+/// taken back.
 ///
 /// An operation that fails throws an `Error` that names the file. Threads: one thread per object.
 class KD_LIB_EXPORT OutputFile : public OutputBlock {
@@ -31,8 +31,8 @@ public:
     /// Discards the output unless it is committed.
     ~OutputFile() override;
 
-    /// Writes the rest to the disk, which may take long. After that, `commit` does little more than give the file its
-    /// name.
+    /// Writes the rest to the disk, which may take a long time. After that, `commit` does little more than give the
+    /// file its name.
     void sync();
 
     /// Writes the rest and makes the file appear. Nothing can be written afterwards.

@@ -35,8 +35,8 @@ struct Flaw {
 };
 
 /// A cell with its column: each operation returns the value in one form, or nothing for NULL. Each operation throws an
-/// `Error` with record and column if the cell is unreadable or the column's type is another one, so that no value can
-/// be mistaken.
+/// `Error` with record and column if the cell is unreadable or the column has another type, so that no value can be
+/// misread.
 class KD_LIB_EXPORT Value {
 public:
     Value(const Cell& cell, const Column& column, std::uint64_t record)
@@ -50,7 +50,7 @@ public:
     std::optional<std::int64_t> integer() const;                  ///< an exact number without decimals other than 0
     std::optional<std::int64_t> scaled(unsigned decimals) const;  ///< in units of 10 to the -`decimals`: 12.5 with 2
                                                                   ///< decimals is 1250; more decimals must be 0
-    std::optional<double> real() const;                           ///< of a Float, or the double next to an exact number
+    std::optional<double> real() const;                           ///< of a Float, or the double nearest to a number
     std::optional<bool> boolean() const;
     std::optional<std::chrono::year_month_day> date() const;
     std::optional<std::chrono::milliseconds> time() const;  ///< since midnight
@@ -86,8 +86,8 @@ public:
 
     Value operator[](std::size_t column) const { return Value(Cells[column], (*Columns)[column], Number); }
 
-    /// The cell of the first column of this name; if none is equal, without regard to the case of ASCII letters. Throws
-    /// an `Error` if the source has no such column.
+    /// The cell of the first column of this name; if there is none, of the first whose name differs only in the case of
+    /// ASCII letters. Throws an `Error` if the source has no such column.
     Value operator[](std::string_view column) const;
 
     const std::vector<Column>* Columns = nullptr;  ///< the source's

@@ -30,8 +30,8 @@ public:
         std::size_t end(std::size_t rows) const { return rows == 0 ? 0 : Ends[rows - 1]; }
     };
 
-    /// `send` is called on another thread, one call at a time. Its exception leaves a later `endRow` or `finish`;
-    /// nothing is sent after it.
+    /// `send` is called on another thread, one call at a time. If it throws, a later `endRow` or `finish` throws the
+    /// same exception, and nothing more is sent.
     explicit RowChunks(std::function<void(const Chunk&)> send);
     ~RowChunks();  ///< as `discard`
     RowChunks(const RowChunks&) = delete;

@@ -1,5 +1,5 @@
 /// \file
-/// Records as the text of a row, in the forms that files and servers take.
+/// Records as rows of text, in the forms that files and servers accept.
 #pragma once
 
 #include <kd_lib/exchange/outputblock.h>
@@ -28,16 +28,16 @@ KD_LIB_EXPORT void writeLoadDataRow(const Record& record, OutputBlock& out);
 /// ends.
 KD_LIB_EXPORT void writeInsertRow(const TableLayout& layout, const Record& record, OutputBlock& out);
 
-/// A line of comma separated values by RFC 4180, with "\n" at its end. NULL is nothing, the empty text is "".
+/// A line of comma-separated values by RFC 4180, with "\n" at its end. NULL is nothing, the empty text is `""`.
 KD_LIB_EXPORT void writeCsvRow(const Record& record, OutputBlock& out);
 
-/// A text as CSV: between quotes if it needs them or is empty.
+/// A text as CSV: in quotes if it needs them or is empty.
 KD_LIB_EXPORT void writeCsvText(std::string_view text, OutputBlock& out);
 
-/// A text as a string of JSON, with its quotes.
+/// A text as a JSON string, with its quotes.
 KD_LIB_EXPORT void writeJsonText(std::string_view text, OutputBlock& out);
 
-/// Records as objects of JSON.
+/// Records as JSON objects.
 class KD_LIB_EXPORT JsonRow {
 public:
     /// The names of the members.

@@ -13,10 +13,10 @@
 
 namespace kd_lib::exchange {
 
-/// Reads a script as the server's own client does, psql or mariadb:
-/// - A ";" ends a statement, unless it is inside quotes, comments, $tag$ quotes, round brackets or the BEGIN ATOMIC ... END
-///   of a routine (PostgreSQL). DELIMITER names another end (MySQL).
-/// - After COPY ... FROM stdin come rows, up to a line `\.`.
+/// Reads a script as the server's client (psql or mariadb) does:
+/// - A ";" ends a statement, unless it is inside quotes, comments, $tag$ quotes, round brackets or the BEGIN ATOMIC ...
+///   END of a routine (PostgreSQL). DELIMITER sets another end mark (MySQL).
+/// - COPY ... FROM stdin is followed by rows, up to a line `\.`.
 /// - Comments and blanks before a statement are left out, except MySQL's `/*! ... */`.
 /// - Commands of psql (`\connect`) are an `Error`. Those without effect here are left out: `\restrict` and
 ///   `\unrestrict`, which pg_dump writes, and `\set ON_ERROR_STOP`.

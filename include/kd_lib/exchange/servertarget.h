@@ -17,7 +17,7 @@
 
 namespace kd_lib::exchange {
 
-/// Why a server refuses rows and, if it says so, which row and column.
+/// The reason why a server refuses rows and, if the server names them, the row and the column.
 struct RowRefusal {
     std::string Reason;
     std::optional<std::size_t> Row;  ///< index in the chunk
@@ -33,10 +33,10 @@ public:
 
     const TableLayout& layout() const { return Layout; }
 
-    /// The table that takes the rows; it is renamed at the end if that is not the layout's.
+    /// The table that takes the rows. If its name is not the layout's, it is renamed at the end.
     const std::string& loaded() const { return Loaded; }
 
-    virtual void begin() = 0;  ///< makes the table, or finds the columns of the one that exists
+    virtual void begin() = 0;  ///< creates the table, or finds the columns of an existing one
     void fit(Record& record);
     virtual void write(const Record& record) = 0;
     virtual void finish() = 0;
@@ -66,7 +66,7 @@ private:
     const std::vector<Column>& Source;
 };
 
-/// Loads a table of a server.
+/// Loads a table into a server.
 class KD_LIB_EXPORT ServerTarget final : public Target {
 public:
     /// `make` returns a new load from a file of this name and these columns.

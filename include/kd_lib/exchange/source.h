@@ -23,8 +23,8 @@ struct Fact {
     std::string Value;
 };
 
-/// An open table that is read once, from its first record to its last. Sources differ in how they are made
-/// (`openSource` chooses by the file's name); from then on they are used alike:
+/// An open table that is read once, from its first record to its last. Sources differ only in how they are created
+/// (`openSource` chooses by the file's name); all are used in the same way:
 ///
 ///     const auto source = openSource("people.dbf");
 ///     for (const Record& record : *source) {
@@ -74,7 +74,7 @@ public:
     virtual std::vector<Fact> facts() const { return {}; }
 
     std::uint64_t recordsRead() const { return Read; }        ///< records of the range read from the file
-    std::uint64_t recordsLeftOut() const { return LeftOut; }  ///< those of them left out: deleted ones
+    std::uint64_t recordsLeftOut() const { return LeftOut; }  ///< of these, the deleted records that were left out
 
     /// Bytes of the file that have been read, for a progress display.
     virtual std::uint64_t position() const = 0;
@@ -118,7 +118,7 @@ protected:
     /// and `LeftOut`. False at the end. `Current.Flaws` is empty when it is called.
     virtual bool read() = 0;
 
-    /// Adds a note about the file, unless it is there already.
+    /// Adds a note about the file, unless it has been added already.
     void note(std::string text, bool loss = false);
 
     /// The same for a note that one of the facts repeats.

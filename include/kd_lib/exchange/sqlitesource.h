@@ -30,8 +30,8 @@ public:
 
 /// The rows of one statement. Cells have the kinds of SQLite's values: null, number (an integer), float, text, bytes.
 /// The type of a column is that of its declaration or, if it has none, that of the first row's value. It is a hint
-/// only: a value of SQLite may be of any kind, whatever its column's declaration. Records are numbered by their order,
-/// from 1. `origin` has no bytes, `size` is not known.
+/// only: a value of SQLite may be of any kind, whatever its column's declaration. Records are numbered in their order,
+/// from 1. `origin` has no bytes, and `size` is not known.
 ///
 ///     SqliteSource rows("people.db", "SELECT town, count(*) FROM people GROUP BY town");
 ///     for (const Record& row : rows) use(row[0].text(), row[1].integer());
@@ -46,8 +46,8 @@ public:
     /// connection `name`. The options do not change it: it keeps its handlers.
     SqliteSource(sqlite3* connection, std::string name, const std::string& sql);
 
-    /// The columns of a table, in the order of the rowids, which is that of a load, or of the primary key if the table
-    /// has no rowids. Throws an `Error` if it lacks a column.
+    /// The rows of these columns of a table. They are in the order of the rowids, which is that of a load; if the table
+    /// has no rowids, in the order of its primary key. Throws an `Error` if the table lacks a column.
     static std::unique_ptr<SqliteSource> ofTable(const std::string& database, const std::string& table,
                                                  const std::vector<std::string>& columns,
                                                  const SqliteOptions& options = {});

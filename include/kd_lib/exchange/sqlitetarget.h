@@ -23,8 +23,8 @@ struct SqliteOptions {
 };
 
 /// A database into which several tables are loaded, one after the other, each in a separate transaction: a table that
-/// fails leaves nothing, and does not stop the others. It costs less than separate `SqliteTarget`s, above all for a new
-/// database, which appears, with all its tables, in `finish`.
+/// fails leaves nothing, and does not stop the others. This is faster than separate `SqliteTarget`s, above all for
+/// a new database, which appears in `finish` with all its tables.
 ///
 ///     SqliteBatch batch("all.db");
 ///     for (const std::string& file : files) {
@@ -42,9 +42,9 @@ public:
     SqliteBatch(const SqliteBatch&) = delete;
     SqliteBatch& operator=(const SqliteBatch&) = delete;
 
-    /// Gives a new database its name, if it holds a table. Throws an `Error` if that fails, also if another program has
-    /// created the database meanwhile and one of the tables cannot be stored in it (the others are). No target may
-    /// follow.
+    /// Gives a new database its name, if it holds a table. If another program has created the database meanwhile,
+    /// stores the tables in that one. Throws an `Error` if that fails; the tables that could be stored stay. No target
+    /// may follow.
     void finish();
 
 private:
@@ -65,8 +65,8 @@ private:
 /// | cell | stored as |
 /// |---|---|
 /// | text | text |
-/// | whole number | integer; beyond 64 bits, in a column without type, the text of its digits |
-/// | number with decimals | real; in a column without type the text of the digits, if a double loses some |
+/// | whole number | integer; beyond 64 bits, in a column without a type, the text of its digits |
+/// | number with decimals | real; in a column without a type the text of the digits, if a double loses some |
 /// | float | real; NaN is unreadable |
 /// | boolean | 1 or 0 |
 /// | date, time, timestamp | text: YYYY-MM-DD, HH:MM:SS.mmm, YYYY-MM-DD HH:MM:SS.mmm |

@@ -19,13 +19,13 @@ enum class RowStyle : std::uint8_t {
     Inserts   ///< INSERT
 };
 
-/// Writes a script that creates and fills the table in one transaction, whatever the settings of its client are. The
-/// file appears when it is finished.
+/// Writes a script that creates and fills the table in one transaction, whatever the client's settings. The file
+/// appears when it is finished.
 ///
-/// If the script fails, PostgreSQL and SQLite store nothing, and an existing table is unchanged; with SQLite even if
-/// the client continues after an error, as sqlite3 does without -bail. MySQL commits when a table is created: an empty
-/// table may remain. SQLite reads about one in 200 decimal literals of doubles one unit off; `SqliteTarget` carries
-/// them all exactly.
+/// If the script fails, PostgreSQL and SQLite store nothing, and an existing table is unchanged. With SQLite this holds
+/// even if the client continues after an error, as sqlite3 does without -bail. MySQL commits when a table is created:
+/// an empty table may remain. SQLite reads about one in 200 decimal literals of doubles with an error of one unit in
+/// the last place; `SqliteTarget` carries them all exactly.
 class KD_LIB_EXPORT SqlScriptTarget : public Target {
 public:
     /// `path`: as for `OutputFile`, "-" is standard output.

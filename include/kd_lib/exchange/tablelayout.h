@@ -29,7 +29,7 @@ struct TargetColumn {
 ///     database.execute(layout.createTable(layout.table()));
 ///     ... "INSERT INTO " + layout.quotedTable() + " (" + layout.columnList() + ") VALUES ..."
 ///
-/// In SQLite, a column whose numbers may have more digits than a double keeps has no type. Such a number is kept as the
+/// A SQLite column has no type if its numbers may have more digits than a double keeps. Such a number is kept as the
 /// text of its digits (`SqliteForm` in `src/exchange/detail/digits.h` chooses), with one note per column.
 class KD_LIB_EXPORT TableLayout {
 public:
@@ -59,8 +59,8 @@ public:
     /// CREATE TABLE for a table of this name (`table()`, or a temporary one), without ";".
     std::string createTable(std::string_view name) const;
 
-    /// The statements, without ";", that a session needs before the others: those of the dialect, and further ones for
-    /// this table.
+    /// The statements, without ";", that a session must run first: those of the dialect, and further ones for this
+    /// table.
     const std::vector<std::string>& session() const { return Session; }
 
     /// Marks the cells that the table cannot hold, by `Record::reject`: see `Target::fit`. Decimals that are all zeros

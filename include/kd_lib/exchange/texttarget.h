@@ -13,14 +13,14 @@
 namespace kd_lib::exchange {
 
 /// The common part of targets that write one text: to a file, which appears when it is finished, or to a block of the
-/// caller. Floats that are not finite cannot be held.
+/// caller. Floats that are not finite are rejected.
 class KD_LIB_EXPORT TextTarget : public Target {
 public:
     /// `path`: as for `OutputFile`, "-" is standard output.
     explicit TextTarget(std::string path, NameCase names = NameCase::Lower);
 
-    /// Writes to a block of the caller, which must live until the end of the work: `finish` flushes it, `abandon`
-    /// leaves it as it is.
+    /// Writes to a block of the caller, which must live until the end of the work. `finish` flushes the block;
+    /// `abandon` leaves it unchanged.
     explicit TextTarget(OutputBlock& out, NameCase names = NameCase::Lower);
     ~TextTarget() override;
 
@@ -30,7 +30,7 @@ public:
     void abandon() noexcept override;
 
 protected:
-    /// Begins the text; `names`: of the columns.
+    /// Begins the text. `names` are those of the columns.
     virtual void open(const std::vector<std::string>& names) = 0;
 
     /// The destination of the text, from `begin` on.

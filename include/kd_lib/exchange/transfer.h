@@ -22,7 +22,7 @@ enum class OnError : std::uint8_t {
     Skip   ///< the record is left out
 };
 
-/// How far a transfer is.
+/// The progress of a transfer.
 struct Progress {
     std::uint64_t Records = 0;          ///< read from the source
     std::uint64_t Bytes = 0;            ///< of the source's file
@@ -40,7 +40,7 @@ struct TransferOptions {
 /// The result of a transfer.
 struct Tally {
     std::uint64_t Read = 0;     ///< records of the source
-    std::uint64_t LeftOut = 0;  ///< deleted ones, and those left out because of a cell
+    std::uint64_t LeftOut = 0;  ///< deleted records, and those left out because of a cell
     std::uint64_t Stored = 0;   ///< records that the target stored
     std::uint64_t Rejects = 0;
     bool Loss = false;  ///< there was a reject, or a note of the source or target about a loss
@@ -55,7 +55,7 @@ struct Tally {
 KD_LIB_EXPORT Tally transfer(Source& source, Target& target, const TransferOptions& options = {});
 
 /// The policy alone, for reading without a target: turns the flaws of the source's current record into rejects. True:
-/// use the record; its unreadable cells are null now. False: leave it out. Throws an `Error` if the policy is to stop.
+/// use the record; its unreadable cells are now null. False: leave it out. Throws an `Error` if the policy is to stop.
 KD_LIB_EXPORT bool applyPolicy(Source& source, OnError policy, const std::function<void(const Reject&)>& onReject,
                                Tally& tally);
 

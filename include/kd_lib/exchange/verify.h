@@ -23,7 +23,7 @@ struct ColumnDifference {
 
 /// The result of `verify`.
 struct Verification {
-    std::uint64_t Records = 0;                  ///< that the source has
+    std::uint64_t Records = 0;                  ///< of the source
     std::uint64_t Rows = 0;                     ///< of the table
     std::uint64_t Rejects = 0;                  ///< of the source's cells and records
     std::vector<ColumnDifference> Differences;  ///< one for each differing column, in the order of the columns
@@ -31,10 +31,10 @@ struct Verification {
     bool agrees() const { return Records == Rows && Differences.empty(); }
 };
 
-/// Compares `table` with what `source` would carry into it. `table` yields the columns of `layout`, in its order
-/// (`SqliteSource::ofTable`, or the result of a server). `layout.fit` and the policy of `options` apply to the records
-/// of `source` as in a transfer, so an unreadable cell and NULL agree. Values are compared as the types of `source`'s
-/// columns: numbers by value, times and booleans also in the forms in which databases give them.
+/// Compares `table` with the records that `source` would carry into it. `table` yields the columns of `layout`, in the
+/// same order (`SqliteSource::ofTable`, or the result of a server). `layout.fit` and the policy of `options` apply to
+/// the records of `source` as in a transfer, so an unreadable cell and NULL agree. Values are compared as the types of
+/// `source`'s columns: numbers by value, times and booleans also in the forms in which databases return them.
 ///
 /// The n-th record is compared with the n-th row. If any differ, both are read once more, because the database may
 /// return its rows in another order: equal records and rows are paired whatever their order, and only the rest is

@@ -20,14 +20,13 @@ namespace detail {
 class SqliteDatabase;
 }
 
-/// Callbacks for events while statements read files. The callbacks must not throw, and must not use the
-/// connection.
+/// Callbacks for events while statements read files. They must not throw, and must not use the connection.
 struct VirtualTableEvents {
     std::function<void(const Reject&)> OnReject = {};                       ///< a cell became NULL; once for each cell
     std::function<void(const std::string& file, const Note&)> OnNote = {};  ///< once for each note
 };
 
-/// Registers the module `kd` on a connection. With it statements read files in place:
+/// Registers the module `kd` on a connection. With it, statements read files in place:
 ///
 ///     registerTables(connection);
 ///     CREATE VIRTUAL TABLE people USING kd('people.dbf');
@@ -35,7 +34,7 @@ struct VirtualTableEvents {
 ///     SELECT town, count(*) FROM people GROUP BY town;
 ///
 /// Records are streamed; memory does not grow with the file. Only the columns that a statement uses are decoded (and
-/// rejected). `rowid` is the record's number: conditions on it find records of a .dbf without reading the others, while
+/// rejected). `rowid` is the record's number. Conditions on it find records of a .dbf without reading the others; a
 /// text is read up to them. The tables are read-only. Each statement opens the file again; the file must keep its
 /// columns.
 ///
@@ -64,7 +63,7 @@ struct FileTableOptions {
 class KD_LIB_EXPORT TableConnection {
 public:
     /// Creates a table for each file. Files whose tables would have the same name get `_2`, `_3`, ..., with a note.
-    /// Throws an `Error` if a file cannot be opened that must not fail.
+    /// Throws an `Error` if a file without `MayFail` cannot be opened.
     explicit TableConnection(const std::vector<FileTableOptions>& files, VirtualTableEvents events = {},
                              std::stop_token stop = {});
     ~TableConnection();
@@ -84,8 +83,8 @@ private:
 };
 
 /// The files of a folder (without its subfolders) that can be tables: those whose extension names a kind of file,
-/// sorted by name; each is read with `options`, and may fail. Text with fixed columns is included if `options` names
-/// the columns. Throws an `Error` if the folder cannot be read or has no such file.
+/// sorted by name. Each is read with `options`, and has `MayFail` set. Text with fixed columns is included if `options`
+/// names the columns. Throws an `Error` if the folder cannot be read or has no such file.
 KD_LIB_EXPORT std::vector<FileTableOptions> tableFilesIn(const std::string& folder, const SourceOptions& options = {});
 
 }  // namespace kd_lib::exchange
