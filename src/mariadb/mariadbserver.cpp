@@ -23,4 +23,9 @@ std::unique_ptr<DatabaseServer> mariadbServer(const std::string& uri, const Serv
     return std::make_unique<detail::ServerOf<Parts>>(uri, options);
 }
 
+DatabaseServer* kd_mariadb_server(const std::string& uri, const ServerOptions& options)
+{
+    return mariadbServer(uri, options).release();
+}
+
 }  // namespace kd_lib::exchange

@@ -23,4 +23,9 @@ std::unique_ptr<DatabaseServer> postgresqlServer(const std::string& uri, const S
     return std::make_unique<detail::ServerOf<Parts>>(uri, options);
 }
 
+DatabaseServer* kd_postgresql_server(const std::string& uri, const ServerOptions& options)
+{
+    return postgresqlServer(uri, options).release();
+}
+
 }  // namespace kd_lib::exchange

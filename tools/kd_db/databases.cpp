@@ -1,60 +1,17 @@
 #include "databases.h"
 
+#include "serverlibraries.h"
 #include "signals.h"
 
 #include <kd_lib/exchange/databaseuri.h>
 #include <kd_lib/exchange/sqlitesource.h>
 #include <kd_lib/exchange/sqlitetarget.h>
 
-#ifdef KD_WITH_POSTGRESQL
-#include <kd_lib/exchange/postgresqlserver.h>
-#endif
-#ifdef KD_WITH_MARIADB
-#include <kd_lib/exchange/mariadbserver.h>
-#endif
-
 namespace kd_tool {
 
 namespace {
 
 using Server = std::unique_ptr<exchange::DatabaseServer>;
-
-[[noreturn, maybe_unused]] void failWithout(const std::string& database, const char* server)
-{
-    throw exchange::Error(shownName(database), std::string("this kd_db was built without ") + server);
-}
-
-Server postgresql([[maybe_unused]] const std::string& uri)
-{
-#ifdef KD_WITH_POSTGRESQL
-    return exchange::postgresqlServer(uri, {.Stop = stopToken()});
-#else
-    failWithout(uri, "PostgreSQL");
-#endif
-}
-
-Server mariadb([[maybe_unused]] const std::string& uri)
-{
-#ifdef KD_WITH_MARIADB
-    return exchange::mariadbServer(uri, {.Stop = stopToken()});
-#else
-    failWithout(uri, "MariaDB");
-#endif
-}
-
-/// The server of a URI; null for the path of a SQLite file.
-Server serverOf(const std::string& database)
-{
-    switch (exchange::databaseKind(database)) {
-    case exchange::DatabaseKind::PostgreSql:
-        return postgresql(database);
-    case exchange::DatabaseKind::MariaDb:
-        return mariadb(database);
-    case exchange::DatabaseKind::Sqlite:
-        break;
-    }
-    return nullptr;
-}
 
 std::vector<std::string> namesOf(const exchange::TableLayout& layout)
 {

@@ -66,4 +66,9 @@ protected:
     DatabaseServer() = default;
 };
 
+/// Creates a server; the caller deletes it. The library of each server has such a function with C linkage,
+/// `kd_postgresql_server` and `kd_mariadb_server`, for programs that open the library with dlopen when they need it.
+/// Exceptions pass through.
+using ServerFunction = DatabaseServer*(const std::string& uri, const ServerOptions& options);
+
 }  // namespace kd_lib::exchange

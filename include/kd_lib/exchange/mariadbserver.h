@@ -21,4 +21,7 @@ namespace kd_lib::exchange {
 ///   back. After a failure, only the statements after the last of them are rolled back. DELIMITER is supported.
 KD_LIB_EXPORT std::unique_ptr<DatabaseServer> mariadbServer(const std::string& uri, const ServerOptions& options = {});
 
+/// `mariadbServer` for programs that open this library with dlopen.
+extern "C" KD_LIB_EXPORT ServerFunction kd_mariadb_server;
+
 }  // namespace kd_lib::exchange

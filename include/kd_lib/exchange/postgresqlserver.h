@@ -20,4 +20,7 @@ namespace kd_lib::exchange {
 KD_LIB_EXPORT std::unique_ptr<DatabaseServer> postgresqlServer(const std::string& uri,
                                                                const ServerOptions& options = {});
 
+/// `postgresqlServer` for programs that open this library with dlopen.
+extern "C" KD_LIB_EXPORT ServerFunction kd_postgresql_server;
+
 }  // namespace kd_lib::exchange
