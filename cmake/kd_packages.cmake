@@ -92,7 +92,9 @@ foreach(server client IN ZIP_LISTS kd_server_titles kd_server_clients)
 endforeach()
 kd_package(program kd-db database "shows, converts and loads xBase and text tables"
     "Lists xBase and text tables, turns them into SQL scripts, loads them into\nSQLite databases and prints the answers of queries."
-    ${kd_server_packages} "libkd-exchange1 ${kd_same}" "libkd-db1 ${kd_same}" "libkd-udf1 ${kd_same}")
+    "libkd-exchange1 ${kd_same}" "libkd-db1 ${kd_same}" "libkd-udf1 ${kd_same}")
+# The program opens these libraries when it needs them.
+list(JOIN kd_server_packages ", " CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS)
 kd_package(documentation kd-db-doc doc "table access for console programs (documents)"
     "Guides to the library libkd_db and its file formats, and examples.")
 

@@ -61,3 +61,13 @@ consume()
         fi
     done
 }
+
+# expectOfServers PATTERN PROGRAM: what the program reports of ports where no server is.
+expectOfServers()
+{
+    local scheme reported
+    for scheme in postgresql mariadb; do
+        ! reported=$("$2" query $scheme://127.0.0.1:1/shop "SELECT 1" 2>&1 </dev/null) || fail "a server is there"
+        [[ $reported =~ $1 ]] || fail "kd_db reported: $reported"
+    done
+}
