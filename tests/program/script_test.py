@@ -98,8 +98,8 @@ class Script(ProgramTest):
     def test_deleted_record_repeats_the_one_before_and_is_reported(self):
         sample('stock.dbf')
         self.check(['script', 'stock.dbf'], 'stock.sql\n',
-                   'Table: stock.dbf\nstock.dbf: 1 deleted record, for each of which the script holds the record'
-                   ' before once more\n')
+                   'Table: stock.dbf\n'
+                   'stock.dbf: 1 deleted record; for each, the script repeats the record before it\n')
         self.assertEqual(content('stock.sql').decode().count('Painter`s ladder'), 2)
 
     def test_date_too_short_for_sql_names_its_record(self):

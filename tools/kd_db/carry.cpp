@@ -48,14 +48,14 @@ int carry(exchange::Source& source, exchange::Target& target, const Carriage& ca
         carriage.To.advance(now.Bytes - std::min(before.Bytes, now.Bytes), now.Records - before.Records);
         before = now;
     };
-    const auto tellRest = [&] {
+    const auto reportRest = [&] {
         report.restOfRejects();
         report.sourceNotes(source.notes());
         report.targetNotes(target.notes());
     };
     try {
         const exchange::Tally tally = exchange::transfer(source, target, options);
-        tellRest();
+        reportRest();
         if (carriage.Tally) {
             report.tally(tally, target.destination());
         }
@@ -63,7 +63,7 @@ int carry(exchange::Source& source, exchange::Target& target, const Carriage& ca
     } catch (const exchange::Stopped&) {
         throw;
     } catch (...) {
-        tellRest();
+        reportRest();
         throw;
     }
 }

@@ -29,7 +29,7 @@ struct Carriage {
     const Options& Asked;
     Console& To;
     RejectsFile* Rejects = nullptr;
-    std::string Verb = "stored";  ///< what is done with a record, for the messages
+    std::string Verb = "stored";  ///< for the messages: "stored", "shown"
     bool Tally = true;            ///< ends with a line of the counts
 };
 
@@ -37,10 +37,10 @@ struct Carriage {
 /// what `transfer` throws, after the notes.
 int carry(exchange::Source& source, exchange::Target& target, const Carriage& carriage);
 
-/// The same for the only file of a command: with its progress, and the rejects' file finished in any case.
+/// The same for the only file of a command. Shows the progress, and finishes the rejects' file in any case.
 int carryAlone(exchange::Source& source, exchange::Target& target, const Carriage& carriage);
 
-/// Does the work on one file: its exceptions become an error line and the matching status, except `exchange::Stopped`.
+/// Does the work on one file. Its exceptions, except `exchange::Stopped`, become an error line and the matching status.
 int withErrorLine(const std::string& file, Console& console, const std::function<int()>& work);
 
 }  // namespace kd_tool

@@ -29,7 +29,7 @@ constexpr int endMark = 0x1A;
 constexpr std::size_t blockSize = 16384;
 constexpr std::uint64_t recordsPerCheck = 16;
 
-/// The library reads such a byte as a blank; a zero byte is a usual way to write one.
+/// Whether the library reads this byte as a blank, although it is not one. A zero byte is a usual way to write a blank.
 bool isBlanked(char c)
 {
     const auto byte = static_cast<unsigned char>(c);
@@ -41,7 +41,7 @@ std::uint64_t countBlanked(std::string_view bytes)
     return kd_lib::isPlainAscii(bytes) ? 0 : static_cast<std::uint64_t>(std::ranges::count_if(bytes, isBlanked));
 }
 
-/// The library opens by name, and does not say why it fails.
+/// Throws the reason if a file cannot be read: the library opens it by name, and does not return the reason.
 void requireReadable(const std::string& file)
 {
     std::string path = file;
@@ -77,7 +77,7 @@ void ClassicTable::openFile()
 {
     const std::size_t slash = Argument.rfind('/');
     const std::size_t start = slash == std::string::npos ? 0 : slash + 1;
-    // The root keeps its slash, every other folder goes without.
+    // The root keeps its slash, every other folder loses it.
     Path = Argument.substr(0, start > 1 ? start - 1 : start);
     std::string name = Argument.substr(start);
     const std::size_t dot = std::min(name.rfind('.'), name.size());
@@ -118,8 +118,8 @@ void ClassicTable::readColumns()
     }
 }
 
-/// Some programs put other data between the terminator of the descriptors and the first record, which the library
-/// reads as further descriptors.
+/// Some programs write other data between the terminator of the descriptors and the first record. The library reads it
+/// as further descriptors.
 void ClassicTable::dropAfterTerminator()
 {
     std::vector<kd_lib::TableField*>& list = Fields.List;
@@ -185,7 +185,7 @@ std::uint64_t ClassicTable::fileSize()
     return size;
 }
 
-/// The library blanks in place, so this reads the records' bytes once more.
+/// The library replaces bytes by blanks in place, so this reads the records' bytes once more.
 std::uint64_t ClassicTable::blankedBytes()
 {
     firstRecord();

@@ -6,7 +6,7 @@ namespace kd_tool {
 
 namespace {
 
-constexpr std::size_t leastWidth = 6;  // the width of each text when all are cut
+constexpr std::size_t leastWidth = 6;  // the width of each text if all are cut
 
 std::size_t total(const std::vector<std::size_t>& widths, std::size_t gap)
 {
@@ -17,7 +17,7 @@ std::size_t total(const std::vector<std::size_t>& widths, std::size_t gap)
     return sum - gap;
 }
 
-/// The widths when no column that can be cut is wider than `most`.
+/// The widths if no column that can be cut is wider than `most`.
 std::vector<std::size_t> cutTo(const std::vector<ColumnNeed>& needs, std::size_t most)
 {
     std::vector<std::size_t> widths;

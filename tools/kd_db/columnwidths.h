@@ -10,7 +10,7 @@ namespace kd_tool {
 /// The width that a column needs, in cells.
 struct ColumnNeed {
     std::size_t Width = 0;
-    bool Cuttable = true;  ///< a text may be cut; a number only as the last resort
+    bool Cuttable = true;  ///< true for a text; a number is only cut as the last resort
 };
 
 /// The widths of the columns, separated by `gap` cells, so that they fit in `room` (0: there is no limit): the widest

@@ -1,5 +1,5 @@
 /// \file
-/// The commands, and how arguments become one of them with its options.
+/// The commands, and reading a command with its options from the arguments.
 #pragma once
 
 #include "console.h"
@@ -25,14 +25,14 @@ struct CommandSpec {
 /// All commands, in the order of the help.
 const std::vector<CommandSpec>& commands();
 
-/// The command of this name. Throws a `UsageError` that suggests a near one.
+/// The command of this name. Throws a `UsageError` that suggests a similar one.
 const CommandSpec& commandNamed(std::string_view name);
 
 /// The option of a command by its long name, or by its letter; nullptr: it has no such option.
 const OptionSpec* optionNamed(const CommandSpec& command, std::string_view name);
 const OptionSpec* optionLettered(const CommandSpec& command, char letter);
 
-/// Reads the arguments after the name of the command. Options may stand anywhere; "--" ends them. Throws a `UsageError`
+/// Reads the arguments after the name of the command. Options may be anywhere; "--" ends them. Throws a `UsageError`
 /// for an option that the command does not have, and for a missing or surplus argument.
 Options parseArguments(const CommandSpec& command, const std::vector<std::string>& arguments);
 

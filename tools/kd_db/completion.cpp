@@ -24,11 +24,11 @@ constexpr const char* tableFiles = ":files dbf csv tsv tab txt mem\n";
 /// The current line up to the word to complete.
 struct Line {
     const CommandSpec* Command = nullptr;
-    const OptionSpec* Awaited = nullptr;  ///< the option whose value the last word is
+    const OptionSpec* Awaited = nullptr;  ///< the last word is the value of this option
     std::string Last;
     std::string Lead;                    ///< the text before it in the same word: "--into="
     std::vector<std::string> Arguments;  ///< before the last word
-    std::vector<std::string> Before;     ///< all words before it, without an option that waits for its value
+    std::vector<std::string> Before;     ///< all words before it, without an option whose value is missing
 };
 
 class Candidates {
@@ -265,7 +265,7 @@ std::string completions(const std::vector<std::string>& words)
         }
         return line.Last.substr(0, 1) == "-" ? optionCandidates(*line.Command, line.Last) : argumentCandidates(line);
     } catch (const UsageError&) {
-        return {};  // an unknown command has nothing to complete
+        return {};  // there is nothing to complete for an unknown command
     }
 }
 

@@ -21,13 +21,13 @@ namespace kd_tool {
 /// `database` as messages may show it: without a password.
 std::string shownName(const std::string& database);
 
-/// Whether `database` is a URI; else it is the path of a SQLite file.
+/// Whether `database` is a URI; otherwise it is the path of a SQLite file.
 bool isServer(const std::string& database);
 
 /// The database of a load.
 class LoadDatabase {
 public:
-    /// For the target of one file, or of several, in turn or (on a server) at the same time.
+    /// For one target, or for several: one after the other or, on a server, at the same time.
     LoadDatabase(const Options& options, bool several);
     ~LoadDatabase();
     LoadDatabase(const LoadDatabase&) = delete;
@@ -44,7 +44,7 @@ private:
     std::unique_ptr<exchange::SqliteBatch> Batch;
 };
 
-/// How many files to load at a time, at most `asked`: one into SQLite, which locks the whole database.
+/// The number of files to load at a time, at most `asked`: one into SQLite, which locks the whole database.
 unsigned jobsAtATime(const std::string& database, unsigned asked);
 
 /// The rows of a statement.
@@ -54,11 +54,11 @@ struct QueryResult {
 };
 QueryResult queryDatabase(const std::string& database, const std::string& sql);
 
-/// Names and types that a table of `database` has for the columns of a source.
+/// Names and types of a table of `database` for the columns of a source.
 exchange::TableLayout layoutIn(const std::string& database, const std::string& file,
                                const std::vector<exchange::Column>& columns, const exchange::TableOptions& table);
 
-/// The columns of the layout's table, in the order of its records.
+/// The rows of the layout's table, in the order of its records.
 std::unique_ptr<exchange::Source> tableOf(const std::string& database, const exchange::TableLayout& layout);
 
 /// Runs a script into a database.

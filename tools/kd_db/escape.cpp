@@ -4,8 +4,8 @@ namespace kd_tool {
 
 namespace {
 
-/// How many bytes follow the first byte of a UTF-8 character. For 0xC2 this is 0: the control characters of the upper
-/// half begin with it, and its other followers are not control bytes.
+/// The number of bytes that follow the first byte of a UTF-8 character. For 0xC2 this is 0: the control characters of
+/// the upper half begin with it, and its other followers are not control bytes.
 int followers(unsigned char lead)
 {
     if (lead >= 0xC3 && lead <= 0xDF) {

@@ -1,5 +1,5 @@
 /// \file
-/// Control bytes shown as escapes, so that data cannot steer a terminal.
+/// Control bytes shown as escapes, so that data cannot control a terminal.
 #pragma once
 
 #include <string>
@@ -7,12 +7,11 @@
 
 namespace kd_tool {
 
-/// Writes text with each control byte as `\xNN`. The control characters of the upper half (0x80 to 0x9F) count as well,
-/// alone or as UTF-8, while such bytes inside other UTF-8 characters stay. A text may be passed in pieces that end
-/// anywhere.
+/// Writes text with each control byte as `\xNN`. The control characters of the upper half (0x80 to 0x9F) count too,
+/// alone or as UTF-8. Such bytes inside other UTF-8 characters stay. A text may be passed in pieces that end anywhere.
 class ControlEscaper {
 public:
-    /// With `keepLines` line ends and tabs stay as they are.
+    /// With `keepLines`, line ends and tabs are kept.
     explicit ControlEscaper(bool keepLines) : KeepLines(keepLines) {}
 
     void append(std::string& out, std::string_view text);

@@ -1,5 +1,5 @@
 /// \file
-/// The exit statuses of the program, and its exceptions that lead to them.
+/// The exit statuses of the program, and its exceptions with these statuses.
 #pragma once
 
 #include <stdexcept>
@@ -34,7 +34,7 @@ public:
     std::string Command;  ///< whose help explains it; empty: that of the program
 };
 
-/// Nobody reads the results any more: no line, status 0.
+/// The reader of the results has gone: no line, status 0.
 struct ReaderGone {};
 
 }  // namespace kd_tool

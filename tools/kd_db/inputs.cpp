@@ -28,8 +28,8 @@ std::string extensionOf(const std::string& path)
     return extension.empty() ? extension : kd_lib::stringToLower(extension.substr(1));
 }
 
-/// Whether a file of a folder is one of its tables, by its extension: with --from those of that kind, else all except
-/// memory files, and fixed columns only if the columns are known.
+/// Whether a file of a folder is one of its tables, by its extension. With --from only files of that kind are,
+/// otherwise all except memory files. Text in fixed columns is one only if the columns are known.
 bool belongsToFolder(const std::string& path, const exchange::SourceOptions& options)
 {
     using Kind = exchange::SourceKind;

@@ -25,7 +25,7 @@ bool isTableFile(const std::string& path, const kd_lib::exchange::SourceOptions&
 /// if there is no such file.
 void requireKind(const std::string& file, const kd_lib::exchange::SourceOptions& options);
 
-/// Bytes of all files together; nothing if that of one is not known.
+/// Bytes of all files together; nothing if the size of one is not known.
 std::optional<std::uint64_t> sizeOf(const std::vector<std::string>& files);
 
 }  // namespace kd_tool

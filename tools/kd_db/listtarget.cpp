@@ -38,7 +38,7 @@ TableStyle screenStyle(const Options& options)
     return style;
 }
 
-/// A target in one of the formats with the output that it writes to.
+/// A target in one of the formats, with its output.
 template <class Output>
 class ListTarget : public exchange::Target {
 public:

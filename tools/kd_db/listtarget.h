@@ -11,7 +11,7 @@
 
 namespace kd_tool {
 
-/// The target of --format and -o: a table, CSV or JSON lines, to a file or to standard output; on a terminal, more than
+/// The target of --format and -o: a table, CSV or JSON lines, to a file or to standard output. On a terminal, more than
 /// a screen goes through a pager.
 std::unique_ptr<exchange::Target> listTarget(const Options& options, Console& console);
 

@@ -65,7 +65,7 @@ exchange::RecordRange rangeOf(const std::string& text)
     return range;
 }
 
-/// Names separated by commas; one that contains a comma or begins with a quote is put in double quotes, which are
+/// Names separated by commas. A name that contains a comma or begins with a quote is in double quotes, which are
 /// doubled inside.
 std::vector<std::string> namesOf(const std::string& text)
 {

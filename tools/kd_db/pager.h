@@ -7,13 +7,13 @@
 
 namespace kd_tool {
 
-/// The command line of the pager: $PAGER, else `less -FRX` if that is installed; empty: none.
+/// The command line of the pager: $PAGER; if that is not set, `less -FRX`, if that is installed. Empty: no pager.
 std::string pagerCommand();
 
 /// A running pager, which shows what is written to `descriptor`.
 class Pager {
 public:
-    /// Starts it through the shell, for less with texts set to UTF-8.
+    /// Starts it through the shell, and sets the character set of less to UTF-8.
     explicit Pager(const std::string& command);
 
     /// Closes its input and waits until its user has seen enough.

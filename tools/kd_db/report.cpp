@@ -55,11 +55,11 @@ void Report::restOfRejects()
     }
 }
 
-void Report::tell(const std::vector<exchange::Note>& notes, std::size_t& told)
+void Report::printNew(const std::vector<exchange::Note>& notes, std::size_t& printed)
 {
-    for (; told < notes.size(); ++told) {
-        const std::string line = File + ": " + notes[told].Text;
-        if (notes[told].Loss) {
+    for (; printed < notes.size(); ++printed) {
+        const std::string line = File + ": " + notes[printed].Text;
+        if (notes[printed].Loss) {
             To.trouble(line);
         } else {
             To.note(line);

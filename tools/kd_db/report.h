@@ -17,7 +17,7 @@ namespace kd_tool {
 /// Prints the rejects of a file, at most 20 of them, then its notes and its tally. One thread per object.
 class Report {
 public:
-    /// What is done with a record, for the sentences: "stored", "shown".
+    /// `verb` is used in the lines: "stored", "shown".
     Report(Console& console, RejectsFile* rejects, std::string file, std::string verb)
         : To(console), Rejects(rejects), File(std::move(file)), Verb(std::move(verb))
     {
@@ -26,8 +26,8 @@ public:
     void reject(const exchange::Reject& reject);
 
     /// Prints the new notes; each list only grows.
-    void sourceNotes(const std::vector<exchange::Note>& notes) { tell(notes, SourceNotes); }
-    void targetNotes(const std::vector<exchange::Note>& notes) { tell(notes, TargetNotes); }
+    void sourceNotes(const std::vector<exchange::Note>& notes) { printNew(notes, SourceNotes); }
+    void targetNotes(const std::vector<exchange::Note>& notes) { printNew(notes, TargetNotes); }
 
     /// Prints the count of the rejects that were not printed one by one.
     void restOfRejects();
@@ -36,7 +36,7 @@ public:
     void tally(const exchange::Tally& tally, const std::string& destination);
 
 private:
-    void tell(const std::vector<exchange::Note>& notes, std::size_t& told);
+    void printNew(const std::vector<exchange::Note>& notes, std::size_t& printed);
 
     Console& To;
     RejectsFile* Rejects;

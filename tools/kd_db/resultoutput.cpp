@@ -55,7 +55,7 @@ void ResultOutput::take(std::string_view piece)
         writeShown(piece);
         return;
     }
-    // Only after more than a screen, or at the end, it is known whether a pager is needed.
+    // Whether a pager is needed is known only after a full screen, or at the end.
     Held += piece;
     if (Command.empty() || exceedsScreen(Held)) {
         begin();
@@ -119,7 +119,7 @@ void ResultOutput::writeOut(std::string_view text)
         if (!waitForReader(descriptor)) {
             throw kd_lib::exchange::Stopped(outputName, "stopped");
         }
-        // A pipe that accepts bytes accepts this many without waiting.
+        // A pipe that accepts any bytes accepts this many without waiting.
         const ssize_t written = ::write(descriptor, text.data(), std::min<std::size_t>(text.size(), PIPE_BUF));
         if (written >= 0) {
             text.remove_prefix(static_cast<std::size_t>(written));

@@ -15,7 +15,7 @@
 
 namespace kd_tool {
 
-/// Standard output in blocks. Writing throws `ReaderGone` if nobody reads any more, an `exchange::Stopped` if a stop is
+/// Standard output in blocks. Writing throws `ReaderGone` if the reader has gone, an `exchange::Stopped` if a stop is
 /// requested while it waits for the reader, and an `exchange::Error` for every other failure. On a terminal the
 /// progress bar ends when the first block is written, and the console keeps its lines while the pager runs.
 class ResultOutput : public kd_lib::exchange::OutputBlock {
@@ -51,7 +51,7 @@ private:
     bool Escapes = false;
     bool Begun = false;
     std::string Command;  // of the pager; empty: none
-    std::string Held;     // text from before it is known whether a pager is needed
+    std::string Held;     // text that is kept until it is known whether a pager is needed
     ControlEscaper Escaper{true};
     std::string Escaped;
     std::unique_ptr<Pager> Running;

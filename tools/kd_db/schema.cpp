@@ -112,7 +112,7 @@ std::vector<SchemaColumn> schemaOf(const std::vector<std::string>& arguments, co
         exchange::SqliteSource rows(place, columnsOfTables, atOnce);
         return columnsIn(rows);
     } catch (const std::exception&) {
-        return {};  // what cannot be read has no names
+        return {};  // without a file that can be read there are no names
     }
 }
 

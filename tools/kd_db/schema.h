@@ -11,8 +11,8 @@ namespace kd_tool {
 
 namespace exchange = kd_lib::exchange;
 
-/// A column and its table. A name that SQL reserves, or is not a word, is in brackets: `[limit]`. They need no quotation
-/// marks, which would end the argument in a shell.
+/// A column and its table. A name that SQL reserves, or that is not a word, is in brackets: `[limit]`. Quotation marks
+/// would end the argument in a shell.
 struct SchemaColumn {
     std::string Table;
     std::string Name;

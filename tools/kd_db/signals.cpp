@@ -38,7 +38,7 @@ std::stop_source& stopSource()
     ::_exit(statusSignal + signal);
 }
 
-/// A separate thread receives the signals, so that a stop can be requested as from any other place.
+/// A separate thread receives the signals, because a signal handler could not request a stop.
 void* watch(void*)
 {
     for (int count = 1;; ++count) {

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t longestWord = 32;
 
-/// Edits between two words: a letter missing, too many, another one, or two neighbours exchanged.
+/// The number of edits between two words: a letter missing, surplus or wrong, or two neighbours exchanged.
 std::size_t distance(std::string_view a, std::string_view b)
 {
     std::array<std::array<std::size_t, longestWord + 1>, longestWord + 1> edits{};

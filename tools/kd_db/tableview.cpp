@@ -95,7 +95,7 @@ void TableView::layOut()
             number = number || row.Looks[i] == Look::Right;
             text = text || row.Looks[i] == Look::Left;
         }
-        // The result of an expression has no type; its values decide.
+        // The result of an expression has no declared type; its values decide.
         Numeric[i] = (Numeric[i] || number) && !text;
         need.Cuttable = !Numeric[i];
         needs.push_back(need);

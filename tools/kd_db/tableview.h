@@ -1,5 +1,5 @@
 /// \file
-/// Records as a table that people read.
+/// Records as a table for people.
 #pragma once
 
 #include "columnwidths.h"
@@ -19,12 +19,12 @@ struct TableStyle {
     std::size_t Room = 0;         ///< cells in a line; 0: no limit, and nothing is cut
     bool Colored = false;         ///< headings and NULL differ from text
     std::string_view Mark = ">";  ///< ends a cut cell
-    int Terminal = -1;            ///< a descriptor: its width when the table is laid out takes the place of Room
+    int Terminal = -1;            ///< a descriptor whose width, when the table is laid out, replaces Room
 };
 
 /// Prints records under their columns' names: texts to the left, numbers to the right, NULL as that word. The widths
-/// are those of the first page of records, so that memory does not grow; a later cell that is wider moves the rest of
-/// its line, and is cut if the line would not fit. The block is flushed at the end, and not closed.
+/// are those of the first page of records, so that memory does not grow. A later cell that is wider moves the rest of
+/// its line, and is cut if the line would not fit. The block is flushed at the end, but not closed.
 class TableView : public kd_lib::exchange::Target {
 public:
     TableView(kd_lib::exchange::OutputBlock& output, TableStyle style);
@@ -62,7 +62,7 @@ private:
     std::size_t PageBytes = 0;
     bool Streaming = false;
     std::vector<std::size_t> Widths;
-    std::size_t Spare = 0;     ///< cells of a full line that no column takes
+    std::size_t Spare = 0;     ///< cells of a full line that belong to no column
     std::size_t LineLeft = 0;  ///< of these, in the current line
     Row Current;
     std::string Line;

@@ -15,10 +15,10 @@ struct ScreenSize {
     std::size_t Rows = 24;
 };
 
-/// The size of the terminal; if that is unknown, that of the environment (COLUMNS, LINES), else 80 x 24.
+/// The size of the terminal; if that is unknown, the size in the environment (COLUMNS, LINES), by default 80 x 24.
 ScreenSize screenSize(int descriptor);
 
-/// Whether escape sequences may be written: `Auto`: if the descriptor is a terminal that is not "dumb", and NO_COLOR is
+/// Whether escape sequences may be written. `Auto`: if the descriptor is a terminal that is not "dumb", and NO_COLOR is
 /// unset or empty.
 bool useColor(When when, int descriptor);
 

@@ -49,7 +49,7 @@ Cluster firstCluster(std::string_view text)
             break;
         }
         cluster.Bytes += length;
-        // Two of them are a flag, which is as wide as both.
+        // Two regional indicators are a flag, which is two cells wide.
         cluster.Cells = isRegionalIndicator(next) ? 2 : std::max(cluster.Cells, cellsOf(next));
         before = next;
     }

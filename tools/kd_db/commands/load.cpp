@@ -76,7 +76,7 @@ private:
     {
         for (std::size_t i = Next++; i < Files.size(); i = Next++) {
             try {
-                // The exception of a single file says what to do.
+                // The exception of a single file determines the status of the program.
                 const int status = Files.size() == 1 ? loadFile(Files[i])
                                                      : withErrorLine(Files[i], To, [&] { return loadFile(Files[i]); });
                 const std::lock_guard guard(Lock);

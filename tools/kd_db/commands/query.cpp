@@ -20,7 +20,7 @@ namespace kd_tool {
 
 namespace {
 
-/// Prints the rows of a statement, or if it has no columns, how many rows it changed.
+/// Prints the rows of a statement or, if it has no columns, the number of rows that it changed.
 int print(exchange::Source& rows, const std::function<std::uint64_t()>& changes, const Options& options,
           Console& console)
 {

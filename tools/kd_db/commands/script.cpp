@@ -51,7 +51,7 @@ public:
     Overheard(const Overheard&) = delete;
     Overheard& operator=(const Overheard&) = delete;
 
-    void tell(Console& console)
+    void passTo(Console& console)
     {
         for (std::string line; std::getline(Kept, line);) {
             console.note(line);
@@ -75,10 +75,10 @@ std::unique_ptr<ClassicTable> openTable(const std::string& file, Console& consol
     Overheard said;
     try {
         auto table = std::make_unique<ClassicTable>(file, [file] { throwIfStopped(file); });
-        said.tell(console);
+        said.passTo(console);
         return table;
     } catch (const exchange::Error&) {
-        said.tell(console);
+        said.passTo(console);
         throw;
     }
 }
@@ -106,7 +106,7 @@ void write(ClassicTable& table, exchange::OutputFile& file)
     file.sync();
 }
 
-void tellWhatDiffers(ClassicTable& table, const std::string& file, Console& console)
+void reportDifferences(ClassicTable& table, const std::string& file, Console& console)
 {
     if (table.recordsRead() > table.RecordCount) {
         console.note(file + ": the header counts " + counted(table.RecordCount, "record") + ", the file holds " +
@@ -118,7 +118,7 @@ void tellWhatDiffers(ClassicTable& table, const std::string& file, Console& cons
     }
     if (table.deletedRecords() > 0) {
         console.note(file + ": " + counted(table.deletedRecords(), "deleted record") +
-                     ", for each of which the script holds the record before once more");
+                     "; for each, the script repeats the record before it");
     }
 }
 
@@ -151,7 +151,7 @@ int script(const Options& options, Console& console)
     exchange::OutputFile file(path);
     write(*table, file);
     if (table->InsertRecords) {
-        tellWhatDiffers(*table, argument, console);
+        reportDifferences(*table, argument, console);
     }
     ResultOutput output(console);
     output.write(path + '\n');
