@@ -173,7 +173,7 @@ void FileTable::setFieldOffsets(const std::string& line)
         const int position = std::stoi(positions.getToken(i));
         // Unsigned, so that the distance of very different numbers wraps instead of overflowing.
         const auto length = static_cast<int>(static_cast<unsigned int>(position) - static_cast<unsigned int>(previous));
-        // Deliberate: a column starts at its own number and is as wide as the distance before it.
+        // Deliberate: a column starts at its own number, and its width is the distance from the previous one.
         TableField field("Field#" + std::to_string(i), UNKNOWN_TYPE, position, length, 0, false);
         Fields.add(field);
         previous = position;
@@ -223,7 +223,7 @@ bool FileTable::lastRecord()
         return false;
     }
     File.clear();
-    // The complement is the negative of RecordLength + 1, for every length.
+    // The complement is minus (RecordLength + 1), for every length.
     File.seekg(static_cast<std::streamoff>(~RecordLength), std::ios::end);
     return true;
 }

@@ -196,13 +196,13 @@ bool SqlDatabase::importSqlFile(const std::string& path)
     std::ifstream file;
     file.rdbuf()->pubsetbuf(streamBuffer.data(), static_cast<std::streamsize>(streamBuffer.size()));
     file.open(expanded);
-    std::string come(scriptBlockSize, '\0');
+    std::string buffer(scriptBlockSize, '\0');
     detail::ScriptSplitter splitter;
     bool stopped = false;
     // The script may be a pipe: complete statements run before the next read, which may wait.
     while (!stopped && file.peek() != std::ifstream::traits_type::eof()) {
-        const auto size = file.readsome(come.data(), static_cast<std::streamsize>(come.size()));
-        std::string_view block(come.data(), static_cast<std::size_t>(size));
+        const auto size = file.readsome(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+        std::string_view block(buffer.data(), static_cast<std::size_t>(size));
         while (!stopped && splitter.next(block)) {
             stopped = !runScriptStatement(splitter.statement());
         }

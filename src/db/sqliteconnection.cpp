@@ -144,7 +144,7 @@ bool SQLite3::openDatabase(const std::string& name, bool create, const std::stri
         return false;
     }
     if (!encoding.empty()) {
-        // Deliberate: executed before the new connection is opened, so it applies to the one open before.
+        // Deliberate: executed before the new connection is opened, so it applies to the previous one.
         execute("PRAGMA encoding = " + encoding + ";");
         finalize();
     }

@@ -11,8 +11,8 @@ namespace kd_lib {
 
 namespace {
 
-// Deliberate: the list follows no single dialect, and its unusual forms (ACCESIBLE, END-EXEC, SAVE_POINT,
-// STDEV_POP, STDEV_SAMP, FRAMEROW, MIDDLEINT, RAID0, X509) are its own.
+// Deliberate: the list follows no single dialect, and has unusual forms (ACCESIBLE, END-EXEC, SAVE_POINT,
+// STDEV_POP, STDEV_SAMP, FRAMEROW, MIDDLEINT, RAID0, X509).
 constexpr const char* reservedWords =
     "ABORT ABS ABSOLUTE ACCESIBLE ACTION ADD ADMIN AFTER AGGREGATE ALIAS ALL ALLOCATE ALTER ANALYSE ANALYZE AND ANY "
     "ARE ARRAY AS ASC ASENSITIVE ASSERTION ASYMMETRIC AT ATOMIC ATTACH AUTHORIZATION AUTOINCREMENT AVG BEFORE BEGIN "

@@ -39,7 +39,7 @@ void writeHeader(std::ostream& out, const Entry& entry)
 
 void writeText(std::ostream& out, std::istream& file, unsigned int length, ValueBuffer& value)
 {
-    // Deliberate: the buffer is not cleared, so the rest of a longer value before is printed after a shorter one.
+    // Deliberate: the buffer is not cleared, so a shorter value is followed by the rest of a longer previous one.
     file.read(value.data(), length);
     out << ' ';
     out.write(value.data(), static_cast<std::streamsize>(::strnlen(value.data(), value.size())));
@@ -95,7 +95,7 @@ bool xBaseMemory::read()
     beginFile();
     Entry entry{};
     ValueBuffer value{};
-    // The state is tested after a line is written, so the attempt that reaches the end writes one more.
+    // The state is tested after a line is written, so one more line is written at the end of the file.
     while (!File.fail()) {
         File.read(entry.data(), entrySize);
         writeHeader(std::cout, entry);

@@ -56,8 +56,7 @@ void blankUnprintable(char* begin, const char* end)
     }
 }
 
-/// Replaces the bytes that isprint rejects by blanks. Only stretches with more than plain ASCII are tested byte by
-/// byte.
+/// Replaces the bytes that isprint rejects by blanks. Only stretches that are not plain ASCII are tested byte by byte.
 void makePrintable(std::string& record)
 {
     constexpr std::size_t longestStretch = 128;

@@ -185,7 +185,7 @@ void decodeUtf8(std::string_view bytes, Output& to)
     }
 }
 
-/// How many bytes an unknown character has: two if a first and a second byte do not belong together.
+/// The number of bytes of an unknown character: two if a first and a second byte do not belong together.
 std::size_t unknownLength(const Table& table, std::string_view rest)
 {
     const bool two =

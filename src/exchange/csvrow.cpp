@@ -1,4 +1,4 @@
-// Rows of comma separated values.
+// Rows of comma-separated values.
 #include <kd_lib/exchange/rowtext.h>
 
 #include "detail/binarytext.h"

@@ -54,8 +54,8 @@ private:
     bool isWanted(bool cut);
     void giveRecord(Record& record);
     void giveCutRecord(Record& record);
-    void tell();
-    void tellOfDeleted();
+    void addNotes();
+    void noteDeleted();
 
     detail::InputFile File;
     DbfSource& Of;
@@ -72,9 +72,9 @@ private:
     std::vector<std::size_t> Marks;  ///< columns that hold the deletion mark
     std::uint64_t Deleted = 0;
     bool Started = false;
-    bool ToldPage = false;
-    bool ToldMemo = false;
-    bool ToldDeleted = false;
+    bool NotedPage = false;
+    bool NotedMemo = false;
+    bool NotedDeleted = false;
 };
 
 DbfSource::Reader::Reader(DbfSource& source, const SourceOptions& options)
@@ -97,7 +97,7 @@ DbfSource::Reader::Reader(DbfSource& source, const SourceOptions& options)
             source.note(one.Text, one.Loss);
         }
     }
-    tell();
+    addNotes();
 }
 
 std::vector<detail::WantedField> DbfSource::Reader::wantedFields() const
@@ -111,7 +111,7 @@ std::vector<detail::WantedField> DbfSource::Reader::wantedFields() const
     return wanted;
 }
 
-/// The table can be read without its memo file: it is reported as missing when a value of it is needed.
+/// The table can be read without its memo file: a missing memo file is reported when one of its values is needed.
 void DbfSource::Reader::openMemo(const std::vector<detail::WantedField>& wanted)
 {
     HasMemos = std::ranges::any_of(wanted, [this](const detail::WantedField& one) {
@@ -149,7 +149,7 @@ bool DbfSource::Reader::read()
     }
     while (Records.number() < Options.Records.Last) {
         const Found found = Records.next();
-        tell();
+        addNotes();
         if (found == Found::End) {
             break;
         }
@@ -167,7 +167,7 @@ bool DbfSource::Reader::read()
         }
         return true;
     }
-    tellOfDeleted();
+    noteDeleted();
     return false;
 }
 
@@ -196,7 +196,7 @@ void DbfSource::Reader::giveRecord(Record& record)
         record.Cells[mark] = Cell::boolean(record.Deleted);
     }
     if (Decoder->metHighByte() || Decoder->metMissingMemo()) {
-        tell();
+        addNotes();
     }
 }
 
@@ -209,19 +209,19 @@ void DbfSource::Reader::giveCutRecord(Record& record)
 }
 
 /// Adds notes about findings since the last call.
-void DbfSource::Reader::tell()
+void DbfSource::Reader::addNotes()
 {
     if (Records.hasNotes()) {
         for (const Note& one : Records.takeNotes()) {
             Of.note(one.Text, one.Loss);
         }
     }
-    if (!ToldPage && (InFile.HighBytes || Decoder->metHighByte())) {
-        ToldPage = true;
+    if (!NotedPage && (InFile.HighBytes || Decoder->metHighByte())) {
+        NotedPage = true;
         Of.noteFact("code page " + Page.name() + ": " + PageWhy.Reason);
     }
-    if (!ToldMemo && Decoder->metMissingMemo()) {
-        ToldMemo = true;
+    if (!NotedMemo && Decoder->metMissingMemo()) {
+        NotedMemo = true;
         Of.note("memo file: " + missingMemo() + "; its values cannot be read", true);
     }
 }
@@ -243,12 +243,12 @@ std::vector<Fact> DbfSource::Reader::facts() const
     return facts;
 }
 
-void DbfSource::Reader::tellOfDeleted()
+void DbfSource::Reader::noteDeleted()
 {
-    if (ToldDeleted || Deleted == 0 || Options.Deleted == DeletedRecords::Mark) {
+    if (NotedDeleted || Deleted == 0 || Options.Deleted == DeletedRecords::Mark) {
         return;
     }
-    ToldDeleted = true;
+    NotedDeleted = true;
     const bool skipped = Options.Deleted == DeletedRecords::Skip;
     Of.note(detail::count(Deleted, "deleted record") + (skipped ? " left out" : " kept"));
 }

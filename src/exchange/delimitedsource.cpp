@@ -20,7 +20,7 @@ namespace kd_lib::exchange {
 namespace {
 
 constexpr const char* defaultPage = "UTF-8";
-constexpr std::uint64_t rowsBetweenLooks = 1024;  // at the stop token
+constexpr std::uint64_t rowsBetweenLooks = 1024;  // the stop token is tested after as many rows
 
 }  // namespace
 
@@ -47,8 +47,8 @@ private:
     bool isNull(const detail::DelimitedCell& cell);
     void giveRecord(Record& record);
     void giveRowFlaw(Record& record) const;
-    void tellAtEnd();
-    const char* whyPage() const { return Options.Encoding.empty() ? "that of text files" : "as asked"; }
+    void noteAtEnd();
+    const char* whyPage() const { return Options.Encoding.empty() ? "that of text files" : "as requested"; }
 
     DelimitedSource& Of;
     const SourceOptions Options;
@@ -63,7 +63,7 @@ private:
     mutable std::string OriginBytes;
     std::uint64_t From = 1;  // number of the first record in the range
     std::string Hint;        // about the delimiter
-    bool Told = false;
+    bool Noted = false;
 };
 
 DelimitedSource::Reader::Reader(DelimitedSource& source, const SourceOptions& options)
@@ -209,7 +209,7 @@ bool DelimitedSource::Reader::read()
             return true;
         }
     }
-    tellAtEnd();
+    noteAtEnd();
     return false;
 }
 
@@ -249,12 +249,12 @@ void DelimitedSource::Reader::giveRowFlaw(Record& record) const
                                 std::to_string(wanted)});
 }
 
-void DelimitedSource::Reader::tellAtEnd()
+void DelimitedSource::Reader::noteAtEnd()
 {
-    if (Told) {
+    if (Noted) {
         return;
     }
-    Told = true;
+    Noted = true;
     if (Cells.metHighBytes()) {
         Of.noteFact("code page " + Page.name() + ": " + whyPage());
     }

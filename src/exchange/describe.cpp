@@ -33,7 +33,7 @@ public:
         const Key key{reject.Where.Column, reject.Action, reject.Reason};
         auto found = std::ranges::find(Keys, key);
         if (found == Keys.end()) {
-            // Reasons may quote values: there could be as many as there are records.
+            // Reasons may quote values: there could be as many reasons as records.
             if (Keys.size() == mostReasons) {
                 ++Others;
                 return;
@@ -45,7 +45,7 @@ public:
         ++Counts[static_cast<std::size_t>(found - Keys.begin())].second;
     }
 
-    void tell(std::vector<Note>& notes) const
+    void addTo(std::vector<Note>& notes) const
     {
         for (std::size_t i = 0; i < Keys.size(); ++i) {
             notes.push_back({lineOf(Keys[i], Counts[i].first, Counts[i].second), true});
@@ -97,7 +97,7 @@ Description describe(const std::string& file, const SourceOptions& options, cons
     description.File = file;
     description.Columns = source->columns();
     std::ranges::remove_copy_if(source->notes(), std::back_inserter(description.Notes), &Note::Fact);
-    rejects.tell(description.Notes);
+    rejects.addTo(description.Notes);
     description.Facts = source->facts();
     const std::uint64_t deleted = source->recordsLeftOut() + target.Deleted;
     const auto afterKind = description.Facts.begin() + (description.Facts.empty() ? 0 : 1);

@@ -57,7 +57,7 @@ constexpr Dialect postgreSql = {
     .BasicPlaneOnly = false,
     .BlanksAtEnd = true,
     .FileNameBytes = noLimit,
-    // The catalogue comes before the user's tables on the search path: such a table could be created, but not reached.
+    // The catalogue comes first on the search path, so such a table could be created, but not reached.
     .OwnTables = "pg_",
     .OwnColumns = postgreSqlColumns,
     .Columns = 1600,

@@ -56,8 +56,8 @@ private:
     std::string_view cellOf(const detail::FixedColumn& column) const;
     void giveRecord(Record& record);
     void checkEncoding() const;
-    void tellAtEnd();
-    const char* whyPage() const { return Options.Encoding.empty() ? "that of text files" : "as asked"; }
+    void noteAtEnd();
+    const char* whyPage() const { return Options.Encoding.empty() ? "that of text files" : "as requested"; }
 
     FixedSource& Of;
     const SourceOptions Options;
@@ -72,7 +72,7 @@ private:
     std::uint64_t From = 1;    // number of the first record in the range
     std::uint64_t Number = 0;  // of the current record
     std::uint64_t Longer = 0;  // lines with text after the last column
-    bool Told = false;
+    bool Noted = false;
 };
 
 FixedSource::Reader::Reader(FixedSource& source, const SourceOptions& options)
@@ -128,7 +128,7 @@ bool FixedSource::Reader::read()
             return true;
         }
     }
-    tellAtEnd();
+    noteAtEnd();
     return false;
 }
 
@@ -166,12 +166,12 @@ void FixedSource::Reader::giveRecord(Record& record)
     }
 }
 
-void FixedSource::Reader::tellAtEnd()
+void FixedSource::Reader::noteAtEnd()
 {
-    if (Told) {
+    if (Noted) {
         return;
     }
-    Told = true;
+    Noted = true;
     if (Cells.metHighBytes()) {
         Of.noteFact("code page " + Page.name() + ": " + whyPage());
     }

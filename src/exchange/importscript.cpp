@@ -155,12 +155,12 @@ public:
             while (Statements.next(block)) {
                 runStatement();
             }
-            tell();
+            reportProgress();
         }
         if (Statements.finish()) {
             runStatement();
         }
-        tell();
+        reportProgress();
         checkEnd();
         return {Statements.number()};
     }
@@ -171,7 +171,7 @@ private:
         return static_cast<std::size_t>(sqlite3_limit(database.handle(), SQLITE_LIMIT_SQL_LENGTH, -1));
     }
 
-    void tell() const
+    void reportProgress() const
     {
         // The signal that stops this import may also stop the other end of a pipe, which then ends.
         if (Options.Stop.stop_requested()) {
@@ -206,7 +206,7 @@ private:
         if (text.find('\0') != std::string::npos) {
             failAt(Statements.line(), "the statement holds a zero byte");
         }
-        // SQLite splits at the same places; if it ever did not, nothing would be left out.
+        // SQLite splits at the same places. If it ever did not, the rest would still run.
         const char* rest = text.c_str();
         while (*rest != '\0') {
             rest = runFirst(rest, text.c_str() + text.size());
@@ -287,7 +287,7 @@ ImportTally runIn(const std::string& path, bool isNew, const std::string& script
     SqliteDatabase database(path, name);
     database.heed(options.Stop, options.Patience);
     if (isNew) {
-        // Nobody else knows the file, and it is written to the disk before it is published.
+        // No other program knows the file, and it is written to the disk before it is published.
         database.execute("PRAGMA locking_mode=EXCLUSIVE; PRAGMA synchronous=OFF");
     }
     database.execute("BEGIN IMMEDIATE");

@@ -182,7 +182,7 @@ struct MySqlForm : detail::CommonForm {
 };
 
 /// SQLite's literals have no escapes. Characters that clients change, or that would end a text, are replaced by a word
-/// that the text does not contain, and restored by the database. A chain of char(13)||... would be too deep for long
+/// that the text does not contain, and the database restores them. A chain of char(13)||... would be too deep for long
 /// texts.
 class SqliteText {
 public:
@@ -210,8 +210,8 @@ private:
         }
     }
 
-    /// `begin`, if necessary followed by a number, so that the text does not contain it. Its only backslash is at its
-    /// beginning, so it cannot arise across its borders with the text either.
+    /// `begin`, followed by a number if the text contains it. Its only backslash is at its beginning, so the word
+    /// cannot arise where it meets the text either.
     std::string unusedWord(const std::string& begin) const
     {
         std::size_t found = 0;

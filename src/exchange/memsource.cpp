@@ -54,8 +54,8 @@ private:
     bool take();
     void giveRecord(Record& record);
     void giveValue(Record& record, std::size_t column);
-    void tellAtEnd();
-    const char* whyPage() const { return Options.Encoding.empty() ? "the file names none" : "as asked"; }
+    void noteAtEnd();
+    const char* whyPage() const { return Options.Encoding.empty() ? "the file names none" : "as requested"; }
 
     detail::InputFile File;
     MemSource& Of;
@@ -72,7 +72,7 @@ private:
     Found Current = Found::End;
     std::uint64_t From = 1;    // number of the first record in the range
     std::uint64_t Number = 0;  // of the current record
-    bool Told = false;
+    bool Noted = false;
 };
 
 MemSource::Reader::Reader(MemSource& source, const SourceOptions& options)
@@ -133,7 +133,7 @@ bool MemSource::Reader::read()
             return true;
         }
     }
-    tellAtEnd();
+    noteAtEnd();
     return false;
 }
 
@@ -176,12 +176,12 @@ void MemSource::Reader::giveValue(Record& record, std::size_t column)
     }
 }
 
-void MemSource::Reader::tellAtEnd()
+void MemSource::Reader::noteAtEnd()
 {
-    if (Told) {
+    if (Noted) {
         return;
     }
-    Told = true;
+    Noted = true;
     if (Cells.metHighBytes()) {
         Of.noteFact("code page " + Page.name() + ": " + whyPage());
     }

@@ -41,7 +41,7 @@ std::unique_ptr<Source> openSource(const std::string& file, const SourceOptions&
         if (!error.Where.File.empty()) {
             throw;
         }
-        throw Error(file, error.Reason);  // a file that this one needs has failed
+        throw Error(file, error.Reason);  // the failure is in a file that this one needs
     }
 }
 

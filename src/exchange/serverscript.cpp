@@ -26,7 +26,7 @@ bool isWordByte(char c)
            static_cast<unsigned char>(c) >= 0x80;
 }
 
-/// Finds whether a ";" is inside the body of a routine, as psql does.
+/// Determines whether a ";" is inside the body of a routine, as psql does.
 class RoutineBody {
 public:
     void note(std::string_view word)
@@ -245,7 +245,7 @@ private:
     /// Whether the next comment is one that MySQL executes.
     bool hasMeaning() { return !Postgres && (isAt(0, "/*!") || isAt(0, "/*M!")); }
 
-    /// Obeys or refuses a command for the client; false if there is none.
+    /// Carries out, skips or refuses a command for the client; false if there is none.
     bool passClientCommand()
     {
         if (Postgres && at(0) == '\\') {

@@ -12,7 +12,7 @@ namespace kd_lib::exchange {
 
 namespace {
 
-// A statement of many rows is read faster than many statements, up to some size; servers refuse very long ones.
+// One statement of many rows is read faster than many statements, but servers refuse very long ones.
 constexpr std::uint64_t rowsOfStatement = 500;
 constexpr std::uint64_t bytesOfStatement = 262144;
 

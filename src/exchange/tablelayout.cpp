@@ -11,7 +11,7 @@ namespace kd_lib::exchange {
 
 namespace {
 
-/// From this many columns on, MySQL refuses tables whose rows may become too long for a page, unless it is set to
+/// From this number of columns on, MySQL refuses tables whose rows may become too long for a page, unless it is set to
 /// refuse the rows instead.
 constexpr std::size_t manyColumns = 383;
 

@@ -7,7 +7,7 @@ namespace kd_lib::exchange {
 namespace {
 
 constexpr std::uint64_t progressBytes = 65536;
-constexpr std::uint64_t progressRecords = 256;  // of long records, or if the size of a record is not known
+constexpr std::uint64_t progressRecords = 256;  // if records are long, or their size is not known
 
 bool ofRow(FlawKind kind)
 {
@@ -59,11 +59,11 @@ public:
         if (position - LastBytes >= progressBytes || ++Records >= progressRecords) {
             LastBytes = position;
             Records = 0;
-            tell();
+            report();
         }
     }
 
-    void tell() const
+    void report() const
     {
         if (Options.Stop.stop_requested()) {
             throw Stopped(From.file(), "stopped");
@@ -80,7 +80,7 @@ private:
     std::uint64_t Records = 0;
 };
 
-bool tellsOfLoss(const std::vector<Note>& notes)
+bool hasLoss(const std::vector<Note>& notes)
 {
     return std::ranges::any_of(notes, &Note::Loss);
 }
@@ -97,7 +97,7 @@ void carryRecords(Source& source, Target& target, const TransferOptions& options
         }
         watch.afterRecord();
     }
-    watch.tell();
+    watch.report();
 }
 
 }  // namespace
@@ -138,7 +138,7 @@ Tally transfer(Source& source, Target& target, const TransferOptions& options)
     }
     tally.Read = source.recordsRead();
     tally.LeftOut += source.recordsLeftOut();
-    tally.Loss = tally.Loss || tellsOfLoss(source.notes()) || tellsOfLoss(target.notes());
+    tally.Loss = tally.Loss || hasLoss(source.notes()) || hasLoss(target.notes());
     return tally;
 }
 

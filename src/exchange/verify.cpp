@@ -15,7 +15,7 @@ using detail::SetOff;
 
 constexpr std::uint64_t recordsBetweenLooks = 1024;
 
-/// Of long values, the part around the difference is shown.
+/// Only the part of a long value around the difference is shown.
 constexpr std::size_t shownBytes = 200;
 constexpr std::size_t shownBefore = 40;
 

@@ -30,7 +30,7 @@ void say(const VirtualTableEvents& events, const std::string& file, Note note)
     }
 }
 
-/// The name of a file's table, different from those before it.
+/// The name of a file's table, different from the previous ones.
 std::string tableName(const FileTableOptions& file, std::set<std::string>& taken, const VirtualTableEvents& events)
 {
     const Dialect& dialect = dialectOf(Engine::Sqlite);

@@ -40,13 +40,13 @@ constexpr std::size_t length = 521;        ///< of the whole header, always
 constexpr std::size_t markAt = 520;        ///< the end mark if all 32 descriptors are used
 }  // namespace dbf2header
 
-/// dBase 7: 36 bytes follow the 32.
+/// dBase 7: another 36 bytes follow the first 32.
 namespace dbf7header {
 constexpr std::size_t driverAt = 32;  ///< the language driver's name, filled with zero bytes
 constexpr std::size_t driverWidth = 32;
 }  // namespace dbf7header
 
-/// The description of one field in the header. There are three forms of it.
+/// The form of a field's description in the header. There are three such forms.
 struct DescriptorShape {
     std::size_t First;  ///< position of the first descriptor in the file
     std::size_t Size;

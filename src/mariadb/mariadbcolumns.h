@@ -14,7 +14,7 @@ namespace kd_lib::exchange::detail {
 /// In the table's order; none if the database has no such table.
 std::vector<ExistingColumn> columnsOfTable(MariadbSession& session, const std::string& table);
 
-/// The names of the columns whose texts are in another character set than UTF-8.
+/// The names of the columns whose texts are not in UTF-8.
 std::vector<std::string> foreignColumns(MariadbSession& session, const std::string& table);
 
 }  // namespace kd_lib::exchange::detail

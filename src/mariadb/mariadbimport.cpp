@@ -21,15 +21,15 @@ public:
         Session.run("SET SESSION autocommit = 0");  // also after a statement that commits
         while (Script.next((Session.handle()->server_status & SERVER_STATUS_NO_BACKSLASH_ESCAPES) == 0)) {
             runStatement();
-            tell();
+            reportProgress();
         }
-        tell();
+        reportProgress();
         Session.run("COMMIT");
         return {Script.number()};
     }
 
 private:
-    void tell() const
+    void reportProgress() const
     {
         Session.checkStop();
         if (Options.OnProgress) {

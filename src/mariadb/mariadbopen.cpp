@@ -50,7 +50,7 @@ void setSwitch(MYSQL* handle, mysql_option meaning, bool on)
     mysql_optionsv(handle, meaning, &value);
 }
 
-/// Sets one option. Each TLS option also requires TLS, so that no connection is made without.
+/// Sets one option. Each TLS option also requires TLS, so that no connection is made without it.
 void set(MYSQL* handle, const std::string& name, const std::string& value)
 {
     const Option& option = *optionOf(name);
@@ -72,7 +72,7 @@ void set(MYSQL* handle, const std::string& name, const std::string& value)
 }
 
 /// Whether the options require TLS.
-bool wantsTls(const MariadbSettings& settings)
+bool requiresTls(const MariadbSettings& settings)
 {
     return std::ranges::any_of(settings.Options, [](const auto& option) {
         return option.first.starts_with("ssl-") || (option.first == "ssl" && stringToBool(option.second));
@@ -84,7 +84,7 @@ const char* orNull(const std::string& text)
     return text.empty() ? nullptr : text.c_str();
 }
 
-/// A server may request any file of this machine instead of the one that a statement names.
+/// Refuses to send a file: a server may request any file of this machine, whatever file the statement names.
 int refuseFile(void** state, const char*, void*)
 {
     *state = nullptr;
@@ -147,13 +147,13 @@ Mysql openMariadb(const MariadbSettings& settings, std::string& reason)
                            orNull(settings.Password), orNull(settings.Database), settings.Port,
                            socket ? settings.Host.c_str() : nullptr,
                            CLIENT_FOUND_ROWS | CLIENT_MULTI_RESULTS) == nullptr ||
-        // An option file may have set another one.
+        // An option file may have set another character set.
         mysql_set_character_set(handle.get(), characterSet) != 0) {
         reason = mariadbReason(mysql_error(handle.get()), mysql_errno(handle.get()));
         return nullptr;
     }
     // libmariadb continues without TLS if the server has none, although the option to enforce it is set.
-    if (wantsTls(settings) && mysql_get_ssl_cipher(handle.get()) == nullptr) {
+    if (requiresTls(settings) && mysql_get_ssl_cipher(handle.get()) == nullptr) {
         reason = "the server does not offer TLS, which the URI asks for";
         return nullptr;
     }

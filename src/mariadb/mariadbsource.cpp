@@ -113,7 +113,7 @@ bool MariadbSource::take()
 void MariadbSource::endResults()
 {
     Rows.reset();
-    // A procedure has a last result, without rows.
+    // The last result of a procedure has no rows.
     while (mysql_next_result(Session.handle()) == 0) {
         Rows.reset(mysql_use_result(Session.handle()));
         Rows.reset();

@@ -69,7 +69,7 @@ public:
             if (Session.send("ROLLBACK")) {
                 return !Made || Session.send(dropStatement());
             }
-            return !Made || dropAnew();
+            return !Made || dropOverNewConnection();
         } catch (const std::exception&) {
             return false;
         }
@@ -146,14 +146,15 @@ private:
     }
 
     /// Drops the table over a new connection.
-    bool dropAnew()
+    bool dropOverNewConnection()
     {
         MariadbSession second(Uri, {});
-        second.send("KILL " + std::to_string(Session.number()));  // it may not have noticed its end
+        // The server may not have noticed yet that the first connection has ended.
+        second.send("KILL " + std::to_string(Session.number()));
         return second.send(dropStatement());
     }
 
-    /// On the thread of the chunks: until it returns, nobody else uses the connection.
+    /// Runs on the thread of the chunks: nobody else uses the connection until it returns.
     void send(const RowChunks::Chunk& chunk)
     {
         Session.checkStop();

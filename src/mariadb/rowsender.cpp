@@ -11,7 +11,7 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-/// A remark on replication, which has nothing to do with the rows.
+/// A warning about replication, which does not concern the rows.
 constexpr const char* unsafeStatement = "1592";
 
 // Classes of SQLSTATE that concern a row.

@@ -117,7 +117,7 @@ bool PostgreSQL::useDatabase(const std::string& name)
         database = name;
         return connect();
     }
-    // The settings that this connection was made with, also those of a URI.
+    // The settings that this connection was made with, including those of a URI.
     PQconninfoOption* options = PQconninfo(handle());
     std::vector<const char*> words;
     std::vector<const char*> values;

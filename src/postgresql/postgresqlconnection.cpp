@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* unnamed = "";
 
-/// libpq would print the server's notices.
+/// Without this, libpq would print the server's notices.
 void passOver(void*, const PGresult*) {}
 
 bool isCopy(ExecStatusType status)

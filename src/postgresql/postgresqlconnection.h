@@ -18,7 +18,8 @@ using Result = std::unique_ptr<PGresult, ResultDeleter>;
 /// A text of libpq on one line.
 std::string postgresqlReason(const char* text);
 
-/// Why a result is a failure: message, detail and SQLSTATE; the connection's failure if the result has no text.
+/// The reason why a result is a failure: message, detail and SQLSTATE; the connection's failure if the result has no
+/// text.
 std::string postgresqlReason(const PGresult* result, const PGconn* connection);
 
 class PostgresqlConnection final : public ServerConnection {

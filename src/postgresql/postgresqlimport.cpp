@@ -53,13 +53,13 @@ public:
         Session.run("BEGIN");
         while (Script.next(backslashes())) {
             runStatement(std::string(Script.statement()));
-            tell();
+            reportProgress();
         }
         if (BeginLine) {
             throw Error(File,
                         "the script ends inside the transaction that began in line " + std::to_string(*BeginLine));
         }
-        tell();
+        reportProgress();
         Session.run("COMMIT");
         return {Script.number()};
     }
@@ -71,7 +71,7 @@ private:
         return standard != nullptr && std::strcmp(standard, "off") == 0;
     }
 
-    void tell() const
+    void reportProgress() const
     {
         Session.checkStop();
         if (Options.OnProgress) {
@@ -135,7 +135,7 @@ private:
             if (PQputCopyData(Session.handle(), rows.data(), static_cast<int>(rows.size())) != 1) {
                 fail(nullptr);
             }
-            tell();
+            reportProgress();
         }
         if (PQputCopyEnd(Session.handle(), nullptr) != 1) {
             fail(nullptr);

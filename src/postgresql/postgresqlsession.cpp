@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* applicationName = "kd_db";
 
-/// libpq would print the server's notices.
+/// Without this, libpq would print the server's notices.
 void passOver(void*, const PGresult*) {}
 
 }  // namespace

@@ -104,7 +104,7 @@ PostgresqlSource::PostgresqlSource(const std::string& uri, const ServerOptions& 
 
 bool PostgresqlSource::start()
 {
-    // A plain text could be several statements.
+    // In this form the server refuses a text of several statements.
     if (PQsendQueryParams(Session.handle(), Sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, 0) == 0) {
         Session.fail(nullptr);
     }
@@ -145,7 +145,7 @@ bool PostgresqlSource::take()
         throw SqlError(Session.name(), kd_lib::detail::postgresqlReason(Rows.get(), Session.handle()),
                        placeOf(Rows.get(), Sql));
     }
-    // A SELECT counts its rows too; other statements with rows change them.
+    // The server counts the rows of a SELECT too, which are not changes.
     const char* const count = PQcmdTuples(Rows.get());
     if (std::strncmp(PQcmdStatus(Rows.get()), "SELECT", 6) != 0) {
         std::from_chars(count, count + std::strlen(count), Changes);

@@ -193,12 +193,12 @@ private:
         }
     }
 
-    /// Sends rows to the server, which is slower than this, so a second thread would gain nothing.
+    /// Sends rows to the server, which is slower than this program, so a second thread would gain nothing.
     void put(std::string_view rows)
     {
         if (!std::exchange(Copying, true)) {
             Session.checkStop();
-            // Only an existing table can refuse a row for its own reasons, and without naming the row.
+            // Only an existing table can have a constraint or trigger that refuses a row without naming it.
             if (Existing) {
                 Session.run("SAVEPOINT chunk");
             }

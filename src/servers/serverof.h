@@ -12,8 +12,8 @@
 
 namespace kd_lib::exchange::detail {
 
-/// `Parts` has the differences: `engine`, the function `load` that creates a `ServerLoad`, the class `Rows` of results,
-/// and the function `import` for scripts.
+/// `Parts` holds the differences between servers: `engine`, the function `load` that creates a `ServerLoad`, the class
+/// `Rows` of results, and the function `import` for scripts.
 template <class Parts>
 class ServerOf final : public DatabaseServer {
 public:

@@ -111,7 +111,7 @@ TEST_F(DbfCodePages, OptionComesFirst)
     Options.Encoding = "852";
     const Reading reading = read(3, "\xA9");
     EXPECT_EQ(reading.only(), "'\xC4\x99'");
-    EXPECT_EQ(reading.Notes, (Texts{"code page CP852: as asked"}));
+    EXPECT_EQ(reading.Notes, (Texts{"code page CP852: as requested"}));
 }
 
 TEST_F(DbfCodePages, LanguageDriver)

@@ -224,8 +224,8 @@ TEST_F(DbfMemos, LengthsWrongInBothDirections)
     };
     EXPECT_EQ(one(0x8B, digits(1), four(12)), "'1234'");
     EXPECT_EQ(one(0x8B, digits(1), four(8)), "''");
-    EXPECT_EQ(one(0x8B, digits(1), four(7)), "unreadable 1 N: the memo's length is below that of its own header");
-    EXPECT_EQ(one(0x8B, digits(1), four(0)), "unreadable 1 N: the memo's length is below that of its own header");
+    EXPECT_EQ(one(0x8B, digits(1), four(7)), "unreadable 1 N: the memo's length is less than that of its header");
+    EXPECT_EQ(one(0x8B, digits(1), four(0)), "unreadable 1 N: the memo's length is less than that of its header");
     EXPECT_EQ(one(0x8B, digits(1), four(513)),
               "unreadable 1 N: the memo's length goes beyond the end of the memo file");
     EXPECT_EQ(one(0x8B, digits(1), four(0xFFFFFFFF)),

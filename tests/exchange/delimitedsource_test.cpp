@@ -261,7 +261,7 @@ TEST(DelimitedSource, BytesThatAreNotUtf8)
               "1 <1> UNREADABLE !byte 0xE9 is not UTF-8\n2 <\xC3\xA9> <2>\n");
     EXPECT_EQ(recordsOf(bytes, {.Encoding = "latin1"}), "1 <1> <\xC3\xA9t\xC3\xA9>\n2 <\xC3\x83\xC2\xA9> <2>\n");
     EXPECT_EQ(notesOf(bytes), "code page UTF-8: that of text files\n");
-    EXPECT_EQ(notesOf(bytes, {.Encoding = "1252"}), "code page CP1252: as asked\n");
+    EXPECT_EQ(notesOf(bytes, {.Encoding = "1252"}), "code page CP1252: as requested\n");
 }
 
 TEST(DelimitedSource, TheOriginOfACellWithItsQuotes)
@@ -404,7 +404,7 @@ TEST(DelimitedSource, Facts)
     EXPECT_EQ(factsOf({}), "kind: delimited text\ncode page: UTF-8 (that of text files)\ndelimiter: ','\nquote: '\"'\n"
                            "header: the first row\n");
     EXPECT_EQ(factsOf({.Encoding = "852", .Delimiter = "\\t", .Quote = "", .Header = false}),
-              "kind: delimited text\ncode page: CP852 (as asked)\ndelimiter: tab\nquote: none\nheader: none\n");
+              "kind: delimited text\ncode page: CP852 (as requested)\ndelimiter: tab\nquote: none\nheader: none\n");
 }
 
 TEST(DelimitedSource, SelectedColumnsRangesAndNeeds)

@@ -146,7 +146,7 @@ TEST(MemSource, TextsInTheirCodePage)
     EXPECT_EQ(notesOf(bytes), "code page CP1252: the file names none\n");
     EXPECT_EQ(recordsOf(text("N", "\x9C") + endMark, {.Encoding = "852"}), "1 <N> <text> <\xC5\xA5>\n");
     EXPECT_EQ(notesOf(bytes + number("X", 1), {.Records = {1, 1}}), "code page CP1252: the file names none\n");
-    EXPECT_EQ(notesOf(text("N", "\x9C") + endMark, {.Encoding = "852"}), "code page CP852: as asked\n");
+    EXPECT_EQ(notesOf(text("N", "\x9C") + endMark, {.Encoding = "852"}), "code page CP852: as requested\n");
     EXPECT_EQ(recordsOf(text("N", std::string("a\0b", 3)) + endMark), std::string("1 <N> <text> <a\0b>\n", 19));
 }
 

@@ -11,7 +11,7 @@
 namespace kd_lib::detail {
 
 /// Appends the current values of `fields`, each as the literal that `convertValue2Sql` returns, with ","
-/// between them. When a value throws, some of those before it may have been appended.
+/// between them. If a value throws, some of those before it may have been appended.
 void appendLiterals(TextBuffer& sql, std::span<TableField* const> fields);
 
 }  // namespace kd_lib::detail

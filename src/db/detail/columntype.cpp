@@ -15,7 +15,7 @@ struct Word {
     FIELD_TYPE Type;
 };
 
-// The first of these with which a type begins decides.
+// The first of these words with which a type begins decides.
 constexpr Word words[] = {
     {"TINYINT(1)", BOOLEAN_TYPE}, {"BOOL", BOOLEAN_TYPE},        {"TINYINT", SMALLINT_TYPE},
     {"SMALLINT", SMALLINT_TYPE},  {"MEDIUMINT", INTEGER_TYPE},   {"INTEGER", INTEGER_TYPE},

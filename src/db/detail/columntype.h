@@ -1,5 +1,5 @@
 /// \file
-/// The names of servers for the types of columns.
+/// The servers' names for column types.
 #pragma once
 
 #include <kd_lib/tablefield.h>

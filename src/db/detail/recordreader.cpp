@@ -29,7 +29,7 @@ char* RecordReader::room()
 {
     if (Table.RecordLength > Table.roomSize_) {
         if (Table.RecordLength > Text.max_size()) {
-            // The standard exception for a length that a text cannot have.
+            // Throws the standard exception if no text can be as long.
             Text.resize(Table.RecordLength);
         }
         Table.room_ = std::make_unique_for_overwrite<char[]>(Table.RecordLength);

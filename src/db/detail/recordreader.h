@@ -20,9 +20,9 @@ void seekTo(std::istream& file, std::uint64_t position);
 /// Whether `text` is the value of a column itself, not a copy of it.
 bool isValueOf(const TableFields& fields, const std::string& text);
 
-/// Reads records of one table. The text of a record belongs to the reader, and so to one call of an operation:
-/// nothing that an override does with the table during that call changes the text. The table keeps the memory, so
-/// that reading allocates nothing per record.
+/// Reads records of one table. The text of a record belongs to the reader, and a reader belongs to one call of an
+/// operation: an override that uses the table during that call does not change the text. The table keeps the memory,
+/// so that reading allocates nothing per record.
 class RecordReader {
 public:
     explicit RecordReader(FileTable& table)
@@ -49,7 +49,7 @@ public:
     std::string& text() { return Text; }
 
 private:
-    /// Room for `RecordLength` bytes. Throws std::length_error for a length that a text cannot have.
+    /// Room for `RecordLength` bytes. Throws std::length_error if that is longer than any text can be.
     char* room();
 
     FileTable& Table;

@@ -36,8 +36,8 @@ void sliceRecord(TableFields& fields, const std::string& record, bool trim, cons
         if (size == length) {
             assignValue(field->Value, slice);
         } else {
-            // Copying the whole width, the same in every record, and cutting it is faster than copying
-            // each text's own size.
+            // Copying the whole width, which is the same in every record, and cutting it is faster than
+            // copying only the text.
             replaceValue(field->Value, slice);
             field->Value.resize(size);
         }

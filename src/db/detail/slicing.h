@@ -9,8 +9,8 @@
 namespace kd_lib::detail {
 
 /// Stores the slice of `record` at each column's `Offset`, `Length` bytes long, as its value; without
-/// trailing blanks when `trim` is set. A slice shorter than its column stops the process with the
-/// assertion's text, `unit` and "extractContent"; a column that starts after the record's end throws
+/// trailing blanks if `trim` is set. A slice shorter than its column stops the process with a text that
+/// names the assertion, `unit` and "extractContent". A column that starts after the record's end throws
 /// std::out_of_range.
 void sliceRecord(TableFields& fields, const std::string& record, bool trim, const char* unit);
 

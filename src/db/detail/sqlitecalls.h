@@ -6,7 +6,7 @@
 
 namespace kd_lib::detail {
 
-/// Repeats a call at once while its result is busy, at most six times in all.
+/// Makes a call, and repeats it at once while its result is "busy": at most six calls in all.
 template <class Call>
 int retriedWhileBusy(Call call)
 {

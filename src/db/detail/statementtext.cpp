@@ -193,7 +193,7 @@ private:
         takeParameter(end - At, number);
     }
 
-    /// Replaces `length` bytes by the parameter of this number; 0: by a new one.
+    /// Replaces `length` bytes by the parameter of this number, or by a new one if the number is 0.
     void takeParameter(std::size_t length, std::size_t number)
     {
         if (number == 0) {

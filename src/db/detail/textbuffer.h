@@ -53,8 +53,9 @@ private:
     std::size_t Capacity = 0;
 };
 
-/// Appends pieces to a buffer without a check of each: room for `count` bytes is reserved, and more by `reserve`.
-/// The pieces are part of the buffer's text when the writer is destroyed; until then the buffer must not change.
+/// Appends pieces to a buffer without checking the room for each: the constructor reserves `count` bytes, `reserve`
+/// reserves more. The pieces become part of the buffer's text when the writer is destroyed; until then the buffer must
+/// not change.
 class TextWriter {
 public:
     TextWriter(TextBuffer& buffer, std::size_t count)
@@ -76,7 +77,7 @@ public:
     void put(char c) { *End++ = c; }
     void put(std::string_view text) { End = copyBytes(End, text); }
 
-    /// Appends what `copy` writes: it is called with the place to write to and `text`, and returns the end.
+    /// Appends the bytes that `copy` writes: it is called with the place to write to and `text`, and returns the end.
     template <class Copy>
     void put(std::string_view text, Copy copy)
     {

@@ -24,7 +24,7 @@ struct MarkBytes {
 /// A bit for each byte of a block, the first byte's lowest.
 struct BlockMarks {
     std::uint64_t Marks;  ///< the bytes to look for
-    std::uint64_t High;   ///< not 0 if there are bytes above 127; single bits mean nothing
+    std::uint64_t High;   ///< not 0 if there are bytes above 127; the single bits have no meaning
 };
 
 /// The marks of a block with the operations that every processor has.

@@ -18,7 +18,7 @@
 
 namespace kd_lib::exchange::detail {
 
-/// A word of up to eight bytes, which is written without regard to its length.
+/// A word of up to eight bytes. Eight bytes are always written, whatever its length.
 class ShortWord {
 public:
     template <std::size_t Size>
@@ -145,7 +145,7 @@ void writeCell(const Cell& cell, OutputBlock& out)
 }
 
 /// Writes the cells with `separator` between them, and `end` after the last. `seen(index, cell)` returns the cell to
-/// write for the one at an index.
+/// write in place of the cell at that index.
 template <class Form, bool Plain, class Seen>
 void writeCellsOf(const std::vector<Cell>& cells, char separator, char end, OutputBlock& out, Seen seen)
 {

@@ -71,7 +71,7 @@ std::optional<CodePageName> ownPage(std::string_view key)
     return std::nullopt;
 }
 
-/// iconv's names for a number, or for a name that iconv lacks; the first one that it knows counts.
+/// iconv's possible names for a number, or for a name that iconv lacks; the first one that it knows is used.
 std::vector<std::string> candidates(std::string_view name, const std::string& key)
 {
     if (key == "utf8" || key == "65001" || key == "cp65001") {

@@ -11,7 +11,7 @@ namespace kd_lib::exchange::detail {
 
 /// A code page by name: one that iconv knows, or one of the library's own tables.
 struct CodePageName {
-    std::string Name;                                         ///< for messages, and iconv's name where `Own` is null
+    std::string Name;                                         ///< for messages; iconv's name without an own table
     const std::array<char16_t, 128>* OwnUpperHalf = nullptr;  ///< the characters of the bytes from 80 on
 };
 

@@ -53,7 +53,8 @@ std::vector<std::optional<ColumnType>> typesOf(const std::string& file, const st
 
 constexpr std::uint32_t charactersOfEscape = 4;
 
-/// The most characters that a column's values have as text. 0: not known, because a binary number has more than bytes.
+/// The most characters that a column's values have as text. 0: not known, because a binary number has more characters
+/// than bytes.
 std::uint32_t widthAsText(const Column& column)
 {
     switch (column.Type) {

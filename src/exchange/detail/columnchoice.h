@@ -25,9 +25,10 @@ struct ChosenColumn {
     bool isDeletionMark() const { return Index == deletionMark; }
 };
 
-/// The columns that the options select, in the order of the source. A name means the first column that has it, or the
-/// first that has it without regard to the case of ASCII letters. `_deleted` comes last, unless it is selected. Throws
-/// an `OptionError` that names the column and the file for a column that the file lacks, and for an unknown type.
+/// The columns that the options select, in the order of the source. A name means the first column that has it; if there
+/// is none, the first whose name differs only in the case of ASCII letters. `_deleted` comes last, unless it is
+/// selected. Throws an `OptionError` that names the column and the file for a column that the file lacks, and for an
+/// unknown type.
 std::vector<ChosenColumn> chooseColumns(const std::string& file, const std::vector<Column>& inFile,
                                         const SourceOptions& options);
 
@@ -47,7 +48,7 @@ struct NeededColumns {
     std::vector<std::size_t> Marks;  ///< columns that hold the deletion mark
 };
 
-/// `needed`: as `Source::need` takes it; empty: all.
+/// `needed` is the argument of `Source::need`; empty: all columns.
 NeededColumns neededColumns(const std::vector<ChosenColumn>& chosen, const std::vector<bool>& needed);
 
 /// The type of a name that `--type` accepts; nothing for any other name.

@@ -32,14 +32,14 @@ bool isFile(const fs::path& path)
     return fs::is_regular_file(path, error);
 }
 
-/// The extension as a writer of the table's extension would have written it.
+/// The extension in capitals if the table's extension is.
 std::string inCaseOf(const std::string& tableExtension, std::string_view extension)
 {
     const bool capitals = tableExtension.size() > 1 && tableExtension == upperCase(tableExtension);
     return capitals ? upperCase(std::string(extension)) : std::string(extension);
 }
 
-/// The file of the folder that comes first by stem, extension and then by name.
+/// The file of the folder that fits best: by its stem, then by its extension; of equals, the first by name.
 std::optional<std::string> searchFolder(const fs::path& table, std::string_view extension)
 {
     const fs::path folder = table.has_parent_path() ? table.parent_path() : fs::path(".");

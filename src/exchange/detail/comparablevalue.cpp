@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t longestDouble = 400;  // all its digits, without an exponent
 
-/// Each form begins with a different letter and the length, so that none is the beginning of another.
+/// Each form begins with its letter and the length, so that none is the beginning of another.
 void appendForm(std::string& to, char letter, std::string_view content)
 {
     const auto size = static_cast<std::uint64_t>(content.size());
@@ -160,7 +160,7 @@ bool appendAsMoment(std::string& to, const Cell& cell)
     return false;
 }
 
-/// A value that is not of its column's type: equal only to the same kind and bytes.
+/// A value that is not of its column's type. It equals only values of the same kind with the same bytes.
 void appendOther(std::string& to, const Cell& cell)
 {
     switch (cell.Kind) {

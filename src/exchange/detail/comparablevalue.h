@@ -1,5 +1,5 @@
 /// \file
-/// Values in a common form, whatever source or database they come from.
+/// Values in a common form for all sources and databases.
 #pragma once
 
 #include <kd_lib/exchange/cell.h>
@@ -10,7 +10,7 @@
 namespace kd_lib::exchange::detail {
 
 /// Appends a value of a column of this type, in a form that is the same for equal values: numbers by value, booleans,
-/// dates and times also if a database returns them as numbers or texts. No value's form is the beginning of another's.
+/// dates and times even if a database returns them as numbers or texts. No value's form is the beginning of another's.
 void appendComparable(std::string& to, ColumnType type, const Cell& cell);
 
 /// Whether two values of a column of this type are equal. `scratch` is memory for reuse.

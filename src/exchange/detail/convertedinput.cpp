@@ -17,7 +17,7 @@ bool isMark(char c)
     return c == ConvertedInput::firstMark || c == ConvertedInput::nextMark;
 }
 
-/// UTF-16 without a named byte order: that of the mark at its beginning, else that of Windows.
+/// UTF-16 without a named byte order has that of the mark at its beginning; without a mark, that of Windows.
 std::string converterName(const CodePage& encoding, std::string_view beginning)
 {
     const std::string& name = encoding.name();

@@ -16,8 +16,8 @@ public:
     /// not a regular file.
     explicit DatabaseFile(const std::string& name);
 
-    /// Removes an unpublished file. In an existing database, the remains of a failed write are rolled back; all
-    /// connections of the work must be closed before.
+    /// Removes an unpublished file. In an existing database, rolls back the remains of a failed write. All connections
+    /// of the work must be closed before.
     ~DatabaseFile();
     DatabaseFile(const DatabaseFile&) = delete;
     DatabaseFile& operator=(const DatabaseFile&) = delete;
@@ -27,8 +27,8 @@ public:
     /// The path to open, in a form that SQLite cannot mistake for anything else.
     const std::string& path() const { return isNew() ? Temporary : Final; }
 
-    /// Writes the new file, which must be closed, to the disk and gives it its final name. False: the final name exists
-    /// now, or the file system cannot rename without the risk of replacing another file; the new file keeps its
+    /// Writes the new file, which must be closed, to the disk and gives it its final name. False: a file of that name
+    /// exists now, or the file system cannot rename without the risk of replacing another file; the new file keeps its
     /// temporary name. Throws an `Error` for other failures.
     bool publish();
 

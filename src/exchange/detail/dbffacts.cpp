@@ -55,7 +55,7 @@ std::string kindOfTable(const DbfLayout& layout)
 
 std::string lastChange(const DbfLayout& layout)
 {
-    const std::string told =
+    const std::string stated =
         std::to_string(layout.Year) + ", " + std::to_string(layout.Month) + ", " + std::to_string(layout.Day);
     if (layout.Month == 0 && layout.Day == 0) {
         return "not stated";
@@ -63,7 +63,7 @@ std::string lastChange(const DbfLayout& layout)
     const std::optional<Date> day = dayOfCalendar(
         static_cast<unsigned>(layout.Year), static_cast<unsigned>(layout.Month), static_cast<unsigned>(layout.Day));
     if (!day) {
-        return "not a day of the calendar: year " + told;
+        return "not a day of the calendar: year " + stated;
     }
     std::string text(dateSize, '\0');
     putDate(text.data(), *day);

@@ -135,7 +135,7 @@ void widenTexts(std::vector<DbfField>& fields, std::uint32_t recordLength)
     if (narrow >= recordLength) {
         return;
     }
-    // ways[k]: in how many ways (2: or more) the decimals of the fields before add up to k.
+    // ways[k]: the number of ways (2: two or more) in which the decimals of the previous fields add up to k.
     constexpr std::size_t sums = 256;
     const std::uint32_t missing = recordLength - narrow;
     std::vector<std::array<std::uint8_t, sums>> ways(1);

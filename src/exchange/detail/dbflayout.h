@@ -61,8 +61,8 @@ struct DbfLayout {
 /// Reads the header's bytes from the beginning of a file: all of them, or as many as the file has.
 std::string readDbfHeader(InputFile& file);
 
-/// Interprets the bytes of a header. If they do not define a table, `Fault` is set, and the facts found before it are
-/// filled in.
+/// Interprets the bytes of a header. If they do not define a table, `Fault` is set, and only the facts found before the
+/// fault are filled in.
 DbfLayout parseDbfHeader(std::string_view bytes);
 
 /// Notes about a table that can be read although its header is unusual.

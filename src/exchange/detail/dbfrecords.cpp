@@ -51,8 +51,8 @@ bool DbfRecords::isRecord(char mark)
     return true;
 }
 
-/// The end mark may also be the damaged mark of a record. Then a whole record begins with it, and after that come
-/// further records or the end.
+/// The end mark may also be the damaged mark of a record. Then a whole record begins with it, followed by further
+/// records or the end.
 bool DbfRecords::recordFollows()
 {
     const std::string_view bytes = Blocks.ahead(std::size_t{Length} + 1);
@@ -117,7 +117,7 @@ void DbfRecords::noteEnd(std::string_view rest, bool cut)
     Notes.push_back({"not read: " + (File.seekable() ? count(bytes, "byte") : "bytes") + what, mayBeRecord});
 }
 
-/// Whether the records end where they should by the header's count.
+/// Whether the records end at the place that follows from the header's count.
 bool DbfRecords::countIsRight()
 {
     const std::uint64_t end = First + Count * Length;

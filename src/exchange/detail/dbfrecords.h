@@ -1,5 +1,5 @@
 /// \file
-/// The records of a .dbf file in order, even if its header is wrong about them.
+/// The records of a .dbf file in order, even if their count in the header is wrong.
 #pragma once
 
 #include "dbflayout.h"
@@ -41,7 +41,7 @@ public:
     /// it has passed the record already.
     void goTo(std::uint64_t number);
 
-    /// After the end: the bytes there that are in memory, and their place.
+    /// After the end: the bytes after the records that are in memory, and their place.
     std::string_view rest() const { return Rest; }
     std::uint64_t restOffset() const { return Blocks.offset(); }
 
@@ -49,7 +49,7 @@ public:
     bool hasNotes() const { return !Notes.empty(); }
     std::vector<Note> takeNotes() { return std::exchange(Notes, {}); }
 
-    /// After the end: how the header's count is wrong, if it is. One of the notes says the same.
+    /// After the end: a text if the header's count is wrong, which is also one of the notes.
     const std::optional<std::string>& wrongCount() const { return WrongCount; }
 
 private:

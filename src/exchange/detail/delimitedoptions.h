@@ -13,11 +13,11 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Whether the delimiter is to be found from the text.
+/// Whether the options ask to find the delimiter in the text.
 bool findsDelimiter(const SourceOptions& options);
 
-/// The form of the text: the delimiter of the options, else the usual one of the kind. Throws an `OptionError` for an
-/// invalid delimiter or quote.
+/// The form of the text, with the delimiter of the options, by default the usual one of the kind. Throws an
+/// `OptionError` for an invalid delimiter or quote.
 DelimitedForm delimitedForm(const std::string& file, const SourceOptions& options);
 
 /// The page that a text is converted from before it is cut, because its bytes cannot be searched for the marks of

@@ -76,7 +76,7 @@ DelimitedReader::Step DelimitedReader::readRow()
         }
         if (mark != end && Form.HasQuotes && *mark == Form.Quote) {
             if (mark != cell) {
-                continue;  // a quote inside an unquoted cell is a character
+                continue;  // a quote inside an unquoted cell is an ordinary character
             }
             const Step step = readQuoted(cell, mark);
             if (step != Step::Done) {

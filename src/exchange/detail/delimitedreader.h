@@ -33,8 +33,9 @@ struct DelimitedCell {
     std::string_view raw() const { return {Begin - (Quoted ? 1 : 0), text().size() + (Quoted ? 2 : 0)}; }
 };
 
-/// Reads rows: cells are separated by the delimiter, rows by LF, CR LF or CR. A cell that begins with the quote ends with
-/// one; in between, delimiters and line ends are characters, and two quotes are one. A quote elsewhere is a character.
+/// Reads rows: cells are separated by the delimiter, rows by LF, CR LF or CR. A cell that begins with a quote ends with
+/// one. In between, delimiters and line ends are ordinary characters, and two quotes are one. A quote elsewhere is an
+/// ordinary character.
 class DelimitedReader {
 public:
     /// Starts at the beginning of `window`, which must outlive the object.

@@ -19,9 +19,9 @@ struct DelimiterGuess {
     std::string Evidence;  ///< a line for the user
 };
 
-/// The one of comma, semicolon, tab, bar and colon that splits the most rows into as many cells as the first row, if
-/// these are two or more; the first of them if several do. If none does, that of `form`. `whole`: the sample is all of
-/// the text; otherwise its last row is ignored.
+/// Tries comma, semicolon, tab, bar and colon, in this order. The first row must have two or more cells; the delimiter
+/// that splits the most rows into as many cells is chosen, the first one if several do. If there is none, the delimiter
+/// of `form`. `whole`: the sample is all of the text; otherwise its last row is ignored.
 DelimiterGuess guessDelimiter(std::string_view sample, bool whole, const DelimitedForm& form);
 
 /// The name of a delimiter in messages: "','", "tab".

@@ -8,8 +8,8 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-/// Every decimal number of at most this many digits survives conversion to a double and back, even to a double that is
-/// one unit off.
+/// Every decimal number of at most this many digits survives conversion to a double and back, even if the conversion
+/// has an error of one unit in the last place.
 constexpr std::size_t digitsOfDouble = 15;
 
 // Well within the range of a double that is not denormal.

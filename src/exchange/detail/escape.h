@@ -22,7 +22,7 @@ namespace kd_lib::exchange::detail {
 //   static constexpr std::size_t Longest      the most bytes that one byte becomes,
 //   static char* put(char* to, char byte)     writes a byte, escaped if necessary; returns the end.
 
-/// Writes all bytes as they are.
+/// Writes all bytes unchanged.
 struct NoEscapes {
     static constexpr std::size_t Longest = 1;
     static SixteenBytes marks(SixteenBytes) { return SixteenBytes{}; }
@@ -34,13 +34,13 @@ struct NoEscapes {
     }
 };
 
-/// The texts of most cells are not longer. They are copied while they are examined.
+/// The texts of most cells are not longer than this. They are copied while they are examined.
 constexpr std::size_t shortSize = 32;
 
 /// Longer texts are written in pieces of this size, so that the block stays small.
 constexpr std::size_t pieceSize = 16384;
 
-/// Copies a text of up to `shortSize` bytes. False if a byte is marked; then the copy is void.
+/// Copies a text of up to `shortSize` bytes. False if a byte is marked; the copy is then useless.
 template <class Way>
 bool copyUnmarked(char* to, std::string_view text)
 {

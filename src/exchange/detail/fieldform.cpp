@@ -16,7 +16,7 @@ FieldForm ifLength(const DbfField& field, std::uint32_t length, FieldForm form)
     return field.Length == length ? form : FieldForm::Unknown;
 }
 
-/// The field of Visual FoxPro's V or Q; elsewhere these letters mean other things.
+/// The form of Visual FoxPro's V and Q fields; in other tables these letters mean something else.
 FieldForm varyingForm(const DbfLayout& layout, FieldForm form)
 {
     const bool visual = layout.Family == DbfFamily::VisualFoxPro || nullFlagsOf(layout) != nullptr;

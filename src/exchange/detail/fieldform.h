@@ -34,7 +34,7 @@ enum class FieldForm : std::uint8_t {
 
 FieldForm formOf(const DbfField& field, const DbfLayout& layout);
 
-/// The form in which a field is read for a column of another type. If that form is not of this type, its cells must be
+/// The form in which a field is read for a column of type `type`. If the form's cells have another type, they must be
 /// converted.
 FieldForm formFor(FieldForm form, ColumnType type);
 

@@ -12,8 +12,8 @@
 
 namespace kd_lib::exchange::detail {
 
-/// The open file of a `FileSource`. It fills that source's columns and current record; each function is the source's
-/// of the same name.
+/// The open file of a `FileSource`. It fills that source's columns and current record. Each function implements the
+/// source's function of the same name.
 class FileReader {
 public:
     FileReader() = default;

@@ -14,7 +14,7 @@ namespace kd_lib::exchange::detail {
 namespace {
 
 /// With more rejects than this, some may be reported twice.
-constexpr std::size_t mostToldRejects = 65536;
+constexpr std::size_t mostReportedRejects = 65536;
 
 constexpr std::uint64_t likelyRecordLength = 50;
 constexpr std::uint64_t unknownSize = 50'000'000;
@@ -53,9 +53,9 @@ FileTable::FileTable(TableArguments arguments, const VirtualTableEvents& events)
 {
     estimate(*Spare.From);
     if (Events.OnReject) {
-        TellReject = [this](const Reject& reject) { tellOnce(reject); };
+        ReportReject = [this](const Reject& reject) { reportOnce(reject); };
     }
-    tell(Spare);
+    reportNotes(Spare);
     if (Events.OnNote) {
         for (const Note& note : Layout.notes()) {
             Events.OnNote(Arguments.File, note);
@@ -97,29 +97,29 @@ OpenTable FileTable::take()
 
 void FileTable::giveBack(OpenTable table)
 {
-    tell(table);
+    reportNotes(table);
     Spare = std::move(table);
 }
 
-void FileTable::tell(OpenTable& table)
+void FileTable::reportNotes(OpenTable& table)
 {
     const std::vector<Note>& notes = table.From->notes();
-    for (; table.NotesTold < notes.size(); ++table.NotesTold) {
-        const Note& note = notes[table.NotesTold];
-        if (ToldNotes.insert(note.Text).second && Events.OnNote) {
+    for (; table.NotesReported < notes.size(); ++table.NotesReported) {
+        const Note& note = notes[table.NotesReported];
+        if (ReportedNotes.insert(note.Text).second && Events.OnNote) {
             Events.OnNote(Arguments.File, note);
         }
     }
 }
 
-void FileTable::tellOnce(const Reject& reject)
+void FileTable::reportOnce(const Reject& reject)
 {
     const std::pair key(reject.Where.Record, std::hash<std::string>()(reject.Where.Column));
-    if (ToldRejects.contains(key)) {
+    if (ReportedRejects.contains(key)) {
         return;
     }
-    if (ToldRejects.size() < mostToldRejects) {
-        ToldRejects.insert(key);
+    if (ReportedRejects.size() < mostReportedRejects) {
+        ReportedRejects.insert(key);
     }
     Events.OnReject(reject);
 }
@@ -174,7 +174,7 @@ void FileScan::next()
         }
     }
     End = true;
-    Table.tell(Open);
+    Table.reportNotes(Open);
 }
 
 }  // namespace kd_lib::exchange::detail

@@ -34,7 +34,7 @@ struct FileState {
 struct OpenTable {
     std::unique_ptr<Source> From;
     FileState State;
-    std::size_t NotesTold = 0;
+    std::size_t NotesReported = 0;
     bool Fresh = true;  // nothing was read yet
 };
 
@@ -53,20 +53,20 @@ public:
     /// Whether a record is found without reading those before it.
     bool hasFixedRecords() const { return Fixed; }
 
-    /// A source at any record. Throws an `Error` if the file cannot be opened, or has other columns now.
+    /// A source, which may be at any record. Throws an `Error` if the file cannot be opened, or has other columns now.
     OpenTable take();
     void giveBack(OpenTable table);
 
     /// Reports the notes of a source since the last call.
-    void tell(OpenTable& table);
+    void reportNotes(OpenTable& table);
 
     /// Reports a cell, once.
-    const std::function<void(const Reject&)>& onReject() const { return TellReject; }
+    const std::function<void(const Reject&)>& onReject() const { return ReportReject; }
 
 private:
     OpenTable open() const;
     void estimate(const Source& source);
-    void tellOnce(const Reject& reject);
+    void reportOnce(const Reject& reject);
 
     TableArguments Arguments;
     const VirtualTableEvents& Events;
@@ -75,9 +75,9 @@ private:
     TableLayout Layout;
     std::uint64_t Estimate = 0;
     bool Fixed = false;
-    std::set<std::string> ToldNotes;
-    std::set<std::pair<std::uint64_t, std::size_t>> ToldRejects;  // record, hash of the column's name
-    std::function<void(const Reject&)> TellReject;
+    std::set<std::string> ReportedNotes;
+    std::set<std::pair<std::uint64_t, std::size_t>> ReportedRejects;  // record, hash of the column's name
+    std::function<void(const Reject&)> ReportReject;
 };
 
 /// A scan of the records of a table.
@@ -88,8 +88,8 @@ public:
     FileScan(const FileScan&) = delete;
     FileScan& operator=(const FileScan&) = delete;
 
-    /// Goes to the first record of a range, and reads it. Bit i of `used` says that column i is needed; the highest bit
-    /// stands for all columns from there on.
+    /// Goes to the first record of a range, and reads it. Bit i of `used` is set if column i is needed; the highest bit
+    /// is set if that column or any later one is needed.
     void start(const RecordRange& range, std::uint64_t used);
 
     /// Reads the next record.

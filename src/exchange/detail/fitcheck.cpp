@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t digitsOfPostgreSqlBeforePoint = 131072;
 constexpr std::size_t digitsOfPostgreSqlAfterPoint = 16383;
 
-/// The least number of characters before the decimals.
+/// At least a digit and the point come before the decimals.
 constexpr std::size_t digitAndPoint = 2;
 
 constexpr const char* tooLong = "longer than the column";

@@ -41,7 +41,7 @@ InputFile::~InputFile()
     }
 }
 
-/// A pipe is opened without waiting for its writer, so the wait is here.
+/// A pipe is opened without waiting for its writer, so the first read waits.
 void InputFile::waitForBytes() const
 {
     constexpr int interval = 100;  // milliseconds

@@ -55,7 +55,7 @@ private:
     void part(std::size_t at, std::size_t length, std::string_view what, const std::string& meaning)
     {
         if (at < Bytes.size()) {
-            To.tell(at, Bytes.substr(at, length), what, meaning);
+            To.report(at, Bytes.substr(at, length), what, meaning);
         }
     }
 
@@ -188,8 +188,8 @@ private:
     std::optional<std::string> WrongCount;
 };
 
-/// How the header's count is wrong, if it is. The records are read for it before the header is explained. Of a pipe
-/// that is not possible: there it is known at the end.
+/// A text if the header's count is wrong. To know that, the records are read before the header is explained. A pipe
+/// cannot be read twice: there it is known only at the end.
 std::optional<std::string> wrongCount(const Inspection& to, const InputFile& file, const DbfLayout& layout)
 {
     if (!file.seekable()) {
@@ -261,23 +261,23 @@ private:
         const std::string_view bytes = Records.bytes();
         Decoder.decode(bytes.data(), Current);
         const char mark = bytes.front();
-        To.tell(Records.offset(), bytes.substr(0, 1), "record " + std::to_string(Records.number()),
-                mark == deletedMark ? "deleted"
-                : mark == validMark ? ""
-                                    : "an unknown deletion mark, kept");
+        To.report(Records.offset(), bytes.substr(0, 1), "record " + std::to_string(Records.number()),
+                  mark == deletedMark ? "deleted"
+                  : mark == validMark ? ""
+                                      : "an unknown deletion mark, kept");
         std::size_t column = 0;
         for (std::size_t i = 0; i < Layout.Fields.size(); ++i) {
             if (column < Columns.Fields.size() && Columns.Fields[column] == i) {
                 cell(column, bytes.substr(Layout.Fields[i].Offset, Layout.Fields[i].Length));
                 ++column;
             } else {
-                To.tell(Records.offset() + Layout.Fields[i].Offset,
-                        bytes.substr(Layout.Fields[i].Offset, Layout.Fields[i].Length), "  null flags", "");
+                To.report(Records.offset() + Layout.Fields[i].Offset,
+                          bytes.substr(Layout.Fields[i].Offset, Layout.Fields[i].Length), "  null flags", "");
             }
         }
         if (bytes.size() > Layout.FieldsLength) {
-            To.tell(Records.offset() + Layout.FieldsLength, bytes.substr(Layout.FieldsLength), "  rest",
-                    "not of a column, not read");
+            To.report(Records.offset() + Layout.FieldsLength, bytes.substr(Layout.FieldsLength), "  rest",
+                      "not of a column, not read");
         }
     }
 
@@ -295,7 +295,7 @@ private:
         if (isMemo(formOf(Layout.Fields[Columns.Fields[column]], Layout)) && value.Kind != CellKind::Null) {
             meaning = "block " + std::to_string(memoPointer(bytes).value_or(0)) + ": " + meaning;
         }
-        To.tell(offset, bytes, what, meaning);
+        To.report(offset, bytes, what, meaning);
     }
 
     /// The end of the records, and faults of their number.
@@ -304,7 +304,7 @@ private:
         std::string_view rest = Records.rest();
         std::uint64_t at = Records.restOffset();
         if (!rest.empty() && rest.front() == fileEnd) {
-            To.tell(at, rest.substr(0, 1), "end of the records", "");
+            To.report(at, rest.substr(0, 1), "end of the records", "");
             rest.remove_prefix(1);
             ++at;
         }
@@ -316,7 +316,7 @@ private:
         }
         const std::uint64_t size = File.size().value_or(at + rest.size());
         if (!Cut && size > at) {
-            To.tellMany(at, size - at, rest, "rest of the file", "not read");
+            To.reportMany(at, size - at, rest, "rest of the file", "not read");
         }
     }
 
@@ -341,7 +341,7 @@ void inspectDbf(Inspection& to)
     if (layout.Fault) {
         HeaderInspection(to, layout, bytes, nullptr, std::nullopt).run();
         if (file.size().value_or(0) > bytes.size()) {
-            to.tellMany(bytes.size(), *file.size() - bytes.size(), {}, "rest of the file", "not explained");
+            to.reportMany(bytes.size(), *file.size() - bytes.size(), {}, "rest of the file", "not explained");
         }
         return;
     }
@@ -349,7 +349,7 @@ void inspectDbf(Inspection& to)
     const CodePage page(choice.Page);
     const TableColumns columns = columnsOfTable(layout, page, true);
     HeaderInspection(to, layout, bytes, &columns, wrongCount(to, file, layout)).run();
-    to.tell(0, {}, "code page", page.name() + ": " + choice.Reason);
+    to.report(0, {}, "code page", page.name() + ": " + choice.Reason);
     for (const Note& note : columns.Notes) {
         if (note.Loss) {
             to.damaged(0, {}, "columns", note.Text);

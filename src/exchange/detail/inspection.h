@@ -20,14 +20,14 @@ public:
     }
 
     /// Reports sound bytes. Throws `Stopped` if the caller has stopped the work.
-    void tell(std::uint64_t offset, std::string_view bytes, std::string_view what, std::string_view meaning)
+    void report(std::uint64_t offset, std::string_view bytes, std::string_view what, std::string_view meaning)
     {
         give({offset, bytes.size(), bytes, what, meaning, false});
     }
 
     /// Reports many bytes, of which `bytes` are the first.
-    void tellMany(std::uint64_t offset, std::uint64_t length, std::string_view bytes, std::string_view what,
-                  std::string_view meaning)
+    void reportMany(std::uint64_t offset, std::uint64_t length, std::string_view bytes, std::string_view what,
+                    std::string_view meaning)
     {
         give({offset, length, bytes, what, meaning, false});
     }

@@ -56,7 +56,7 @@ private:
     void part(std::uint64_t at, std::uint64_t length, const std::string& what, const std::string& meaning)
     {
         const std::size_t shown = static_cast<std::size_t>(std::min<std::uint64_t>(length, bytesShown));
-        To.tellMany(at, length, Window.view(at, shown), what, meaning);
+        To.reportMany(at, length, Window.view(at, shown), what, meaning);
         Explained = at + length;
     }
 

@@ -64,7 +64,7 @@ private:
         if (BlockSize != 0 && next > blocks) {
             To.damaged(0, bytes, "next free block", meaning + ", but the file has " + count(blocks, "block"));
         } else {
-            To.tell(0, bytes, "next free block", meaning);
+            To.report(0, bytes, "next free block", meaning);
         }
     }
 
@@ -72,36 +72,36 @@ private:
     {
         nextBlock(header.substr(dbt4::nextBlockAt, 4), little32(header.data() + dbt4::nextBlockAt));
         if (Kind == MemoKind::Dbt3) {
-            To.tell(4, header.substr(4, dbt3::versionAt - 4), "reserved", "");
-            To.tell(dbt3::versionAt, header.substr(dbt3::versionAt, 1), "version",
-                    hex(byteAt(header.data(), dbt3::versionAt)));
-            To.tellMany(dbt3::versionAt + 1, HeaderSize - dbt3::versionAt - 1,
-                        header.substr(dbt3::versionAt + 1, bytesShown), "rest of the header", "");
+            To.report(4, header.substr(4, dbt3::versionAt - 4), "reserved", "");
+            To.report(dbt3::versionAt, header.substr(dbt3::versionAt, 1), "version",
+                      hex(byteAt(header.data(), dbt3::versionAt)));
+            To.reportMany(dbt3::versionAt + 1, HeaderSize - dbt3::versionAt - 1,
+                          header.substr(dbt3::versionAt + 1, bytesShown), "rest of the header", "");
             return;
         }
-        To.tell(4, header.substr(4, dbt4::blockSizeAt - 4), "reserved", "");
-        const std::uint32_t told = little16(header.data() + dbt4::blockSizeAt);
-        To.tell(dbt4::blockSizeAt, header.substr(dbt4::blockSizeAt, 2), "block size",
-                told != 0 ? std::to_string(told) : "0, which means 512");
-        To.tell(dbt4::blockSizeAt + 2, header.substr(dbt4::blockSizeAt + 2), "reserved", "");
+        To.report(4, header.substr(4, dbt4::blockSizeAt - 4), "reserved", "");
+        const std::uint32_t stated = little16(header.data() + dbt4::blockSizeAt);
+        To.report(dbt4::blockSizeAt, header.substr(dbt4::blockSizeAt, 2), "block size",
+                  stated != 0 ? std::to_string(stated) : "0, which means 512");
+        To.report(dbt4::blockSizeAt + 2, header.substr(dbt4::blockSizeAt + 2), "reserved", "");
     }
 
     void headerOfFox(std::string_view header)
     {
         nextBlock(header.substr(fpt::nextBlockAt, 4), big32(header.data() + fpt::nextBlockAt));
-        To.tell(4, header.substr(4, 2), "reserved", "");
+        To.report(4, header.substr(4, 2), "reserved", "");
         const std::string_view size = header.substr(fpt::blockSizeAt, 2);
         if (BlockSize == 0) {
             To.damaged(fpt::blockSizeAt, size, "block size", "0: no block can be found");
         } else {
-            To.tell(fpt::blockSizeAt, size, "block size", std::to_string(BlockSize));
+            To.report(fpt::blockSizeAt, size, "block size", std::to_string(BlockSize));
         }
         const bool flex = HeaderSize > fpt::headerSize;
-        To.tellMany(fpt::blockSizeAt + 2, fpt::headerSize - fpt::blockSizeAt - 2,
-                    header.substr(fpt::blockSizeAt + 2, bytesShown), "rest of the header", "");
+        To.reportMany(fpt::blockSizeAt + 2, fpt::headerSize - fpt::blockSizeAt - 2,
+                      header.substr(fpt::blockSizeAt + 2, bytesShown), "rest of the header", "");
         if (flex) {
-            To.tellMany(fpt::flexMarkAt, HeaderSize - fpt::flexMarkAt, header.substr(fpt::flexMarkAt, bytesShown),
-                        "rest of the header", fpt::flexMark);
+            To.reportMany(fpt::flexMarkAt, HeaderSize - fpt::flexMarkAt, header.substr(fpt::flexMarkAt, bytesShown),
+                          "rest of the header", fpt::flexMark);
         }
     }
 
@@ -109,9 +109,9 @@ private:
     void unused(std::uint64_t at, std::uint64_t length, const char* what)
     {
         if (length > 0) {
-            To.tellMany(at, length,
-                        Window.view(at, static_cast<std::size_t>(std::min<std::uint64_t>(length, bytesShown))), what,
-                        "");
+            To.reportMany(at, length,
+                          Window.view(at, static_cast<std::size_t>(std::min<std::uint64_t>(length, bytesShown))), what,
+                          "");
         }
     }
 
@@ -119,8 +119,8 @@ private:
     {
         const std::string_view bytes =
             Window.view(at, static_cast<std::size_t>(std::min<std::uint64_t>(length, bytesShown)));
-        To.tellMany(at, length, bytes, what,
-                    count(length, "byte") + ": \"" + printable(bytes) + (bytes.size() < length ? "..." : "\""));
+        To.reportMany(at, length, bytes, what,
+                      count(length, "byte") + ": \"" + printable(bytes) + (bytes.size() < length ? "..." : "\""));
     }
 
     /// A dBase III text up to its end mark. Returns the place of the next block.
@@ -131,17 +131,17 @@ private:
         }
         const std::uint64_t end = markFrom(at);
         if (end == at) {
-            To.tell(at, {}, numberOf(at), "the empty text");
+            To.report(at, {}, numberOf(at), "the empty text");
         } else {
             value(at, end - at, numberOf(at));
         }
         const std::string_view mark = Window.view(end, 2);
         if (mark.empty()) {
-            To.tell(end, mark, "  end mark", "missing: the text ends with the file");
+            To.report(end, mark, "  end mark", "missing: the text ends with the file");
             return end;
         }
         const std::size_t marks = mark.size() == 2 && mark[1] == dbt3::textEnd ? 2 : 1;
-        To.tell(end, mark.substr(0, marks), "  end mark", "");
+        To.report(end, mark.substr(0, marks), "  end mark", "");
         return skip(at, end + marks);
     }
 
@@ -180,7 +180,7 @@ private:
         }
         const std::uint32_t type = big32(header.data() + fpt::typeAt);
         if (type > fpt::objectType) {
-            To.tell(at, header, numberOf(at), "of an unknown type, or not in use");
+            To.report(at, header, numberOf(at), "of an unknown type, or not in use");
             return skip(at, at + fpt::blockHeaderSize);
         }
         constexpr const char* types[] = {"picture", "text", "object"};
@@ -193,7 +193,7 @@ private:
         if (length > Size - first) {
             return damagedLength(at, header, length);
         }
-        To.tell(at, header, numberOf(at), std::string(type) + " of " + count(length, "byte"));
+        To.report(at, header, numberOf(at), std::string(type) + " of " + count(length, "byte"));
         if (length > 0) {
             value(first, length, "  value");
         }
@@ -215,7 +215,7 @@ private:
         return next;
     }
 
-    /// From the end of a value to the next block.
+    /// Passes over the bytes from the end of a value to the next block.
     std::uint64_t skip(std::uint64_t at, std::uint64_t end)
     {
         const std::uint64_t next = std::min(std::max(roundedUp(end), at + BlockSize), Size);

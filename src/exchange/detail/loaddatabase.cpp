@@ -28,8 +28,8 @@ LoadDatabase::LoadDatabase(std::string name, SqliteOptions options, Tables table
     : Name(std::move(name)), Options(std::move(options)), Place(Name), Database(open(Place.path()))
 {
     if (Place.isNew()) {
-        // Nobody else knows the file: it needs no locks, and its journal need not survive this process; one table needs
-        // no journal at all. The file is written to the disk before it is published.
+        // No other program knows the file: it needs no locks, and its journal need not survive this process. One table
+        // needs no journal at all. The file is written to the disk before it is published.
         Database->execute(std::string("PRAGMA synchronous=OFF; PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=") +
                           (tables == Tables::One ? "OFF" : "MEMORY"));
     }

@@ -30,8 +30,8 @@ class LoadDatabase {
 public:
     enum class Tables { One, Several };
 
-    /// Opens or creates the database. Throws an `Error`. With `Several`, one transaction can be rolled back while the
-    /// load continues.
+    /// Opens or creates the database. Throws an `Error` if that fails. With `Several`, one transaction can be rolled
+    /// back while the load continues.
     LoadDatabase(std::string name, SqliteOptions options, Tables tables);
 
     SqliteDatabase& database() { return *Database; }
@@ -41,7 +41,7 @@ public:
     void add(MadeTable table) { Made.push_back(std::move(table)); }
 
     /// Gives a new database its name, if it holds a table. If another program has created one of that name meanwhile,
-    /// the tables are copied into that one; an `Error` is thrown at the end if one of them could not be.
+    /// the tables are copied into that one. Throws an `Error` at the end if one of them could not be copied.
     void finish();
 
 private:

@@ -18,7 +18,7 @@ constexpr const char* outsideFile = "the memo pointer is outside the memo file";
 constexpr const char* intoHeader = "the memo pointer is within the memo file's header";
 constexpr const char* notInUse = "the memo block is not in use";
 constexpr const char* unknownBlock = "the memo block is of an unknown type";
-constexpr const char* tooShort = "the memo's length is below that of its own header";
+constexpr const char* tooShort = "the memo's length is less than that of its header";
 constexpr const char* beyondEnd = "the memo's length goes beyond the end of the memo file";
 constexpr const char* noBlockSize = "the memo file's header gives a block size of 0";
 constexpr const char* ofSixDriver = "memo files of the SIx driver cannot be read";
@@ -40,8 +40,8 @@ MemoKind kindOf(const DbfLayout& layout)
     return layout.FoxFlags ? MemoKind::Fpt : MemoKind::None;
 }
 
-/// The end of a dBase III text. A single end mark may be a character of the text: it is the end if another one or the
-/// end of the file follows, or if the rest of its block is unused.
+/// Whether a dBase III text ends at this mark. A single end mark may be a character of the text: it is the end if
+/// another one or the end of the file follows, or if the rest of its block is unused.
 bool endsText(std::string_view fromMark, std::uint64_t markAt, std::uint64_t fileSize)
 {
     if (fromMark.size() > 1 && fromMark[1] == dbt3::textEnd) {
@@ -58,7 +58,7 @@ bool endsText(std::string_view fromMark, std::uint64_t markAt, std::uint64_t fil
 MemoFile::MemoFile(const std::string& path, MemoKind kind) : File(path), Window(File), Kind(kind)
 {
     if (!File.seekable()) {
-        // The size of an empty file is not known, like that of a pipe, but it is a damaged memo file without a header.
+        // Like a pipe, an empty file has no known size; but it is a damaged memo file, without a header.
         if (!std::filesystem::is_regular_file(path)) {
             throw Error(path, "a memo file must be a regular file");
         }
@@ -76,8 +76,8 @@ MemoKind MemoFile::kindOfContents()
     if (header.size() < dbt4::headerSize) {
         return MemoKind::Dbt3;
     }
-    const std::uint32_t told = little16(header.data() + dbt4::blockSizeAt);
-    const std::uint32_t size = told != 0 ? told : dbt4::defaultBlockSize;
+    const std::uint32_t stated = little16(header.data() + dbt4::blockSizeAt);
+    const std::uint32_t size = stated != 0 ? stated : dbt4::defaultBlockSize;
     const std::string_view first = Window.view(size, dbt4::blockHeaderSize);
     const bool marked = first.size() == dbt4::blockHeaderSize && little32(first.data()) == dbt4::blockMark;
     return marked ? MemoKind::Dbt4 : MemoKind::Dbt3;
@@ -96,8 +96,8 @@ void MemoFile::readHeader()
         return;
     }
     if (Kind == MemoKind::Dbt4) {
-        const std::uint32_t told = little16(header.data() + dbt4::blockSizeAt);
-        BlockSize = told != 0 ? told : dbt4::defaultBlockSize;
+        const std::uint32_t stated = little16(header.data() + dbt4::blockSizeAt);
+        BlockSize = stated != 0 ? stated : dbt4::defaultBlockSize;
         return;
     }
     BlockSize = big16(header.data() + fpt::blockSizeAt);

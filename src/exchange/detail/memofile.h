@@ -16,13 +16,13 @@ namespace kd_lib::exchange::detail {
 /// An open memo file. Every place and length in it is checked against the file's size.
 class MemoFile {
 public:
-    /// Opens a file. `kind` `None`: found out from its extension and contents. Throws an `Error` if it cannot be
-    /// opened, is not a regular file, or is of a kind that cannot be read. An invalid header is not an error here, but
-    /// makes every value unreadable.
+    /// Opens a file. If `kind` is `None`, its extension and contents decide. Throws an `Error` if it cannot be opened,
+    /// is not a regular file, or is of a kind that cannot be read. An invalid header is not an error here, but makes
+    /// every value unreadable.
     MemoFile(const std::string& path, formats::MemoKind kind);
 
     /// Reads the value that begins with a block into `value`. Returns a null pointer, or the reason why it cannot be
-    /// read: a string literal.
+    /// read, which is a string literal.
     const char* read(std::uint64_t block, std::string& value);
 
     const std::string& path() const { return File.path(); }

@@ -51,7 +51,7 @@ void MemReader::restart()
 bool MemReader::has(std::size_t count)
 {
     if (File.size() && Start + count > *File.size()) {
-        return false;  // a damaged length must not make the whole file be read
+        return false;  // a damaged length must not cause the whole file to be read
     }
     load(count);
     return Buffer.size() - At >= count;
@@ -164,7 +164,7 @@ bool MemReader::takeValue()
     }
 }
 
-/// The length of a text. Published accounts of FoxPro differ about texts above 255 bytes: the length counts that
+/// The length of a text. Published descriptions of FoxPro differ about texts above 255 bytes: the length is used that
 /// leads to the zero byte at the text's end.
 std::size_t MemReader::lengthOfText()
 {

@@ -25,7 +25,8 @@ std::optional<Date> dayOf(std::optional<unsigned> year, std::optional<unsigned> 
     return year && month && day ? dayOfCalendar(*year, *month, *day) : std::nullopt;
 }
 
-/// The milliseconds of ".123": nothing if there is no digit, or one after the third is not zero.
+/// The milliseconds of a fraction such as ".123". Nothing if there is no digit, or if a digit after the third is not
+/// zero.
 std::optional<unsigned> parseFraction(std::string_view text)
 {
     unsigned value = 0;

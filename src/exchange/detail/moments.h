@@ -47,7 +47,7 @@ std::optional<Date> parseDate(std::string_view text);
 /// after the third are zero. Nothing for any other text.
 std::optional<std::uint32_t> parseTime(std::string_view text);
 
-/// A date, a blank or "T", and a time; or a date alone, which is its midnight. Nothing for any other text, including
+/// A date, a blank or "T", and a time; or a date alone, which means its midnight. Nothing for any other text, including
 /// one with a time zone.
 std::optional<Timestamp> parseTimestamp(std::string_view text);
 

@@ -83,7 +83,7 @@ public:
     {
     }
 
-    /// Gives every name to the first column that has it, so that only the others change.
+    /// The first column of each name keeps it, so that only the others change.
     void takeFirst(NameCase nameCase, const std::string& key)
     {
         if (!key.empty()) {
@@ -188,7 +188,7 @@ std::string tableName(const std::string& file, const TableOptions& options, cons
     const bool given = !options.Table.empty();
     const std::string wanted = given ? options.Table : inCase(stemOf(file), options.Names);
     std::string name = allowedCharacters(wanted, dialect);
-    // A table given by name may be one of PostgreSQL's own; the server decides whether it accepts the records.
+    // The options may name one of PostgreSQL's own tables; the server decides whether it accepts the records.
     if (isOwnTable(name, dialect) && !(given && dialect.Is == Engine::PostgreSql)) {
         name.insert(0, 1, '_');
     }

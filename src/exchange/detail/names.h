@@ -15,8 +15,8 @@ namespace kd_lib::exchange::detail {
 constexpr const char* noColumns = "there are no columns to carry";
 
 /// The names of `columns` as the target accepts them: in the chosen case, none empty, none twice, none too long. If
-/// `dialect` is null, any name is accepted. `key`, if not empty, is the name of a column before them. Each change other
-/// than that of case becomes a note.
+/// `dialect` is null, any name is accepted. `key`, if not empty, is the name of a column before them. Each change,
+/// except of case, becomes a note.
 std::vector<std::string> columnNames(const std::vector<Column>& columns, NameCase nameCase, const Dialect* dialect,
                                      const std::string& key, std::vector<Note>& notes);
 

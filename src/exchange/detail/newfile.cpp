@@ -53,8 +53,8 @@ bool liesInProc(const std::string& path)
     return realFolderOf(path).starts_with("/proc/");
 }
 
-/// If the path is such a link (/dev/stdout leads to one), another descriptor of the file that is open here, which
-/// continues at the same position. -1 for other paths.
+/// If the path is such a link (/dev/stdout leads to one), another descriptor of the open file, which continues at the
+/// same position. -1 for other paths.
 int sameAsOwn(const std::string& path)
 {
     const std::string name = path.substr(path.find_last_of('/') + 1);
@@ -112,7 +112,8 @@ std::string pathOf(int descriptor)
     return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
-/// Makes the new name survive a loss of power. Not every file system supports this, and the file exists anyway.
+/// Makes the new name survive a loss of power. Not every file system supports this; a failure is ignored, because the
+/// file exists anyway.
 void syncFolder(const std::string& folder)
 {
     const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -195,7 +196,7 @@ void NewFile::openTemporary(mode_t mode)
 
 void NewFile::takeOver(mode_t mode, uid_t owner, gid_t group)
 {
-    // Without permission the file stays the caller's. If the group cannot be kept, another group does not inherit its
+    // Without permission the file remains the caller's. If the group cannot be kept, another group does not get its
     // rights.
     const bool kept =
         ::fchown(Descriptor, owner, group) == 0 || ::fchown(Descriptor, static_cast<uid_t>(-1), group) == 0;

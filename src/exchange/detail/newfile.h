@@ -1,5 +1,5 @@
 /// \file
-/// An output file that has not got its name yet.
+/// An output file that does not have its name yet.
 #pragma once
 
 #include <string>

@@ -26,7 +26,7 @@ void RecordBlocks::fill(std::size_t count)
     }
     At = slack;
     End = slack + left;
-    // Records of a pipe are read as they come, a file in whole blocks.
+    // Records of a pipe are read as they arrive, a file in whole blocks.
     while (End - At < count) {
         const std::size_t got = File.readSome(Buffer.data() + End, slack + room - End);
         if (got == 0) {

@@ -21,7 +21,7 @@ public:
     explicit RecordBlocks(InputFile& file) : File(file), Offset(file.position()) {}
 
     /// The bytes from the current place on: at least `count`, unless the file ends before. Valid until the next call
-    /// of any operation but `skip`.
+    /// of any operation except `skip`.
     std::string_view ahead(std::size_t count)
     {
         if (End - At < count) {

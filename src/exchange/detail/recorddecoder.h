@@ -24,11 +24,11 @@ namespace kd_lib::exchange::detail {
 struct WantedField {
     std::size_t Column = 0;          ///< index of its cell in the record
     std::size_t Index = 0;           ///< of the layout's fields
-    std::optional<ColumnType> Type;  ///< the type of the options, unless it is the field's own
+    std::optional<ColumnType> Type;  ///< the type of the options, if it differs from the field's
 };
 
 /// Knows how the field of each column is read. Allocates nothing for a record, unless a value is longer than all
-/// before.
+/// previous ones.
 class RecordDecoder {
 public:
     /// `page` and `memo` (null if there is none) must outlive the object.

@@ -58,7 +58,7 @@ bool containsAny(std::string_view text, IsSpecial isSpecial)
     return anySet(isSpecial(valueAt<SixteenBytes>(bytes + size - step)));
 }
 
-/// Marks, at some place, whether `text` has a byte.
+/// Marks that are not all zero if `text` has this byte.
 inline SixteenBytes marksOf(std::string_view text, unsigned char byte)
 {
     using kd_lib::detail::valueAt;

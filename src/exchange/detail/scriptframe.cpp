@@ -40,7 +40,7 @@ ScriptFrame postgreSqlFrame(const TableLayout& layout, bool copies)
     const Names names(layout, false);
     ScriptFrame frame = {{}, names.Table, lines({"COMMIT"})};
     if (copies) {
-        // After a failed COPY psql would take the rows for statements.
+        // After a failed COPY, psql would read the rows as statements.
         frame.Before = "\\set ON_ERROR_STOP on\n";
     }
     for (const std::string& statement : layout.session()) {
@@ -82,8 +82,8 @@ ScriptFrame mySqlFrame(const TableLayout& layout)
 
 /// The sqlite3 shell continues after an error, and SQLite ends a transaction by itself if the disk is full. So the rows
 /// go into a table that exists only as long as the transaction. An existing table of the final name is dropped before
-/// the rows: after them, the DROP alone might succeed. Views must not be checked while the table that they name is
-/// missing.
+/// the rows are inserted: afterwards, the DROP alone might succeed. Views must not be checked while the table that they
+/// name is missing.
 ScriptFrame sqliteFrame(const TableLayout& layout)
 {
     const Names names(layout, true);

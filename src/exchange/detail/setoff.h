@@ -1,5 +1,5 @@
 /// \file
-/// What remains of two lists after equal elements have been paired.
+/// Pairs the equal elements of two lists and returns the rest.
 #pragma once
 
 #include "sqlitedatabase.h"

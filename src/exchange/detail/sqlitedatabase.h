@@ -21,8 +21,8 @@ using StatementHandle = std::unique_ptr<sqlite3_stmt, StatementCloser>;
 /// A name as SQL, quoted so that no character in it can end it.
 std::string quotedName(std::string_view name);
 
-/// Makes SQLite roll back the remains of a failed write, if there is a journal; otherwise the next reader would have
-/// to. A database that cannot be opened or read is left as it is.
+/// Makes SQLite roll back the remains of a failed write, if there is a journal; otherwise the next reader would have to
+/// do so. A database that cannot be opened or read is left unchanged.
 void settleJournal(const std::string& path) noexcept;
 
 /// Binds a copy of a text.
@@ -37,8 +37,8 @@ class SqliteDatabase {
 public:
     enum class Access { Change, Read };
 
-    /// Opens an existing regular file, which errors call `name`. A write-protected file is opened for reading. The
-    /// contents of the file are not examined.
+    /// Opens an existing regular file, which is called `name` in errors. A write-protected file is opened for reading.
+    /// The contents of the file are not examined.
     SqliteDatabase(const std::string& path, std::string name, Access access = Access::Change);
 
     /// Opens a database file, or creates it if there is none.
@@ -54,8 +54,8 @@ public:
     SqliteDatabase(const SqliteDatabase&) = delete;
     SqliteDatabase& operator=(const SqliteDatabase&) = delete;
 
-    /// From now on a locked database is tried again for `patience`. When a stop is requested, the current statement
-    /// ends, and `fail` throws `Stopped`.
+    /// From now on, statements wait up to `patience` for a lock. When a stop is requested, the current statement ends,
+    /// and `fail` throws `Stopped`.
     void heed(std::stop_token stop, std::chrono::milliseconds patience);
 
     /// Runs statements whose rows are not needed.

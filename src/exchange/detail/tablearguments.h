@@ -18,8 +18,8 @@ struct TableArguments {
     NameCase Names = NameCase::Lower;
 };
 
-/// Reads `'people.dbf'`, `encoding=cp852`, `columns='name:1-8,town:9-24'`. Throws an `OptionError` that names the
-/// invalid argument.
+/// Reads arguments such as `'people.dbf'`, `encoding=cp852`, `columns='name:1-8,town:9-24'`. Throws an `OptionError`
+/// that names the invalid argument.
 TableArguments parseTableArguments(const std::vector<std::string_view>& arguments);
 
 }  // namespace kd_lib::exchange::detail

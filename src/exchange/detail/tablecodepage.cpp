@@ -58,10 +58,10 @@ PageChoice pageOfHeader(const DbfLayout& layout)
 
 }  // namespace
 
-PageChoice chooseCodePage(const std::string& file, const DbfLayout& layout, const std::string& asked)
+PageChoice chooseCodePage(const std::string& file, const DbfLayout& layout, const std::string& requested)
 {
-    if (!asked.empty()) {
-        return {asked, "as asked"};
+    if (!requested.empty()) {
+        return {requested, "as requested"};
     }
     if (const std::optional<std::string> cpg = findCompanion(file, {"cpg"})) {
         return pageOfCpg(*cpg);

@@ -14,8 +14,8 @@ struct PageChoice {
     std::string Reason;  ///< "language byte 57", "people.cpg"
 };
 
-/// Chooses the page: that of the options, if any; else that of a .cpg file in the table's folder; else the header's.
-/// CP1252 if the file names none, or an unknown one.
-PageChoice chooseCodePage(const std::string& file, const DbfLayout& layout, const std::string& asked);
+/// Chooses the page: `requested`, the page of the options; if that is empty, the page of a .cpg file in the table's
+/// folder; without such a file, the header's. CP1252 if the header names no page, or an unknown one.
+PageChoice chooseCodePage(const std::string& file, const DbfLayout& layout, const std::string& requested);
 
 }  // namespace kd_lib::exchange::detail

@@ -41,8 +41,8 @@ public:
         }
     }
 
-    /// Whether a text and each of its pieces between ASCII characters is UTF-8 as it is, and may be passed to
-    /// `setUtf8`.
+    /// Whether a text, and each of its pieces between ASCII characters, is UTF-8 without conversion and may be passed
+    /// to `setUtf8`.
     bool isUtf8(std::string_view bytes);
 
     /// A text outside of records, such as the name of a column.
@@ -57,7 +57,7 @@ public:
 
     const CodePage& page() const { return Page; }
 
-    /// Whether bytes below 128 are UTF-8 as they are.
+    /// Whether bytes below 128 are UTF-8 without conversion.
     bool isAsciiBased() const { return Marked || Page.isAsciiBased(); }
 
 private:

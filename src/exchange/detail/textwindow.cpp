@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t usualCapacity = 262144;
 constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 
-/// Every other byte of the beginning is zero, as in UTF-16 of Latin letters.
+/// Whether every other byte of the beginning is zero, as in UTF-16 of Latin letters.
 bool alternatesWithZeros(std::string_view text, std::size_t first)
 {
     constexpr std::size_t looked = 16;

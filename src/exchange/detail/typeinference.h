@@ -11,15 +11,15 @@
 
 namespace kd_lib::exchange::detail {
 
-/// Examines all values of one column. A type other than text is found only if every value prints back the same: 007,
-/// +1, 1. and -0 are texts, and so is a number with an exponent.
+/// Examines all values of one column. A type other than text is chosen only if every value would be printed in the same
+/// form: 007, +1, 1. and -0 are texts, and so is a number with an exponent.
 class TypeInference {
 public:
     /// Examines a value that is not NULL.
     void add(std::string_view text, std::uint64_t record);
 
-    /// The type: whole numbers of 64 bits, numbers, days of the calendar ("2024-02-29"), else text; text if there was
-    /// no value. Numbers have the width and the decimals that they need.
+    /// The type: whole numbers of 64 bits, numbers, days of the calendar ("2024-02-29"), otherwise text; text if there
+    /// was no value. Numbers have the width and the decimals that they need.
     Column applyTo(Column column) const;
 
     /// "integer", "number with 2 decimals", "text because of record 7", "text without a value".

@@ -11,8 +11,8 @@ namespace kd_lib::exchange::detail {
 /// U+FFFD
 inline constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
 
-/// Removes the first character from `rest`, which must not be empty, and returns it. Removes one byte and returns -1 if
-/// that begins no character.
+/// Removes the first character from `rest`, which must not be empty, and returns it. If no character begins there,
+/// removes one byte and returns -1.
 int takeCharacter(std::string_view& rest);
 
 void appendCharacter(std::string& text, int character);

@@ -113,7 +113,7 @@ std::optional<NumberPieces> piecesOf(std::string_view text)
     return pieces;
 }
 
-/// The number as a part of its text, if it has normal form there.
+/// The number as a part of its text, if the text has the normal form.
 std::optional<std::string_view> viewOf(const NumberPieces& number, std::string_view text)
 {
     if (number.Exponent != 0 || number.Whole.empty()) {

@@ -60,9 +60,9 @@ Converted timestampOf(std::string_view text);
 /// The value of a text in a column of this type. Text and bytes are the text itself, with its padding.
 Converted valueOf(ColumnType type, std::string_view text, std::string& scratch);
 
-/// A cell as a value of another type, without loss: 5.00 is the integer 5, a day is the timestamp of its midnight; 1.5
+/// Converts a cell to another type, without loss: 5.00 becomes the integer 5, a day the timestamp of its midnight. 1.5
 /// is not an integer, a timestamp at noon is not a day. Bytes become text if they are UTF-8. NULL and unreadable cells
-/// stay.
+/// stay unchanged.
 Converted convert(const Cell& cell, ColumnType to, std::string& scratch);
 
 }  // namespace kd_lib::exchange::detail

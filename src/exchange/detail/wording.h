@@ -21,7 +21,7 @@ inline std::string hex(std::uint8_t byte)
     return {digits[byte >> 4], digits[byte & 15U]};
 }
 
-/// Bytes of a file in a message: all except printable ASCII as \xNN.
+/// Bytes of a file in a message: bytes that are not printable ASCII become \xNN.
 inline std::string printable(std::string_view bytes)
 {
     std::string text;

@@ -88,7 +88,7 @@ TEST_F(DetailMemoFileTest, ADamagedBlockOfDBase4IsRefused)
         return value("m.dbt", copy, MemoKind::Dbt4, 1);
     };
     EXPECT_EQ(bent(64, 0), "!the memo block is not in use");
-    EXPECT_EQ(bent(68, 7), "!the memo's length is below that of its own header");
+    EXPECT_EQ(bent(68, 7), "!the memo's length is less than that of its header");
     EXPECT_EQ(bent(68, 8), "");
     EXPECT_EQ(bent(68, 64), "one" + std::string(53, '\0')) << "up to the end of the file";
     EXPECT_EQ(bent(68, 65), "!the memo's length goes beyond the end of the memo file");

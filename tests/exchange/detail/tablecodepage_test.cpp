@@ -39,7 +39,7 @@ TEST_F(TableCodePageTest, TheFileThatNamesThePage)
                       "UTF-8\r\nmore"),
               "UTF-8: t.cpg");
     EXPECT_EQ(withCpg("UTF-8\x1A"), "UTF-8: t.cpg");
-    EXPECT_EQ(withCpg("UTF-8", "CP850"), "CP850: as asked");
+    EXPECT_EQ(withCpg("UTF-8", "CP850"), "CP850: as requested");
 }
 
 TEST_F(TableCodePageTest, AnUnknownNameIsShownWithoutControlCharacters)
