@@ -19,7 +19,6 @@ namespace kd_lib::exchange {
 
 namespace {
 
-constexpr const char* defaultPage = "UTF-8";
 constexpr std::uint64_t rowsBetweenLooks = 1024;  // the stop token is tested after as many rows
 
 }  // namespace
@@ -67,7 +66,7 @@ private:
 };
 
 DelimitedSource::Reader::Reader(DelimitedSource& source, const SourceOptions& options)
-    : Of(source), Options(options), Page(options.Encoding.empty() ? defaultPage : options.Encoding),
+    : Of(source), Options(options), Page(options.Encoding.empty() ? detail::defaultTextPage : options.Encoding),
       Form(detail::delimitedForm(source.file(), options)), Window(source.file(), pageToConvert(), options.Stop),
       Rows(Window, foundForm(), options.Header), Cells(Page, Window.converted() != nullptr, options.OnEncodingError),
       From(options.Records.First)

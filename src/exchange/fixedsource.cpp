@@ -18,8 +18,6 @@ namespace kd_lib::exchange {
 
 namespace {
 
-constexpr const char* defaultPage = "UTF-8";
-
 std::vector<Column> columnsInFile(const std::vector<detail::FixedColumn>& layout)
 {
     std::vector<Column> columns;
@@ -77,7 +75,7 @@ private:
 
 FixedSource::Reader::Reader(FixedSource& source, const SourceOptions& options)
     : Of(source), Options(options), Layout(detail::parseFixedColumns(source.file(), options.FixedColumns)),
-      LayoutEnd(endOf(Layout)), Page(options.Encoding.empty() ? defaultPage : options.Encoding),
+      LayoutEnd(endOf(Layout)), Page(options.Encoding.empty() ? detail::defaultTextPage : options.Encoding),
       Window(source.file(), nullptr, options.Stop), Lines(Window), Cells(Page, false, options.OnEncodingError),
       From(options.Records.First)
 {

@@ -7,6 +7,7 @@
 #include "detail/memreader.h"
 #include "detail/memvalues.h"
 #include "detail/sourcekind.h"
+#include "detail/tablecodepage.h"
 #include "detail/textcells.h"
 #include "detail/wording.h"
 
@@ -17,8 +18,6 @@
 namespace kd_lib::exchange {
 
 namespace {
-
-constexpr const char* defaultPage = "CP1252";
 
 /// The columns, in this order.
 constexpr std::size_t nameColumn = 0;
@@ -77,8 +76,8 @@ private:
 
 MemSource::Reader::Reader(MemSource& source, const SourceOptions& options)
     : File(source.file(), options.Stop), Of(source), Options(options),
-      Page(options.Encoding.empty() ? defaultPage : options.Encoding), Cells(Page, false, options.OnEncodingError),
-      Variables(File), From(options.Records.First)
+      Page(options.Encoding.empty() ? detail::defaultTablePage : options.Encoding),
+      Cells(Page, false, options.OnEncodingError), Variables(File), From(options.Records.First)
 {
     Next = Variables.next();
     Pending = true;

@@ -10,12 +10,12 @@ namespace kd_lib {
 
 namespace {
 
-constexpr const char* databases = "SELECT schema_name FROM information_schema.schemata ORDER BY 1";
+constexpr const char* databaseQuery = "SELECT schema_name FROM information_schema.schemata ORDER BY 1";
 
-constexpr const char* tables = "SELECT table_name FROM information_schema.tables "
-                               "WHERE table_schema = database() AND table_type = 'BASE TABLE' ORDER BY 1";
+constexpr const char* tableQuery = "SELECT table_name FROM information_schema.tables "
+                                   "WHERE table_schema = database() AND table_type = 'BASE TABLE' ORDER BY 1";
 
-constexpr const char* columns =
+constexpr const char* columnQuery =
     "SELECT c.ordinal_position - 1 AS cid, c.column_name AS name, upper(c.column_type) AS type, "
     "if(c.is_nullable = 'NO', 1, 0) AS notnull, c.column_default AS dflt_value, coalesce(s.seq_in_index, 0) AS pk "
     "FROM information_schema.columns c LEFT JOIN information_schema.statistics s ON s.table_schema = c.table_schema "
@@ -25,7 +25,7 @@ constexpr const char* columns =
 }  // namespace
 
 MariaDB::MariaDB()
-    : ServerDatabase("MARIADB", detail::ServerWords{databases, tables, columns, "START TRANSACTION", '`'})
+    : ServerDatabase("MARIADB", detail::ServerWords{databaseQuery, tableQuery, columnQuery, "START TRANSACTION", '`'})
 {
 }
 

@@ -15,13 +15,14 @@ namespace {
 constexpr const char* encoding = "UTF8";
 constexpr const char* applicationName = "kd_db";
 
-constexpr const char* databases = "SELECT datname FROM pg_database WHERE datallowconn AND NOT datistemplate ORDER BY 1";
+constexpr const char* databaseQuery =
+    "SELECT datname FROM pg_database WHERE datallowconn AND NOT datistemplate ORDER BY 1";
 
-constexpr const char* tables =
+constexpr const char* tableQuery =
     "SELECT c.relname FROM pg_class c JOIN pg_namespace n ON n.oid = c.relnamespace "
     "WHERE c.relkind IN ('r', 'p', 'f') AND n.nspname = ANY (current_schemas(false)) ORDER BY 1";
 
-constexpr const char* columns =
+constexpr const char* columnQuery =
     "SELECT a.attnum - 1 AS cid, a.attname AS name, upper(format_type(a.atttypid, a.atttypmod)) AS type, "
     "a.attnotnull::int AS notnull, pg_get_expr(d.adbin, d.adrelid) AS dflt_value, "
     "coalesce(array_position(string_to_array(i.indkey::text, ' '), a.attnum::text), 0) AS pk "
@@ -36,7 +37,8 @@ const char* orNull(const std::string& text)
 
 }  // namespace
 
-PostgreSQL::PostgreSQL() : ServerDatabase("POSTGRESQL", detail::ServerWords{databases, tables, columns, "BEGIN", '"'})
+PostgreSQL::PostgreSQL()
+    : ServerDatabase("POSTGRESQL", detail::ServerWords{databaseQuery, tableQuery, columnQuery, "BEGIN", '"'})
 {
 }
 

@@ -4,7 +4,7 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-constexpr const char* columns =
+constexpr const char* typesOfTable =
     "SELECT a.attname, t.typname, a.atttypmod FROM pg_attribute a JOIN pg_type t ON t.oid = a.atttypid "
     "WHERE a.attrelid = to_regclass(quote_ident($1)) AND a.attnum > 0 AND NOT a.attisdropped ORDER BY a.attnum";
 
@@ -40,7 +40,7 @@ ExistingColumn columnOf(const Result& rows, int row)
 
 std::vector<ExistingColumn> columnsOfTable(PostgresqlSession& session, const std::string& table)
 {
-    const Result rows = session.rows(columns, table);
+    const Result rows = session.rows(typesOfTable, table);
     std::vector<ExistingColumn> found;
     found.reserve(static_cast<std::size_t>(PQntuples(rows.get())));
     for (int i = 0; i < PQntuples(rows.get()); ++i) {

@@ -1,3 +1,4 @@
+#include "support/position.h"
 #include "support/table_builder.h"
 
 #include <kd_lib/asciitable.h>
@@ -18,17 +19,13 @@ using kd_test::captured;
 using kd_test::Console;
 using kd_test::namesOf;
 using kd_test::Opened;
+using kd_test::position;
 using kd_test::Row;
 using kd_test::rowOf;
 using kd_test::Rows;
 using kd_test::rowsOf;
 
 namespace {
-
-int position(kd_lib::FileTable& table)
-{
-    return static_cast<int>(table.File.tellg());
-}
 
 const char* const asciiTableAssertion = "^src/db/asciitable: extractContent: Assertion `tmp_str\\.size\\(\\) == "
                                         "Fields\\.get\\(f\\)->getLength\\(\\)' failed\\.\n$";

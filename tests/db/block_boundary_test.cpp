@@ -2,6 +2,7 @@
 // that end near one, are read as any other: values, states and positions are the same.
 #include "support/dbf_builder.h"
 #include "support/mem_builder.h"
+#include "support/position.h"
 #include "support/table_builder.h"
 
 #include <kd_lib/asciitable.h>
@@ -22,6 +23,7 @@ using kd_lib::xBaseMemory;
 using kd_lib::xBaseTable;
 using kd_test::lettersOf;
 using kd_test::Opened;
+using kd_test::position;
 using kd_test::Row;
 using kd_test::rowOf;
 using kd_test::Rows;
@@ -30,11 +32,6 @@ using kd_test::rowsOf;
 namespace {
 
 constexpr std::size_t block = 65536;
-
-std::int64_t position(FileTable& table)
-{
-    return static_cast<std::int64_t>(static_cast<std::streamoff>(table.File.tellg()));
-}
 
 void expectGoodAt(FileTable& table, std::size_t expected)
 {

@@ -1,5 +1,6 @@
 // Positions after 4 GiB, in sparse files that take no room on the disk.
 #include "support/dbf_builder.h"
+#include "support/position.h"
 #include "support/table_builder.h"
 
 #include <kd_lib/filetable.h>
@@ -14,6 +15,7 @@
 
 using kd_lib::FileTable;
 using kd_lib::xBaseTable;
+using kd_test::position;
 using kd_test::Row;
 using kd_test::rowOf;
 using kd_test::Rows;
@@ -31,11 +33,6 @@ void writeAt(const std::string& path, std::uint64_t position, const std::string&
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
     ASSERT_TRUE(file.good());
-}
-
-std::uint64_t position(FileTable& table)
-{
-    return static_cast<std::uint64_t>(static_cast<std::streamoff>(table.File.tellg()));
 }
 
 /// Records of 20 bytes after a header of 33, so that none begins at a round position.

@@ -197,16 +197,16 @@ TEST_F(DbfSourceTest, OnlyNeededColumnsAreRead)
     source->need({false, false, true, false});
     ASSERT_TRUE(source->next());
     EXPECT_TRUE(source->record().Flaws.empty());
-    EXPECT_EQ(kd_test::shown(source->record().Cells[0]), "null");
-    EXPECT_EQ(kd_test::shown(source->record().Cells[1]), "null");
-    EXPECT_EQ(kd_test::shown(source->record().Cells[2]), "3");
-    EXPECT_EQ(kd_test::shown(source->record().Cells[3]), "null");
+    EXPECT_EQ(kd_test::cellText(source->record().Cells[0]), "null");
+    EXPECT_EQ(kd_test::cellText(source->record().Cells[1]), "null");
+    EXPECT_EQ(kd_test::cellText(source->record().Cells[2]), "3");
+    EXPECT_EQ(kd_test::cellText(source->record().Cells[3]), "null");
     source->need({true, true, false, true});
     ASSERT_TRUE(source->next());
     EXPECT_EQ(source->record().Flaws.size(), 1U);
-    EXPECT_EQ(kd_test::shown(source->record().Cells[0]), "4");
-    EXPECT_EQ(kd_test::shown(source->record().Cells[2]), "null");
-    EXPECT_EQ(kd_test::shown(source->record().Cells[3]), "false");
+    EXPECT_EQ(kd_test::cellText(source->record().Cells[0]), "4");
+    EXPECT_EQ(kd_test::cellText(source->record().Cells[2]), "null");
+    EXPECT_EQ(kd_test::cellText(source->record().Cells[3]), "false");
 }
 
 TEST_F(DbfSourceTest, ChosenColumnsInTheirOrder)

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "support/dbf_builder.h"
+#include "support/position.h"
 #include "support/table_builder.h"
 
 #include <kd_lib/xbasetable.h>
@@ -32,10 +33,6 @@ inline std::string threeRecords()
 
 inline const Rows threeRows = {
     {"r1c1", "   1.01", "19990102"}, {"r2c1", "  22.02", "20241225"}, {"r3c1", " 333.03", "20240305"}};
-inline int position(kd_lib::FileTable& table)
-{
-    return static_cast<int>(table.File.tellg());
-}
 
 inline Opened<xBaseTable>& withHeader(Opened<xBaseTable>& file)
 {

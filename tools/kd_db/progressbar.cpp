@@ -15,7 +15,7 @@ namespace kd_tool {
 namespace {
 
 constexpr std::chrono::milliseconds delay(1000);
-constexpr std::chrono::milliseconds interval(100);
+constexpr std::chrono::milliseconds redrawInterval(100);
 constexpr std::string_view eraseLine = "\r\x1b[K";
 
 /// "12.3 MB": three digits or so, in powers of 1000.
@@ -89,7 +89,7 @@ void ProgressBar::add(std::uint64_t bytes, std::uint64_t records)
     Bytes += bytes;
     Records += records;
     const Clock::time_point now = Clock::now();
-    if (!Active || now - Began < delay || (now - Drawn < interval && Shown)) {
+    if (!Active || now - Began < delay || (now - Drawn < redrawInterval && Shown)) {
         return;
     }
     Drawn = now;

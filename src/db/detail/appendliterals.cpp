@@ -8,7 +8,7 @@ namespace kd_lib::detail {
 
 namespace {
 
-constexpr char quote = '\'';
+constexpr char apostrophe = '\'';
 constexpr char backquote = '`';
 constexpr std::string_view nullLiteral = "NULL";
 
@@ -28,13 +28,13 @@ inline void putPieces(TextWriter& sql, std::string_view text, std::size_t firstL
 
 inline void putDate(TextWriter& sql, std::string_view date)
 {
-    sql.put(quote);
+    sql.put(apostrophe);
     if (date.size() <= compactDateLength) {
         putPieces(sql, date, 4, '-');
     } else {
         sql.put(date);
     }
-    sql.put(quote);
+    sql.put(apostrophe);
 }
 
 inline void putTime(TextWriter& sql, std::string_view time)
@@ -45,19 +45,19 @@ inline void putTime(TextWriter& sql, std::string_view time)
     } else {
         sql.put(time);
     }
-    sql.put(quote);
+    sql.put(apostrophe);
 }
 
 inline void putTimestamp(TextWriter& sql, std::string_view timestamp)
 {
-    sql.put(quote);
+    sql.put(apostrophe);
     sql.put(timestamp);
-    sql.put(quote);
+    sql.put(apostrophe);
 }
 
 char* copyWithoutQuotes(char* to, std::string_view text)
 {
-    return copyReplacing(to, text, quote, backquote);
+    return copyReplacing(to, text, apostrophe, backquote);
 }
 
 inline void putText(TextWriter& sql, std::string_view text)
@@ -66,9 +66,9 @@ inline void putText(TextWriter& sql, std::string_view text)
         sql.put(nullLiteral);
         return;
     }
-    sql.put(quote);
+    sql.put(apostrophe);
     sql.put(text, copyWithoutQuotes);
-    sql.put(quote);
+    sql.put(apostrophe);
 }
 
 /// The trimmed value of a number, a date or a time; an empty one is NULL.

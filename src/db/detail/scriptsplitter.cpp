@@ -9,7 +9,7 @@ namespace kd_lib::detail {
 
 namespace {
 
-constexpr char quote = '\'';
+constexpr char quotationMark = '\'';
 constexpr char commentStart = '#';
 constexpr char statementEnd = ';';
 constexpr char lineEnd = '\n';
@@ -23,7 +23,7 @@ std::size_t find(std::string_view text, char c, std::size_t from)
 /// The position of the first character outside quotes that is not plain text, or the end.
 std::size_t findSpecial(std::string_view text, std::size_t from)
 {
-    const auto isSpecial = [](char c) { return c == quote || c == commentStart || c == statementEnd; };
+    const auto isSpecial = [](char c) { return c == quotationMark || c == commentStart || c == statementEnd; };
     return static_cast<std::size_t>(
         std::find_if(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), isSpecial) - text.begin());
 }
@@ -69,13 +69,13 @@ void ScriptSplitter::takeText(std::string_view& block)
 /// Continues after the next character that changes the meaning of the text.
 std::size_t ScriptSplitter::afterNextSpecial(std::string_view block, std::size_t from)
 {
-    const std::size_t special = InQuote ? find(block, quote, from) : findSpecial(block, from);
+    const std::size_t special = InQuote ? find(block, quotationMark, from) : findSpecial(block, from);
     if (special == block.size()) {
         return special;
     }
     Complete = block[special] == statementEnd;
     InComment = block[special] == commentStart;
-    InQuote = !InQuote && block[special] == quote;
+    InQuote = !InQuote && block[special] == quotationMark;
     return special + 1;
 }
 

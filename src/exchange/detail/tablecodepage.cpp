@@ -13,7 +13,6 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-constexpr const char* defaultPage = "CP1252";
 constexpr std::size_t longestName = 64;
 
 /// The first line of a .cpg file, in printable characters.
@@ -37,7 +36,7 @@ PageChoice pageOfCpg(const std::string& path)
     if (!name.empty() && CodePage::knows(name)) {
         return {name, file};
     }
-    return {defaultPage, file + " names the unknown code page \"" + name + '"'};
+    return {defaultTablePage, file + " names the unknown code page \"" + name + '"'};
 }
 
 PageChoice pageOfHeader(const DbfLayout& layout)
@@ -45,15 +44,15 @@ PageChoice pageOfHeader(const DbfLayout& layout)
     if (layout.LanguageByte != 0) {
         const std::string byte = "language byte " + hex(layout.LanguageByte);
         const std::string page = CodePage::nameOfLanguageByte(layout.LanguageByte);
-        return page.empty() ? PageChoice{defaultPage, byte + " is not known"} : PageChoice{page, byte};
+        return page.empty() ? PageChoice{defaultTablePage, byte + " is not known"} : PageChoice{page, byte};
     }
     if (!layout.Driver.empty()) {
         const std::string driver = "language driver " + printable(layout.Driver);
         const std::string page = formats::codePageOfDriver(layout.Driver);
         const bool known = !page.empty() && CodePage::knows(page);
-        return known ? PageChoice{page, driver} : PageChoice{defaultPage, driver + " is not known"};
+        return known ? PageChoice{page, driver} : PageChoice{defaultTablePage, driver + " is not known"};
     }
-    return {defaultPage, "the file names none"};
+    return {defaultTablePage, "the file names none"};
 }
 
 }  // namespace

@@ -8,6 +8,9 @@
 
 namespace kd_lib::exchange::detail {
 
+/// The page of a table or memory file that names none.
+inline constexpr const char* defaultTablePage = "CP1252";
+
 /// A code page and the reason for it.
 struct PageChoice {
     std::string Page;    ///< a name that `CodePage` accepts

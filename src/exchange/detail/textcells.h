@@ -16,6 +16,9 @@
 
 namespace kd_lib::exchange::detail {
 
+/// The page of a text file without a mark.
+inline constexpr const char* defaultTextPage = "UTF-8";
+
 /// Decodes texts and converts them to the types of their columns; a text that cannot be read gets a flaw.
 class TextCells {
 public:

@@ -14,7 +14,7 @@
 namespace kd_test {
 
 /// A cell as a short text that shows its kind, so that different cells never look the same.
-inline std::string shown(const kd_lib::exchange::Cell& cell)
+inline std::string cellText(const kd_lib::exchange::Cell& cell)
 {
     using kd_lib::exchange::CellKind;
     char text[64] = "";
@@ -99,7 +99,7 @@ inline Reading readAll(kd_lib::exchange::Source& source)
         reading.Numbers.push_back(record.Number);
         auto& row = reading.Rows.emplace_back();
         for (const Cell& cell : record.Cells) {
-            row.push_back(shown(cell));
+            row.push_back(cellText(cell));
         }
     }
     for (const Note& note : source.notes()) {
