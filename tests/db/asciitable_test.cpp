@@ -77,7 +77,7 @@ TEST(AsciiTable, ExtractContentKeepsItsSlot)
     EXPECT_EQ(0U, kd_test::slotOf(&AsciiTable::isCommentLine));
 }
 
-TEST(AsciiTableComment, LineIsOneWhereverTheCharacterIs)
+TEST(AsciiTableComment, ALineWithTheCharacterAnywhereIsAComment)
 {
     AsciiTable table;
     table.CommentChar = '#';
@@ -324,7 +324,7 @@ TEST(DelimitedHeader, SecondFieldListAppendsToTheColumns)
     EXPECT_EQ((Row{"a", "b", "a", "b"}), namesOf(file.table));
 }
 
-TEST(DelimitedHeader, NamesAreTakenAsTheyAreQuotesAndBlanksIncluded)
+TEST(DelimitedHeader, NamesKeepTheirQuotesAndBlanks)
 {
     Opened<DelimitedTable> file("\"Id\"| Name |'x',y||\n");
     EXPECT_TRUE(file.table.getFieldList());
@@ -365,7 +365,7 @@ TEST(DelimitedHeader, CommentCharacterAfterAZeroByteDoesNotCount)
     EXPECT_TRUE(file.table.getFieldList());
 }
 
-TEST(DelimitedHeader, WithoutFieldNamesReadHeaderIsFalseAndReadsNothing)
+TEST(DelimitedHeader, WithoutFieldNamesReadHeaderReturnsFalseAndReadsNothing)
 {
     Opened<DelimitedTable> file("r1c1|r1c2\n");
     file.table.HasFieldNames = false;
@@ -404,14 +404,14 @@ TEST(DelimitedHeader, LastLineWithoutANewlineIsAHeader)
     EXPECT_EQ((Row{"a", "b"}), namesOf(file.table));
 }
 
-TEST(DelimitedHeader, EmptyFileIsFalse)
+TEST(DelimitedHeader, EmptyFileReturnsFalse)
 {
     Opened<DelimitedTable> file("");
     EXPECT_FALSE(file.table.getFieldList());
     EXPECT_EQ(0U, file.table.Fields.size());
 }
 
-TEST(DelimitedHeader, ClosedTableIsFalse)
+TEST(DelimitedHeader, ClosedTableReturnsFalse)
 {
     DelimitedTable table;
     EXPECT_FALSE(table.getFieldList());
@@ -464,7 +464,7 @@ TEST(DelimitedSkipHeader, WithoutFieldNamesThePositionStays)
     EXPECT_EQ(3, position(file.table));
 }
 
-TEST(DelimitedSkipHeader, ClosedTableIsTrue)
+TEST(DelimitedSkipHeader, ClosedTableReturnsTrue)
 {
     DelimitedTable table;
     EXPECT_TRUE(table.skipHeader());
@@ -481,7 +481,7 @@ TEST(DelimitedSkipHeader, MakesAStreamThatFailedReadableAgain)
     EXPECT_EQ(10, position(file.table));
 }
 
-TEST(DelimitedSkipHeader, PositionNoStreamCanHoldIsTrueAndLeavesTheStreamFailed)
+TEST(DelimitedSkipHeader, PositionThatNoStreamCanHoldReturnsTrueAndLeavesTheStreamFailed)
 {
     Opened<DelimitedTable> file("a|b\n");
     file.table.RecordLength = ~std::uint64_t{0};
@@ -509,7 +509,7 @@ TEST(DelimitedRecord, DefaultModeCutsAtBarsAndCommasDoNotCount)
     EXPECT_EQ((Row{"a,b,c", "b", "c"}), rowOf(file.table));
 }
 
-TEST(DelimitedRecord, FewerPiecesLeaveTheOtherColumnsAsTheyWere)
+TEST(DelimitedRecord, FewerPiecesLeaveTheOtherColumnsUnchanged)
 {
     Opened<DelimitedTable> file("x|y|z\nr1c1|r1c2|r1c3\nr2c1|r2c2\n");
     ASSERT_TRUE(file.table.getFieldList());
@@ -556,7 +556,7 @@ TEST(DelimitedRecord, ValuesAreVerbatimEvenWithTrim)
     }
 }
 
-TEST(DelimitedRecord, SeparatorsLowEightBitsCount)
+TEST(DelimitedRecord, OnlyTheLowEightBitsOfTheSeparatorCount)
 {
     DelimitedTable table;
     table.Separator = 0x100 + ';';
@@ -568,7 +568,7 @@ TEST(DelimitedRecord, SeparatorsLowEightBitsCount)
     EXPECT_EQ((Row{"r2c1", "r2c2"}), rowOf(table));
 }
 
-TEST(DelimitedRecord, EmptyValueEndsAtItsStart)
+TEST(DelimitedRecord, EmptyPiecesAreEmptyTexts)
 {
     DelimitedTable table;
     table.extractFieldNames("a|b|c");
@@ -597,7 +597,7 @@ TEST(DelimitedRecord, TableWithoutColumnsTakesARecordAndStoresNothing)
     EXPECT_EQ(0U, table.Fields.size());
 }
 
-TEST(DelimitedRecord, LongLineIsFalseAndKeepsTheValues)
+TEST(DelimitedRecord, LongLineReturnsFalseAndKeepsTheValues)
 {
     Opened<DelimitedTable> file("x|y\nr1c1|r1c2\n" + std::string(255, 'z') + "\nr3c1|r3c2\n");
     ASSERT_TRUE(file.table.getFieldList());

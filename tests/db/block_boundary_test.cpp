@@ -339,7 +339,7 @@ TEST(BlockBoundaryXBase, FileMayEndAtAnyByteAroundABlock)
     }
 }
 
-TEST(BlockBoundaryXBase, CutDeletedRecordAroundABlockIsTrueOnce)
+TEST(BlockBoundaryXBase, CutDeletedRecordAroundABlockReturnsTrueOnce)
 {
     const std::string bytes = recordsOver(block + 100).bytes();
     const std::size_t record = (block - xBaseHeader) / xBaseRecord;

@@ -63,7 +63,7 @@ std::string header(std::size_t position)
 
 }  // namespace
 
-TEST(DamagedMem, UnbentFileIsListedWithItsLastLineRepeated)
+TEST(DamagedMem, UndamagedFileIsListedWithItsLastLineRepeated)
 {
     EXPECT_EQ(114U, valid.size());
     EXPECT_EQ(textLine + numberLine + dayLine + dayLine, listingOf(valid));

@@ -97,7 +97,7 @@ TYPED_TEST_SUITE(DamagedText, TextTables, TextNames);
 
 // Positional files
 
-TYPED_TEST(DamagedPositional, UnbentFileIsReadWhole)
+TYPED_TEST(DamagedPositional, UndamagedFileIsReadWhole)
 {
     Opened<TypeParam> file(twoLines);
     defineColumns(file.table);
@@ -227,7 +227,7 @@ TYPED_TEST(DamagedPositional, RepeatedNumberIsAColumnWithoutWidth)
 
 // Delimited files
 
-TEST(DamagedDelimited, UnbentFileIsReadWhole)
+TEST(DamagedDelimited, UndamagedFileIsReadWhole)
 {
     Opened<DelimitedTable> file(delimited);
     ASSERT_TRUE(file.table.getFieldList());
@@ -341,7 +341,7 @@ TEST(DamagedDelimited, ByteOrderMarkStaysInTheFirstName)
 
 // All text files
 
-TYPED_TEST(DamagedText, LinesAtBelowAndOverTheBuffer)
+TYPED_TEST(DamagedText, LinesShorterThanTheBufferAsLongAndLonger)
 {
     for (const std::size_t recordLength : {2U, 16U, 255U, 256U, 1000U}) {
         for (const std::size_t length : {recordLength - 2, recordLength - 1, recordLength}) {
@@ -356,7 +356,7 @@ TYPED_TEST(DamagedText, LinesAtBelowAndOverTheBuffer)
     }
 }
 
-TYPED_TEST(DamagedText, LastLineWithoutANewlineAtBelowAndOverTheBuffer)
+TYPED_TEST(DamagedText, LastLineWithoutANewlineShorterThanTheBufferAsLongAndLonger)
 {
     for (const std::size_t length : {14U, 15U, 16U}) {
         Opened<TypeParam> file(lettersOf(length));
@@ -406,7 +406,7 @@ TYPED_TEST(DamagedText, DirectoryOpensAndReadsNothing)
     EXPECT_TRUE(table.close());
 }
 
-TYPED_TEST(DamagedText, PipeIsReadLineByLineWithoutAMove)
+TYPED_TEST(DamagedText, PipeIsReadLineByLineWithoutASeek)
 {
     const ScopedDirectory directory;
     TypeParam table;
@@ -417,7 +417,7 @@ TYPED_TEST(DamagedText, PipeIsReadLineByLineWithoutAMove)
     EXPECT_EQ((Rows{{"r1"}, {"r2"}, {"r3"}}), rowsOf(table));
 }
 
-TYPED_TEST(DamagedText, PipeCannotBeMovedAndTheFetchAfterIsFalse)
+TYPED_TEST(DamagedText, SeekInAPipeFailsAndTheNextFetchReturnsFalse)
 {
     const ScopedDirectory directory;
     TypeParam table;

@@ -119,7 +119,7 @@ const char* const assertion = "^src/db/filetable: extractContent: Assertion `tmp
 
 }  // namespace
 
-TEST(DamagedXBase, UnbentTableIsReadWhole)
+TEST(DamagedXBase, UndamagedTableIsReadWhole)
 {
     EXPECT_EQ(headerSize + 3 * recordSize + 1, valid().bytes().size());
     EXPECT_EQ(validRows, rowsFrom(valid().bytes()));
@@ -451,7 +451,7 @@ TEST(DamagedXBase, EndMarkInTheMiddleEndsNothing)
     EXPECT_EQ(validRows, rowsFrom(bytes));
 }
 
-TEST(DamagedXBase, BytesAfterTheEndMarkAreARecordWhereTheySuffice)
+TEST(DamagedXBase, BytesAfterTheEndMarkAreARecordIfTheySuffice)
 {
     Opened<xBaseTable> file("");
     for (std::size_t more = 0; more <= recordSize; ++more) {
@@ -466,7 +466,7 @@ TEST(DamagedXBase, BytesAfterTheEndMarkAreARecordWhereTheySuffice)
 
 // Descriptors
 
-TEST(DamagedXBase, NameOfElevenBytesEndsWithItsPlace)
+TEST(DamagedXBase, NameOfElevenBytesEndsWithItsField)
 {
     DbfBuilder builder({{"ABCDEFGHIJK", 'C', 2}, {"LMNOPQRSTUV", 'C', 2}});
     Opened<xBaseTable> file(builder.record({"r1", "v1"}).bytes());
@@ -610,7 +610,7 @@ TEST(DamagedXBase, PipeCannotBeRewoundAndHasNoHeader)
     EXPECT_FALSE(table.fetchRecord());
 }
 
-TEST(DamagedXBase, PipeIsReadRecordByRecordWithoutAMove)
+TEST(DamagedXBase, PipeIsReadRecordByRecordWithoutASeek)
 {
     const ScopedDirectory directory;
     kd_test::Fifo pipe(directory, "sample.dbf", valid().records() + " cut");

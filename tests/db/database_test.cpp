@@ -61,14 +61,14 @@ void expectDefaults(const Frame& frame)
     EXPECT_EQ("", frame.database);
 }
 
-TEST(Database, NewFrameHasTheDefaultSettingsAndNoTables)
+TEST(Database, NewObjectHasTheDefaultSettingsAndNoTables)
 {
     const Frame frame;
     expectDefaults(frame);
     EXPECT_TRUE(frame.tableList.empty());
 }
 
-TEST(Database, DeliberatelyANewFrameIsConnectedAndDisconnectedAtOnce)
+TEST(Database, DeliberatelyANewObjectIsConnectedAndDisconnectedAtTheSameTime)
 {
     const Frame frame;
     EXPECT_TRUE(frame.isConnected());
@@ -137,7 +137,7 @@ TEST(Database, UseDatabaseAndCreateDatabaseOnlyAssignTheName)
     EXPECT_EQ("anonymous", frame.user);
 }
 
-TEST(Database, LinkTableMakesATableWithItsNameAndTheDatabaseAsPath)
+TEST(Database, LinkTableCreatesATableWithItsNameAndTheDatabaseAsPath)
 {
     Frame frame;
     frame.database = "first";
@@ -154,7 +154,7 @@ TEST(Database, LinkTableMakesATableWithItsNameAndTheDatabaseAsPath)
     EXPECT_EQ(0U, one->Fields.size());
 }
 
-TEST(Database, LinkingANameTwiceMakesTwoTables)
+TEST(Database, LinkingANameTwiceCreatesTwoTables)
 {
     Frame frame;
     const DatabaseTable* first = frame.linkTable("same");
@@ -175,7 +175,7 @@ TEST(Database, ClearTableListClosesOnlyOpenTablesButDeletesEveryTable)
     EXPECT_TRUE(frame.tableList.empty());
 }
 
-TEST(Database, ClearTableListPassesOverNullPointers)
+TEST(Database, ClearTableListIgnoresNullPointers)
 {
     Log log;
     Frame frame;

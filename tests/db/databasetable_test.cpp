@@ -140,7 +140,7 @@ TEST(DatabaseTable, OpenPassesACopyOfTheNameToTheVirtualOpen)
     EXPECT_EQ((std::vector<std::string>{"parts", "forgotten"}), table.Opened);
 }
 
-TEST(DatabaseTable, DeletedThroughTheBaseEndsTheWholeTable)
+TEST(DatabaseTable, DeletionThroughTheBaseDestroysTheWholeTable)
 {
     bool ended = false;
     std::unique_ptr<DatabaseTable> table = std::make_unique<EndingTable>(ended);

@@ -49,7 +49,7 @@ class Navigation : public testing::TestWithParam<Move> {};
 
 }  // namespace
 
-TEST_P(Navigation, OfAClosedTableIsFalse)
+TEST_P(Navigation, OfAClosedTableReturnsFalse)
 {
     FileTable table;
     EXPECT_FALSE(GetParam().go(table));
@@ -91,7 +91,7 @@ TEST(FileTableNavigation, FullWalkCanBeRepeated)
     EXPECT_EQ(expected, rowsOf(file.table));
 }
 
-TEST(FileTableNavigation, LastRecordOfAShorterFileIsTrueAndLeavesTheStreamFailed)
+TEST(FileTableNavigation, LastRecordOfAShorterFileReturnsTrueAndLeavesTheStreamFailed)
 {
     Opened<FixedTable> file("12345");
     EXPECT_TRUE(file.table.lastRecord());
@@ -118,7 +118,7 @@ TEST(FileTableNavigation, LastRecordOfAFileOneByteLongerThanARecordIsItsFirstByt
     EXPECT_EQ(0, position(file.table));
 }
 
-TEST(FileTableNavigation, NextRecordAddsTheRecordLengthToWhereTheLastFetchEnded)
+TEST(FileTableNavigation, NextRecordAddsTheRecordLengthToTheEndOfTheLastFetch)
 {
     Opened<FixedTable> file(kd_test::lettersOf(100));
     addColumn(file.table, "part", 0, 5);
@@ -179,7 +179,7 @@ TEST(FileTableGoRecord, BinaryTableSeeksEvenWithNewlineRecords)
     EXPECT_EQ(8, position(file.table));
 }
 
-TEST(FileTableGoRecord, NumberWhosePositionNoFileHasIsTrueAndTheNextFetchFalse)
+TEST(FileTableGoRecord, NumberWhosePositionNoFileHasReturnsTrueAndTheNextFetchFalse)
 {
     struct Case {
         std::uint64_t Length;
@@ -200,7 +200,7 @@ TEST(FileTableGoRecord, NumberWhosePositionNoFileHasIsTrueAndTheNextFetchFalse)
     }
 }
 
-TEST(FileTableGoRecord, AfterTheLastLineIsTrueAndTheNextFetchFalse)
+TEST(FileTableGoRecord, AfterTheLastLineReturnsTrueAndTheNextFetchFalse)
 {
     Opened<FileTable> file("r1\nr2\n");
     EXPECT_TRUE(file.table.goRecord(3));

@@ -34,7 +34,7 @@ void defineByLine(FileTable& table, std::string line)
 
 // Fetching
 
-TEST(FileTableFetch, ClosedTableIsFalseWithoutAMessage)
+TEST(FileTableFetch, ClosedTableReturnsFalseWithoutAMessage)
 {
     FileTable table;
     bool fetched = true;
@@ -54,7 +54,7 @@ TEST(FileTableFetch, LinesBecomeValuesCutByTheColumns)
     EXPECT_EQ((Rows{{"r1c1", "r1c2xx2", "r1c3xxx3"}, {"r2c1", "r2c2xx2", "r2c3xxx3"}}), rowsOf(file.table));
 }
 
-TEST(FileTableFetch, EndOfFileIsFalseAndKeepsTheLastValues)
+TEST(FileTableFetch, EndOfFileReturnsFalseAndKeepsTheLastValues)
 {
     Opened<FileTable> file("one\n");
     addColumn(file.table, "word", 0, 3);
@@ -110,7 +110,7 @@ TEST(FileTableFetch, RecordLengthOneTakesOnlyEmptyLines)
     EXPECT_FALSE(file.table.fetchRecord());
 }
 
-TEST(FileTableFetch, RecordLengthZeroIsFalseForLinesAndForFixedRecords)
+TEST(FileTableFetch, RecordLengthZeroReturnsFalseForLinesAndForFixedRecords)
 {
     for (const int recordEnd : {10, 0}) {
         Opened<FileTable> file("one\ntwo\n");
@@ -132,7 +132,7 @@ TEST(FileTableFetch, AnyRecordEndButTenMeansFixedLengthRecords)
     }
 }
 
-TEST(FileTableFetch, CutFixedRecordIsFalseAndKeepsTheValues)
+TEST(FileTableFetch, CutFixedRecordReturnsFalseAndKeepsTheValues)
 {
     Opened<FixedTable> file("....... r1c1 r2");
     file.table.HeaderLength = 8;
@@ -316,7 +316,7 @@ TEST(FileTableExtractDeathTest, AssertionIsOneExactLine)
 
 // Column positions
 
-TEST(FileTableOffsets, ColumnStartsAtItsNumberAndIsAsWideAsTheDistanceBeforeIt)
+TEST(FileTableOffsets, ColumnStartsAtItsNumberAndItsWidthIsTheDistanceFromThePreviousOne)
 {
     FileTable table;
     std::string line = "5|12|20";

@@ -127,7 +127,7 @@ TEST(FileTableOpen, BuildsThePathFromDirectoryNameAndExtensionAndPrintsIt)
     EXPECT_EQ(0, position(table));
 }
 
-TEST(FileTableOpen, KeepsThePathAsItWas)
+TEST(FileTableOpen, KeepsThePath)
 {
     const ScopedDirectory directory;
     directory.write("data.txt", twoLines);
@@ -296,7 +296,7 @@ TEST(FileTableOpen, UnreadableFileIsReportedAfterTheTableLine)
     EXPECT_EQ("Table: " + directory.path() + "/secret.txt\nNo permission to read file\n", printed);
 }
 
-TEST(FileTableOpen, StreamThatCannotBeOpenedIsFalseWithoutAMessage)
+TEST(FileTableOpen, StreamThatCannotBeOpenedReturnsFalseWithoutAMessage)
 {
     // A socket exists and may be read, but it cannot be opened as a file.
     const ScopedDirectory directory;
@@ -312,7 +312,7 @@ TEST(FileTableOpen, StreamThatCannotBeOpenedIsFalseWithoutAMessage)
     EXPECT_EQ("before", table.Name);
 }
 
-TEST(FileTableOpen, OpenTableStaysOnItsFileWhateverIsAsked)
+TEST(FileTableOpen, OpenTableStaysOnItsFileWhateverTheName)
 {
     const ScopedDirectory directory;
     directory.write("one.txt", "first\n");
@@ -341,7 +341,7 @@ TEST(FileTableOpen, OpensForInputOnly)
     EXPECT_EQ(twoLines, kd_test::readFile(file.directory() + "/sample.txt"));
 }
 
-TEST(FileTableOpen, FailedOpenCanBeRepeatedOnceTheFileIsThere)
+TEST(FileTableOpen, FailedOpenCanBeRepeatedOnceTheFileExists)
 {
     const ScopedDirectory directory;
     FileTable table;
@@ -376,7 +376,7 @@ TEST(FileTableClose, ClearsTheStreamsState)
     EXPECT_TRUE(file.table.File.good());
 }
 
-TEST(FileTableClose, FailedCloseSetsTheFailFlagAndIsStillTrue)
+TEST(FileTableClose, FailedCloseSetsTheFailFlagAndStillReturnsTrue)
 {
     const ScopedDirectory directory;
     directory.write("data.txt", twoLines);
@@ -418,7 +418,7 @@ TEST(FileTableClose, DestructionClosesTheFile)
 
 // Header operations
 
-TEST(FileTableHeader, FieldListOfAClosedTableIsFalse)
+TEST(FileTableHeader, FieldListOfAClosedTableReturnsFalse)
 {
     FileTable table;
     EXPECT_FALSE(table.getFieldList());
@@ -446,7 +446,7 @@ TEST(FileTableHeader, FieldListGoesToByteZeroAndReturnsTheVirtualReadHeader)
     }
 }
 
-TEST(FileTableHeader, ReadHeaderOfAPositionalFileReadsNothingAndIsTrue)
+TEST(FileTableHeader, ReadHeaderOfAPositionalFileReadsNothingAndReturnsTrue)
 {
     Opened<FileTable> file(twoLines);
     EXPECT_TRUE(file.table.readHeader());
@@ -464,7 +464,7 @@ TEST(FileTableHeader, SkipHeaderGoesToByteZeroNotToTheFirstRecord)
     EXPECT_EQ(0, position(file.table));
 }
 
-TEST(FileTableHeader, SkipHeaderOfAClosedTableIsTrue)
+TEST(FileTableHeader, SkipHeaderOfAClosedTableReturnsTrue)
 {
     FileTable table;
     EXPECT_TRUE(table.skipHeader());

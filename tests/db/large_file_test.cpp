@@ -92,7 +92,7 @@ TEST_F(LargeFixed, NextRecordCrossesFourGiB)
     EXPECT_EQ(at(before + 1), position(Table));
 }
 
-TEST_F(LargeFixed, GoRecordAfterTheEndIsTrueAndTheFetchFalse)
+TEST_F(LargeFixed, GoRecordAfterTheEndReturnsTrueAndTheFetchFalse)
 {
     EXPECT_TRUE(Table.goRecord(lastRecord + 1));
     EXPECT_EQ(at(lastRecord + 1), position(Table));

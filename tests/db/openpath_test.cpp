@@ -90,7 +90,7 @@ TEST(OpenPath, TildeIsTheHomeDirectory)
     ::setenv("HOME", before.c_str(), 1);
 }
 
-TEST(OpenPath, FailureLeavesTheTableAsItWas)
+TEST(OpenPath, FailureLeavesTheTableUnchanged)
 {
     kd_lib::xBaseTable table("stock");
     table.Path = "data";

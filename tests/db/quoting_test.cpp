@@ -214,7 +214,7 @@ INSTANTIATE_TEST_SUITE_P(OtherTypes, PlainLiteral,
 
 // Literals that are not SQL values alone
 
-TEST_P(RawLiteral, IsWrittenAsItIs)
+TEST_P(RawLiteral, IsWrittenUnchanged)
 {
     EXPECT_EQ(GetParam().literal, literalOf(GetParam().type, GetParam().value));
 }
@@ -286,7 +286,7 @@ TEST_F(QuotingDatabase, CheckedNamesAreColumnNames)
     EXPECT_EQ("|r1c1", column(Db, "SELECT " + names + " FROM named"));
 }
 
-TEST_F(QuotingDatabase, DeliberatelyANumberGoesIntoAScriptUncheckedAndIsExecuted)
+TEST_F(QuotingDatabase, DeliberatelyANumberIsWrittenIntoAScriptUncheckedAndExecuted)
 {
     const kd_test::ScopedDirectory directory;
     directory.write("stock.dbf", kd_test::DbfBuilder({{"QTY", 'N', 26}}).record({"0);DROP TABLE precious;--"}).bytes());
@@ -298,7 +298,7 @@ TEST_F(QuotingDatabase, DeliberatelyANumberGoesIntoAScriptUncheckedAndIsExecuted
     EXPECT_EQ("0", first("SELECT qty AS v FROM stock"));
 }
 
-TEST_F(QuotingDatabase, BoundValuesArriveAsTheyAre)
+TEST_F(QuotingDatabase, BoundValuesArriveUnchanged)
 {
     ASSERT_TRUE(Db.prepare("INSERT INTO t VALUES (:v)"));
     ASSERT_TRUE(Db.bind(1, std::string("  O'Brien `\"; --  ")));

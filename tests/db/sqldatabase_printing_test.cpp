@@ -62,7 +62,7 @@ protected:
     FakeSqlDatabase Database;
 };
 
-TEST_F(SqlDatabasePrinting, HeaderPadsTheNamesAndRulesBelowAnEmptyLine)
+TEST_F(SqlDatabasePrinting, HeaderPadsTheNamesAndAddsARuleAfterAnEmptyLine)
 {
     Database.setResult({"a", "b"}, {});
     setLengths(Database, {5, 3});
@@ -100,7 +100,7 @@ TEST_F(SqlDatabasePrinting, HeaderKeepsANameLongerThanItsLength)
     EXPECT_EQ("surname\n\n----", captured([&] { Database.printHeader(); }).out);
 }
 
-TEST_F(SqlDatabasePrinting, HeaderOfNoColumnsIsNothing)
+TEST_F(SqlDatabasePrinting, HeaderOfNoColumnsIsEmpty)
 {
     bool answer = false;
     EXPECT_EQ("", captured([&] { answer = Database.printHeader(); }).out);
@@ -134,14 +134,14 @@ TEST_F(SqlDatabasePrinting, RowPadsAnEmptyValueOfLengthOneWithOneBlank)
     EXPECT_EQ("  \n", captured([&] { Database.processRow(); }).out);
 }
 
-TEST_F(SqlDatabasePrinting, RowOfNoColumnsIsNothing)
+TEST_F(SqlDatabasePrinting, RowOfNoColumnsIsEmpty)
 {
     bool answer = false;
     EXPECT_EQ("", captured([&] { answer = Database.processRow(); }).out);
     EXPECT_TRUE(answer);
 }
 
-TEST_F(SqlDatabasePrinting, RowPassesControlAndZeroBytesAsTheyAre)
+TEST_F(SqlDatabasePrinting, RowKeepsControlAndZeroBytes)
 {
     Database.setResult({"a"}, {});
     const std::string bytes("\x01\x1b[0m\0\xff", 7);
@@ -175,7 +175,7 @@ TEST_F(SqlDatabasePrinting, DeliberatelyPagingCountsValuesNotRows)
     }
 }
 
-TEST_F(SqlDatabasePrinting, MoreIsFirstAskedAfterTheNinthRowOfThreeColumns)
+TEST_F(SqlDatabasePrinting, MoreIsFirstCalledAfterTheNinthRowOfThreeColumns)
 {
     const auto rows = distinctRows(20, 3);
     Database.setResult({"a", "b", "c"}, rows);
@@ -186,7 +186,7 @@ TEST_F(SqlDatabasePrinting, MoreIsFirstAskedAfterTheNinthRowOfThreeColumns)
     EXPECT_TRUE(answer) << "also when stopped";
 }
 
-TEST_F(SqlDatabasePrinting, GoingOnRestartsTheCount)
+TEST_F(SqlDatabasePrinting, ContinuingRestartsTheCount)
 {
     const auto rows = distinctRows(30, 3);
     Database.setResult({"a", "b", "c"}, rows);
@@ -195,7 +195,7 @@ TEST_F(SqlDatabasePrinting, GoingOnRestartsTheCount)
     EXPECT_EQ(3U, result.asked);
 }
 
-TEST_F(SqlDatabasePrinting, EndOfInputGoesOn)
+TEST_F(SqlDatabasePrinting, EndOfInputContinues)
 {
     const auto rows = distinctRows(30, 3);
     Database.setResult({"a", "b", "c"}, rows);
@@ -229,7 +229,7 @@ TEST_F(SqlDatabasePrinting, DeliberatelyAllObjectsShareTheCount)
     EXPECT_EQ(1U, result.asked);
 }
 
-TEST_F(SqlDatabasePrinting, CountRunsOnFromOneResultToTheNext)
+TEST_F(SqlDatabasePrinting, CountContinuesFromOneResultToTheNext)
 {
     Database.setResult(Texts(25, "c"), distinctRows(1, 25));
     EXPECT_EQ(0U, paged({"q"}, [&] { EXPECT_TRUE(Database.queryResults()); }).asked);

@@ -168,7 +168,7 @@ Texts splitOneByOne(const std::string& script)
     return statements;
 }
 
-TEST(SqlDatabaseImport, RandomScriptsAreSplitAsOneCharacterAtATime)
+TEST(SqlDatabaseImport, RandomScriptsAreSplitAsIfReadOneCharacterAtATime)
 {
     std::mt19937 random(20240117);
     const std::string characters("';;##\n\n \t\rAb\"`\0\xff", 17);
@@ -374,7 +374,7 @@ TEST_F(SqlDatabaseSqliteImport, DeliberatelyASelectWithARowFails)
     EXPECT_EQ(0, Database.getRecords("t"));
 }
 
-TEST_F(SqlDatabaseSqliteImport, SelectWithoutARowPasses)
+TEST_F(SqlDatabaseSqliteImport, SelectWithoutARowSucceeds)
 {
     const Import import = importScript(Database, "CREATE TABLE t (a);\nSELECT a FROM t;\nINSERT INTO t VALUES (1);\n");
     EXPECT_FALSE(import.Answer);

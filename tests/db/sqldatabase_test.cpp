@@ -61,7 +61,7 @@ TEST(SqlDatabase, VirtualOperationsAreInTheirSlots)
     kd_test::expectSqlSlots<SqlDatabase>();
 }
 
-TEST(SqlDatabase, FrameOperationsThatAreNotOverriddenStayThoseOfTheFrame)
+TEST(SqlDatabase, OperationsThatAreNotOverriddenAreThoseOfTheBase)
 {
     FakeSqlDatabase database;
     database.engine = "e";
@@ -207,7 +207,7 @@ TEST(SqlDatabase, IsAttachedListsTheSchemasAgainAndLooksForTheWholeName)
     EXPECT_EQ((Texts{"main", "archive"}), database.databaseList);
 }
 
-TEST(SqlDatabase, IsAttachedIsFalseWhenTheListFails)
+TEST(SqlDatabase, IsAttachedReturnsFalseIfTheListFails)
 {
     FakeSqlDatabase database;
     database.Schemas = {"main"};
@@ -230,7 +230,7 @@ void PrintTo(const TypeText& type, std::ostream* out)
 
 class SqlDatabaseTypeText : public testing::TestWithParam<TypeText> {};
 
-TEST_P(SqlDatabaseTypeText, IsMappedByTheFirstRuleThatHolds)
+TEST_P(SqlDatabaseTypeText, IsMappedByTheFirstRuleThatApplies)
 {
     FakeSqlDatabase database;
     const FIELD_TYPE type = database.convertSql2FieldType(GetParam().Text);
@@ -327,7 +327,7 @@ TEST(SqlDatabaseCount, HasSixtyFourSignedBits)
     EXPECT_EQ(-12, database.getRecords("t"));
 }
 
-TEST(SqlDatabaseCount, IsZeroWhereNoCountCouldBeFetched)
+TEST(SqlDatabaseCount, IsZeroIfNoCountCouldBeFetched)
 {
     FakeSqlDatabase database;
     database.Columns = {"count"};

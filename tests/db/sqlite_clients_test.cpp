@@ -85,7 +85,7 @@ TableFields record(const std::vector<std::pair<std::string, std::string>>& value
 
 // Failures of steps that the library has not made
 
-TEST_F(SqliteClient, FailureOfAStepOfTheClientsIsReportedByFinalizeAlsoAfterAReportedOne)
+TEST_F(SqliteClient, FailureOfAClientsStepIsReportedByFinalizeEvenAfterAReportedOne)
 {
     for (const bool executed : {true, false}) {
         SCOPED_TRACE(executed);
@@ -101,7 +101,7 @@ TEST_F(SqliteClient, FailureOfAStepOfTheClientsIsReportedByFinalizeAlsoAfterARep
     }
 }
 
-TEST_F(SqliteClient, FailureOfAStepOfTheClientsIsReportedByResetAlsoAfterAReportedOne)
+TEST_F(SqliteClient, FailureOfAClientsStepIsReportedByResetEvenAfterAReportedOne)
 {
     printedBy([&] { EXPECT_FALSE(Database.execute(failingChange)); });
     ASSERT_TRUE(Database.prepare(failingQuery));
@@ -112,7 +112,7 @@ TEST_F(SqliteClient, FailureOfAStepOfTheClientsIsReportedByResetAlsoAfterAReport
     EXPECT_EQ(overflow, printedBy([&] { EXPECT_FALSE(Database.finalize()); }));
 }
 
-TEST_F(SqliteClient, FailureInsideAnOverrideIsReportedByFinalizeAlsoAfterAReportedOne)
+TEST_F(SqliteClient, FailureInsideAnOverrideIsReportedByFinalizeEvenAfterAReportedOne)
 {
     class Stepping : public SQLite3 {
     public:
@@ -161,7 +161,7 @@ TEST_F(SqliteKeptStatement, IsFinalisedOnceByDisconnect)
     EXPECT_EQ(1, timesFinalised());
 }
 
-TEST_F(SqliteKeptStatement, GoesOnAndIsReplacedLikeAnyOther)
+TEST_F(SqliteKeptStatement, ContinuesAndIsReplacedLikeAnyOther)
 {
     Database.statement = Kept;
     ASSERT_TRUE(Database.prepare("SELECT 2")) << "replaced without a step";
@@ -197,7 +197,7 @@ TEST_F(SqliteKeptStatement, ThatIsResetDoesNotPileUp)
 
 // Prepared records without a reason
 
-TEST_F(SqliteClient, PreparedRecordWithoutAConnectionIsFalseSilently)
+TEST_F(SqliteClient, PreparedRecordWithoutAConnectionFailsSilently)
 {
     SQLite3 database;
     const Console console = captured([&] { EXPECT_FALSE(database.preparedRecord(record({{":a", "1"}}))); });
@@ -205,7 +205,7 @@ TEST_F(SqliteClient, PreparedRecordWithoutAConnectionIsFalseSilently)
     EXPECT_EQ("", console.err);
 }
 
-TEST_F(SqliteClient, PreparedRecordWithoutAStatementIsFalseAndRepeatsNoOldReason)
+TEST_F(SqliteClient, PreparedRecordWithoutAStatementFailsAndRepeatsNoOldReason)
 {
     ASSERT_TRUE(Database.prepare("INSERT INTO t VALUES (:a, 2)"));
     EXPECT_EQ(outOfRange, printedBy([&] { EXPECT_FALSE(Database.bind(":other", "x")); }));

@@ -115,7 +115,7 @@ TEST_F(SqliteStatement, BindingOutsideTheParametersIsReported)
     }
 }
 
-TEST_F(SqliteStatement, BindNullOutsideTheParametersIsFalseSilently)
+TEST_F(SqliteStatement, BindNullOutsideTheParametersFailsSilently)
 {
     ASSERT_TRUE(Database.prepare("INSERT INTO t VALUES (?, ?)"));
     EXPECT_EQ("", printedBy([&] { EXPECT_FALSE(Database.bindNULL(3)); }));
@@ -217,7 +217,7 @@ TEST_F(SqliteStatement, EmptyRecordReturnsFalseSilently)
     EXPECT_EQ("", rows());
 }
 
-TEST_F(SqliteStatement, FieldWithoutItsParameterIsReportedAndPassedOver)
+TEST_F(SqliteStatement, FieldWithoutItsParameterIsReportedAndSkipped)
 {
     ASSERT_TRUE(Database.prepare("INSERT INTO t VALUES (:a, :b)"));
     EXPECT_EQ(outOfRange, printedBy([&] {
@@ -226,7 +226,7 @@ TEST_F(SqliteStatement, FieldWithoutItsParameterIsReportedAndPassedOver)
     EXPECT_EQ("'one',NULL\n", rows());
 }
 
-TEST_F(SqliteStatement, ParameterWithoutAFieldKeepsTheValueOfTheRecordBefore)
+TEST_F(SqliteStatement, ParameterWithoutAFieldKeepsTheValueOfThePreviousRecord)
 {
     ASSERT_TRUE(Database.prepare("INSERT INTO t VALUES (:a, :b)"));
     EXPECT_TRUE(Database.preparedRecord(record({{":a", "1"}, {":b", "kept"}})));
@@ -263,7 +263,7 @@ TEST_F(SqliteStatement, FailedRecordInATransactionRollsItBackAndKeepsTheReason)
     EXPECT_EQ("", rows());
 }
 
-TEST_F(SqliteStatement, FailedResetOfARecordIsReportedAndStillASuccess)
+TEST_F(SqliteStatement, FailedResetOfARecordIsReportedButTheRecordSucceeds)
 {
     ASSERT_TRUE(Database.prepare("INSERT INTO t VALUES (:a, 2)"));
     sqliteCalls.Answers["reset"] = {SQLITE_ERROR, 1};

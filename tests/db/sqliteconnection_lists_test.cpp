@@ -224,7 +224,7 @@ TEST_F(SqliteConnection, DeliberatelyColumnListDropsTheLinkedTablesAndKeepsTheLa
     EXPECT_EQ(2U, Database.resultRows);
 }
 
-TEST_F(SqliteConnection, ColumnListOfAMissingTableIsTrueWithoutValues)
+TEST_F(SqliteConnection, ColumnListOfAMissingTableReturnsTrueWithoutValues)
 {
     ASSERT_TRUE(Database.createDatabase(":memory:"));
     EXPECT_EQ("", printedBy([&] { EXPECT_TRUE(Database.getColumnList("none")); }));
@@ -232,7 +232,7 @@ TEST_F(SqliteConnection, ColumnListOfAMissingTableIsTrueWithoutValues)
     EXPECT_EQ("", Database.queryColumns.getData("name"));
 }
 
-TEST_F(SqliteConnection, ColumnListThatFailsIsFalseAndDropsTheLinkedTablesToo)
+TEST_F(SqliteConnection, ColumnListThatFailsReturnsFalseAndDropsTheLinkedTablesToo)
 {
     Database.linkTable("old");
     EXPECT_EQ("", printedBy([&] { EXPECT_FALSE(Database.getColumnList("t")); })) << "no connection";
@@ -331,7 +331,7 @@ TEST_F(SqliteConnection, EmptyFileIsAnEmptyDatabase)
     EXPECT_TRUE(Database.tableList.empty());
 }
 
-TEST_F(SqliteConnection, CutFileFailsWithOneLineAStatement)
+TEST_F(SqliteConnection, CutFileFailsWithOneLinePerStatement)
 {
     makeDatabase("x.db", "PRAGMA page_size = 512; CREATE TABLE t (a); WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL "
                          "SELECT i + 1 FROM n WHERE i < 500) INSERT INTO t SELECT 'value ' || i FROM n");

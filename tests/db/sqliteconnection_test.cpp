@@ -62,7 +62,7 @@ TEST(Sqlite3Object, IsDisconnectedAtFirstAndDisconnectReturnsTrue)
     EXPECT_EQ("", printedBy([&] { EXPECT_TRUE(database.disconnect()); }));
 }
 
-TEST(Sqlite3Object, ConnectOfTheFrameAssignsTheSettingsAndOpensNothing)
+TEST(Sqlite3Object, ConnectOfTheBaseAssignsTheSettingsAndOpensNothing)
 {
     SQLite3 database;
     EXPECT_TRUE(database.connect());
@@ -165,7 +165,7 @@ TEST_F(SqliteConnection, UseDatabaseOpensAnExistingFile)
     EXPECT_FALSE(sqliteCalls.Opens[0].NamesFileSystem);
 }
 
-TEST_F(SqliteConnection, CreateDatabaseMakesAMissingFile)
+TEST_F(SqliteConnection, CreateDatabaseCreatesAMissingFile)
 {
     EXPECT_TRUE(Database.createDatabase("new.db"));
     EXPECT_EQ("new.db", Database.database);
@@ -333,14 +333,14 @@ TEST_F(SqliteConnection, EncodingPragmaIsUnchangedAndIsFinalised)
     EXPECT_EQ(nullptr, Database.statement);
 }
 
-TEST_F(SqliteConnection, EncodingWithoutAConnectionFailsSilentlyAndTheOpenGoesOn)
+TEST_F(SqliteConnection, EncodingWithoutAConnectionFailsSilentlyAndTheOpenContinues)
 {
     EXPECT_EQ("", printedBy([&] { EXPECT_TRUE(Database.openDatabase("x.db", true, "'UTF-16le'")); }));
     EXPECT_EQ("UTF-8\n", bareQuery(Database.handle, "PRAGMA encoding"));
     EXPECT_EQ("", Database.errorText);
 }
 
-TEST_F(SqliteConnection, FailingEncodingPragmaIsReportedAndTheOpenGoesOn)
+TEST_F(SqliteConnection, FailingEncodingPragmaIsReportedAndTheOpenContinues)
 {
     ASSERT_TRUE(Database.createDatabase(":memory:"));
     EXPECT_EQ(failureLine(1, "near \"-\": syntax error"),
@@ -389,7 +389,7 @@ TEST_F(SqliteConnection, DisconnectWithoutAConnectionEmptiesDatabaseErrorAndResu
     EXPECT_EQ(0U, Database.queryColumns.size());
 }
 
-TEST_F(SqliteConnection, DisconnectKeepsSettingsAndLinkedTablesUnlikeTheFrame)
+TEST_F(SqliteConnection, DisconnectKeepsSettingsAndLinkedTablesUnlikeTheBase)
 {
     Database.connect("", "u", "p", "d");
     ASSERT_TRUE(Database.createDatabase("x.db"));
@@ -401,7 +401,7 @@ TEST_F(SqliteConnection, DisconnectKeepsSettingsAndLinkedTablesUnlikeTheFrame)
     EXPECT_EQ(Texts{"x.db:t"}, linkedTables());
 }
 
-TEST_F(SqliteConnection, DisconnectLosesAnOpenTransaction)
+TEST_F(SqliteConnection, DisconnectDiscardsAnOpenTransaction)
 {
     ASSERT_TRUE(Database.createDatabase("x.db"));
     Database.execute("CREATE TABLE t (a)");

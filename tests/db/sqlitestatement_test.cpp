@@ -146,7 +146,7 @@ TEST_F(SqliteStatement, ExecuteSetsResultRowsToTheChangedRows)
     EXPECT_EQ(0U, Database.resultRows);
 }
 
-TEST_F(SqliteStatement, StatementThatChangesNoRowsShowsTheChangesOfTheOneBefore)
+TEST_F(SqliteStatement, StatementThatChangesNoRowsShowsThePreviousChanges)
 {
     EXPECT_TRUE(Database.execute("INSERT INTO t VALUES (1, 'x'), (2, 'y')"));
     EXPECT_TRUE(Database.execute("CREATE TABLE u (a)"));
@@ -219,7 +219,7 @@ TEST_F(SqliteStatement, BusyIsNotRepeatedByExecute)
     EXPECT_EQ(nullptr, Database.statement);
 }
 
-TEST_F(SqliteStatement, FailedResetAfterExecuteIsReportedAndStillASuccess)
+TEST_F(SqliteStatement, FailedResetAfterExecuteIsReportedButExecuteSucceeds)
 {
     sqliteCalls.Answers["reset"] = {SQLITE_ERROR, 1};
     EXPECT_EQ(failureLine(101, "no more rows available"),
@@ -267,7 +267,7 @@ TEST_F(SqliteStatement, HalfReadStatementThatIsReplacedStaysOpenUntilDisconnect)
     EXPECT_EQ(1, timesFinalised(halfRead));
 }
 
-TEST_F(SqliteStatementLock, HalfReadStatementKeepsItsLockAlsoWhenReplaced)
+TEST_F(SqliteStatementLock, HalfReadStatementKeepsItsLockEvenWhenReplaced)
 {
     ASSERT_TRUE(Database.query("SELECT a FROM t"));
     ASSERT_TRUE(Database.fetchRow());
@@ -313,7 +313,7 @@ TEST_F(SqliteStatement, FailedResetIsReported)
     EXPECT_EQ(rowIsFailure, printedBy([&] { EXPECT_FALSE(Database.resetResults()); }));
 }
 
-TEST_F(SqliteStatement, ResetThatMeetsAReportedFailureIsFalseWithoutASecondLine)
+TEST_F(SqliteStatement, ResetAfterAReportedFailureReturnsFalseWithoutASecondLine)
 {
     ASSERT_TRUE(Database.query(failingQuery));
     EXPECT_EQ(overflow, printedBy([&] {
@@ -346,7 +346,7 @@ TEST_F(SqliteStatement, FinalizeLeavesTheResultAndTheErrorText)
     EXPECT_EQ("kept", Database.errorText);
 }
 
-TEST_F(SqliteStatement, FinalizeThatMeetsAReportedFailureIsFalseWithoutASecondLine)
+TEST_F(SqliteStatement, FinalizeAfterAReportedFailureReturnsFalseWithoutASecondLine)
 {
     ASSERT_TRUE(Database.query(failingQuery));
     EXPECT_EQ(overflow, printedBy([&] {
@@ -357,7 +357,7 @@ TEST_F(SqliteStatement, FinalizeThatMeetsAReportedFailureIsFalseWithoutASecondLi
     EXPECT_EQ(nullptr, Database.statement);
 }
 
-TEST_F(SqliteStatement, FinalizeReportsAFailureThatFetchRowPassedOverSilently)
+TEST_F(SqliteStatement, FinalizeReportsAFailureThatFetchRowDidNotReport)
 {
     bare("INSERT INTO t VALUES (1, 2)");
     ASSERT_TRUE(Database.query("INSERT INTO t VALUES (1, 3)"));
@@ -461,7 +461,7 @@ TEST_F(SqliteStatement, ResultWithoutRowsEndsWithResultRowsZero)
     EXPECT_EQ(0U, Database.resultRows);
 }
 
-TEST_F(SqliteStatement, NullIsFetchedAsTheEmptyTextAlsoOverAnOldValue)
+TEST_F(SqliteStatement, NullIsFetchedAsTheEmptyTextEvenOverAnOldValue)
 {
     ASSERT_TRUE(Database.query("SELECT 'full' AS x UNION ALL SELECT NULL"));
     ASSERT_TRUE(Database.fetchRow());

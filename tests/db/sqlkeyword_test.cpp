@@ -317,7 +317,7 @@ TEST(CheckReserved, QuotesReservedNamesAndLowersAll)
               checkedNames({"Order", "Price", "date", "CUSTOMER_ID"}));
 }
 
-TEST(CheckReserved, EveryNameComesBackLowerCase)
+TEST(CheckReserved, EveryNameBecomesLowerCase)
 {
     EXPECT_EQ((std::vector<std::string>{"\"select\"", "r1c1", "", "\"end-exec\""}),
               checkedNames({"SELECT", "R1C1", "", "End-Exec"}));
@@ -336,7 +336,7 @@ TEST(CheckReserved, NameInLowerCaseIsNotedInUpperCase)
     EXPECT_EQ(std::vector<std::string>{"\"order\""}, checkedNames({"order"}));
 }
 
-TEST(CheckReserved, PrintsNothingWithVerbosityOffAndRenamesAllTheSame)
+TEST(CheckReserved, PrintsNothingWithVerbosityOffButStillRenames)
 {
     std::vector<std::string> quiet;
     const kd_test::Console console = kd_test::captured([&quiet] { quiet = checkedNames({"Order", "Price", "date"}); });
@@ -426,7 +426,7 @@ TEST(VectorKey, PutsAShorterTextBeforeALongerOneThatBeginsWithIt)
     EXPECT_TRUE(before("", "A"));
 }
 
-TEST(VectorKey, EqualTextsSortNeitherWay)
+TEST(VectorKey, NeitherOfTwoEqualTextsSortsFirst)
 {
     const vector_key<std::string> before;
     EXPECT_FALSE(before("ABS", "ABS"));

@@ -336,7 +336,7 @@ TEST(OtherLiteral, EmptyValueGivesEmptyTextAndNotNull)
 
 // General
 
-TEST(ValueLiteral, LongValuesComeWhole)
+TEST(ValueLiteral, LongValuesAreWhole)
 {
     const std::string digits(100000, '7');
     expectLiteral(numberTypes, " " + digits + " ", digits);

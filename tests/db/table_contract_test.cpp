@@ -168,7 +168,7 @@ TYPED_TEST(TableContract, EndOfTheWalkKeepsTheLastRowAndStaysFalse)
     EXPECT_TRUE(this->table().File.fail());
 }
 
-TYPED_TEST(TableContract, AfterTheLastRecordThePositionIsTakenAndTheFetchFalse)
+TYPED_TEST(TableContract, GoRecordAfterTheLastRecordReturnsTrueAndTheFetchFalse)
 {
     EXPECT_TRUE(this->table().goRecord(TypeParam::firstRecord + 5));
     EXPECT_FALSE(this->table().fetchRecord());
@@ -196,7 +196,7 @@ TYPED_TEST(TableContract, ReopenedTableIsWalkedWithTheColumnsItHad)
     EXPECT_EQ(this->Expected, rowsOf(this->table()));
 }
 
-TYPED_TEST(TableContract, DefinedAgainTheColumnsAreThoseOfTheFile)
+TYPED_TEST(TableContract, ASecondDefinitionGivesTheColumnsOfTheFile)
 {
     this->table().defineFields();
     TypeParam::define(this->File.table);
@@ -219,7 +219,7 @@ TYPED_TEST(TableContract, TwoTablesOnOneFileDoNotDisturbEachOther)
     }
 }
 
-TYPED_TEST(TableContract, RootOfAllTablesLeadsToTheSameOperations)
+TYPED_TEST(TableContract, BaseClassLeadsToTheSameOperations)
 {
     kd_lib::DatabaseTable& root = this->table();
     EXPECT_TRUE(root.is_open());
@@ -261,7 +261,7 @@ TYPED_TEST(TableContract, OverriddenExtractContentSeesEveryRecord)
     }
 }
 
-TYPED_TEST(TableContract, WithoutTrimTheRowsAreTheSameWhereNoValueEndsWithABlank)
+TYPED_TEST(TableContract, WithoutTrimTheRowsAreTheSameIfNoValueEndsWithABlank)
 {
     this->table().Trim = false;
     EXPECT_EQ(this->Expected, rowsOf(this->table()));

@@ -105,7 +105,7 @@ using Superseded = Record;
 
 }  // namespace
 
-TYPED_TEST(TableOverride, KeepsItsRecordWhenItHandsOtherTextToTheBaseOperation)
+TYPED_TEST(TableOverride, KeepsItsRecordWhenItPassesOtherTextToTheBaseOperation)
 {
     class Padding : public TypeParam::Base {
     public:
@@ -184,7 +184,7 @@ TYPED_TEST(TableOverride, RecordMayBeTheValueOfAnyColumn)
     }
 }
 
-TYPED_TEST(TableOverride, WalkGoesOnAfterAnOverrideThatThrew)
+TYPED_TEST(TableOverride, WalkContinuesAfterAnOverrideThatThrew)
 {
     class Throwing : public TypeParam::Base {
     public:
@@ -203,7 +203,7 @@ TYPED_TEST(TableOverride, WalkGoesOnAfterAnOverrideThatThrew)
     EXPECT_EQ((Rows{fourRows[1], fourRows[2], fourRows[3]}), rowsOf(file.table));
 }
 
-TEST(FieldNamesOverride, KeepsItsLineWhenItHandsOtherTextToTheBaseOperationOrFetchesMore)
+TEST(FieldNamesOverride, KeepsItsLineWhenItPassesOtherTextToTheBaseOperationOrFetchesMore)
 {
     class Naming : public kd_lib::DelimitedTable {
     public:
@@ -227,7 +227,7 @@ TEST(FieldNamesOverride, KeepsItsLineWhenItHandsOtherTextToTheBaseOperationOrFet
     EXPECT_EQ("a first name", file.table.Fields.get(3UL)->Name);
 }
 
-TEST(IsOpenOverride, OpenAsksTheStreamFirstAndTheOverrideAfterwards)
+TEST(IsOpenOverride, OpenChecksTheStreamFirstAndCallsTheOverrideAfterwards)
 {
     class Claiming : public kd_lib::FileTable {
     public:
@@ -248,7 +248,7 @@ TEST(IsOpenOverride, OpenAsksTheStreamFirstAndTheOverrideAfterwards)
     EXPECT_TRUE(kd_test::openQuietly(denying, directory));
 }
 
-TEST(IsOpenOverride, CloseAsksTheOverride)
+TEST(IsOpenOverride, CloseCallsTheOverride)
 {
     class Claiming : public kd_lib::FileTable {
     public:

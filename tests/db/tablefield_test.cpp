@@ -105,14 +105,14 @@ TEST(TableField, HoldsNegativeNumbers)
     EXPECT_EQ(-3, field.Decimals);
 }
 
-TEST(TableField, GetLengthFollowsTheMember)
+TEST(TableField, GetLengthReturnsTheMember)
 {
     TableField field("r1c1");
     field.Length = 17;
     EXPECT_EQ(17, field.getLength());
 }
 
-TEST(TableField, CopyTakesTheValueAlong)
+TEST(TableField, CopyIncludesTheValue)
 {
     TableField field("price", kd_lib::DECIMAL_TYPE, 12, 10, 2, true);
     field.Value = "3.25";

@@ -212,7 +212,7 @@ TEST(TableFields, NamesAreEqualByteForByte)
     EXPECT_EQ(-1, fields.findNumber("names"));
 }
 
-TEST(TableFields, OfTwoColumnsNamedAlikeTheFirstIsFound)
+TEST(TableFields, TheFirstOfTwoColumnsOfOneNameIsFound)
 {
     TableFields fields;
     fields.add("other");
@@ -401,7 +401,7 @@ TEST(TableFields, AssignmentToItselfKeepsTheColumns)
     EXPECT_EQ("r1c1", fields.getData("id"));
 }
 
-TEST(TableFields, MoveTakesTheColumnsAlong)
+TEST(TableFields, MoveTransfersTheColumns)
 {
     TableFields fields = valuedFields();
     TableField* id = fields.get(0);
@@ -432,12 +432,12 @@ TEST(TableFields, MovedFromListIsEmptyAndUsable)
 
 // Memory
 
-TEST(TableFields, DestructionGivesTheColumnsBack)
+TEST(TableFields, DestructionFreesTheColumns)
 {
     EXPECT_GT(nothingKept, bytesKeptBy([] { const TableFields fields = largeFields(); }));
 }
 
-TEST(TableFields, ClearListGivesTheColumnsBack)
+TEST(TableFields, ClearListFreesTheColumns)
 {
     TableFields fields;
     EXPECT_GT(nothingKept, bytesKeptBy([&fields] {
@@ -447,7 +447,7 @@ TEST(TableFields, ClearListGivesTheColumnsBack)
               }));
 }
 
-TEST(TableFields, AssignmentGivesTheReplacedColumnsBack)
+TEST(TableFields, AssignmentFreesTheReplacedColumns)
 {
     const TableFields source = largeFields();
     TableFields target;
@@ -483,7 +483,7 @@ TEST(TableFieldsWalk, OfAnEmptyListEndsAtOnce)
     EXPECT_TRUE(fields.begin() == fields.end());
 }
 
-TEST(TableFieldsWalk, ServesTheStandardAlgorithms)
+TEST(TableFieldsWalk, WorksWithTheStandardAlgorithms)
 {
     TableFields fields;
     fields.add(std::string("a"));

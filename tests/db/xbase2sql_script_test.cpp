@@ -160,7 +160,7 @@ TEST(xBase2SqlConvert, WritesAllRecordsAfterAWholeWalk)
     EXPECT_EQ(expected, conversion.script());
 }
 
-TEST(xBase2SqlConvert, OpenThatReturnsTrueWithoutOpeningIsATableThatIsNotOpen)
+TEST(xBase2SqlConvert, OpenThatReturnsTrueWithoutOpeningLeavesTheTableClosed)
 {
     struct NeverOpen : kd_lib::xBase2Sql {
         using xBase2Sql::open;
@@ -251,7 +251,7 @@ TEST(xBase2SqlConvert, ClosesThroughTheVirtualClose)
     EXPECT_EQ(1, table.Closes);
 }
 
-TEST(xBase2SqlConvert, RecordsComeThroughTheVirtualFetchRecord)
+TEST(xBase2SqlConvert, RecordsAreReadByTheVirtualFetchRecord)
 {
     class TwoInvented : public xBase2Sql {
     public:
@@ -294,7 +294,7 @@ TEST(xBase2SqlConvert, WithoutNamesMayChangeEveryRecordHasTheNamesOfTheFirst)
     EXPECT_NE(std::string::npos, out.str().find(insert)) << out.str();
 }
 
-TEST(xBase2SqlConvert, EveryRecordIsWrittenWithTheNamesOfItsMoment)
+TEST(xBase2SqlConvert, EveryRecordIsWrittenWithTheCurrentNames)
 {
     class Renaming : public xBase2Sql {
     public:
@@ -449,7 +449,7 @@ TEST(xBase2SqlWriteScript, ExceptionOfTheStreamPassesAndNothingIsWrittenTwice)
     EXPECT_EQ(script, out.Text);
 }
 
-TEST(xBase2SqlWriteScript, ExceptionOfAValueGoesBeforeThatOfTheStream)
+TEST(xBase2SqlWriteScript, ExceptionOfAValueTakesPrecedenceOverThatOfTheStream)
 {
     DbfBuilder builder({{"D", 'D', 8}});
     builder.record({"20240315"}).record({"2024"});

@@ -61,7 +61,7 @@ TEST(xBase2Sql, DerivesFromTheReaderAndItsOwnOperationsAreNotVirtual)
 
 // The table's definition
 
-TEST(xBase2SqlCreateTable, GivesFiveLinesWithDropFirst)
+TEST(xBase2SqlCreateTable, HasFiveLinesWithDropFirst)
 {
     Conversion conversion("Customers", twoRecords());
     conversion.Table.Fields.CaseSensitive = true;

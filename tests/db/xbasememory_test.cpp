@@ -72,7 +72,7 @@ TEST(xBaseMemory, OpenAppendsTheExtensionMem)
     EXPECT_EQ("Table: " + directory.path() + "/settings.mem\n", console.out);
 }
 
-TEST(xBaseMemoryRead, ClosedFileIsFalseAndPrintsNothing)
+TEST(xBaseMemoryRead, ClosedFileReturnsFalseAndPrintsNothing)
 {
     xBaseMemory memory;
     bool read = true;
@@ -251,7 +251,7 @@ TEST(xBaseMemoryRead, LeavesTheFileOpen)
     EXPECT_TRUE(file.table.is_open());
 }
 
-TEST(xBaseMemoryWrite, OfAClosedFileDoesNothingAndIsTrue)
+TEST(xBaseMemoryWrite, OfAClosedFileDoesNothingAndReturnsTrue)
 {
     xBaseMemory memory("settings");
     bool written = false;
@@ -261,7 +261,7 @@ TEST(xBaseMemoryWrite, OfAClosedFileDoesNothingAndIsTrue)
     EXPECT_EQ("settings", memory.Name);
 }
 
-TEST(xBaseMemoryWrite, OfAnOpenFileDoesNothingAndIsTrue)
+TEST(xBaseMemoryWrite, OfAnOpenFileDoesNothingAndReturnsTrue)
 {
     Opened<xBaseMemory> file(oneText);
     file.table.File.seekg(7);

@@ -148,7 +148,7 @@ TEST(xBaseFetch, ByteE9InsideACharacterFieldArrivesAsABlank)
     EXPECT_EQ((Rows{{"Jos"}, {"J sx"}}), rowsOf(file.table));
 }
 
-TEST(xBaseFetch, DeletedRecordIsPassedOverAndTheValuesStay)
+TEST(xBaseFetch, DeletedRecordIsNotExtractedAndTheValuesStay)
 {
     Opened<xBaseTable> file(
         DbfBuilder({{"A", 'C', 4}}).record({"r1c1"}).deletedRecord({"r2c1"}).record({"r3c1"}).bytes());
@@ -188,7 +188,7 @@ TEST(xBaseFetch, OnlyTheStarMarksADeletedRecord)
     }
 }
 
-TEST(xBaseFetch, CutDeletedRecordIsTrueAlthoughTheStreamHasFailed)
+TEST(xBaseFetch, CutDeletedRecordReturnsTrueAlthoughTheStreamHasFailed)
 {
     const std::string bytes = DbfBuilder({{"A", 'C', 4}}).record({"r1c1"}).deletedRecord({"r2c1"}).bytes();
     Opened<xBaseTable> file(bytes.substr(0, 65 + 5 + 2));
@@ -201,7 +201,7 @@ TEST(xBaseFetch, CutDeletedRecordIsTrueAlthoughTheStreamHasFailed)
     EXPECT_FALSE(file.table.isDeleted());
 }
 
-TEST(xBaseFetch, ReadsPastTheLastRecordAreFalseAndKeepTheValues)
+TEST(xBaseFetch, ReadsPastTheLastRecordReturnFalseAndKeepTheValues)
 {
     Opened<xBaseTable> file(threeRecords());
     withHeader(file);
@@ -212,7 +212,7 @@ TEST(xBaseFetch, ReadsPastTheLastRecordAreFalseAndKeepTheValues)
     EXPECT_EQ((Row{"", "", ""}), rowOf(file.table));
 }
 
-TEST(xBaseFetch, RecordIsHandedToTheVirtualExtractContentWhole)
+TEST(xBaseFetch, RecordIsPassedWholeToTheVirtualExtractContent)
 {
     class Recorder : public xBaseTable {
     public:
@@ -280,7 +280,7 @@ TEST(xBaseShowHeader, ListsTheHeaderTheFieldsAndAnEmptyLine)
     EXPECT_EQ("", console.err);
 }
 
-TEST(xBaseShowHeader, TableNeverOpenedShowsItsStartValues)
+TEST(xBaseShowHeader, TableNeverOpenedShowsItsInitialValues)
 {
     xBaseTable table("stock");
     const Console console = captured([&] { table.showHeader(); });

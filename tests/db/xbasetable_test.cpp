@@ -147,7 +147,7 @@ TEST(xBaseHeader, DescriptorsGiveTypeLengthDecimalsAndFlag)
               console.out);
 }
 
-TEST(xBaseHeader, FieldIsIndexedOnlyWhereTheFlagByteIsOne)
+TEST(xBaseHeader, FieldIsIndexedOnlyIfTheFlagByteIsOne)
 {
     Opened<xBaseTable> file("");
     for (unsigned int flag = 0; flag < 256; ++flag) {
@@ -242,7 +242,7 @@ TEST(xBaseHeader, SecondReadRebuildsTheFieldListFromScratch)
     EXPECT_EQ(threeRows, rowsOf(file.table));
 }
 
-TEST(xBaseHeader, ClosedTableIsFalseSilentlyAndKeepsItsFields)
+TEST(xBaseHeader, ClosedTableReturnsFalseSilentlyAndKeepsItsFields)
 {
     Opened<xBaseTable> file(threeRecords());
     withHeader(file).table.close();
@@ -254,7 +254,7 @@ TEST(xBaseHeader, ClosedTableIsFalseSilentlyAndKeepsItsFields)
     EXPECT_FALSE(file.table.getFieldList());
 }
 
-TEST(xBaseHeader, EmptyFileIsFalseAndLeavesTheFieldListCleared)
+TEST(xBaseHeader, EmptyFileReturnsFalseAndLeavesTheFieldListCleared)
 {
     Opened<xBaseTable> file(threeRecords());
     withHeader(file);
@@ -311,7 +311,7 @@ TEST(xBaseHeader, EveryOtherByteIsAnUnknownType)
 
 // Positioning
 
-TEST(xBaseSkipHeader, ClosedTableIsFalseSilently)
+TEST(xBaseSkipHeader, ClosedTableReturnsFalseSilently)
 {
     xBaseTable table;
     bool skipped = true;
@@ -331,7 +331,7 @@ TEST(xBaseSkipHeader, GoesToTheHeaderLengthThroughTheSharedPosition)
     EXPECT_EQ(threeRows, rowsOf(file.table));
 }
 
-TEST(xBaseSkipHeader, PositionNoStreamCanHoldIsTrueAndLeavesTheStreamFailed)
+TEST(xBaseSkipHeader, PositionThatNoStreamCanHoldReturnsTrueAndLeavesTheStreamFailed)
 {
     Opened<xBaseTable> file(threeRecords());
     file.table.HeaderLength = ~std::uint64_t{0};
@@ -353,7 +353,7 @@ TEST(xBaseNavigation, RecordsAreReachedBySeeking)
     EXPECT_EQ(threeRows[1], rowOf(file.table));
 }
 
-TEST(xBaseNavigation, LastRecordCountsOnTheEndMark)
+TEST(xBaseNavigation, LastRecordAssumesAnEndMark)
 {
     Opened<xBaseTable> file(threeRecords());
     withHeader(file);
@@ -362,7 +362,7 @@ TEST(xBaseNavigation, LastRecordCountsOnTheEndMark)
     EXPECT_EQ(threeRows[2], rowOf(file.table));
 }
 
-TEST(xBaseNavigation, LastRecordEntersAFileWithoutTheEndMarkOneByteEarly)
+TEST(xBaseNavigation, LastRecordOfAFileWithoutTheEndMarkIsOneByteEarly)
 {
     DbfBuilder builder = threeColumns();
     builder.endMark = false;

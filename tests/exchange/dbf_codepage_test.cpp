@@ -62,12 +62,12 @@ TEST_F(DbfCodePages, LanguageByte)
     }
 }
 
-TEST_F(DbfCodePages, NothingIsSaidOfPlainText)
+TEST_F(DbfCodePages, PlainTextHasNoNote)
 {
     EXPECT_EQ(read(0x7F, "plain ~").Notes, Texts{});
 }
 
-TEST_F(DbfCodePages, SaidOnce)
+TEST_F(DbfCodePages, NotedOnce)
 {
     XbaseFile file(3, {{"A", 'C', 2}, {"B", 'C', 2}});
     file.record({"\xE4", "\xE5"}).record({"\xE4", "\xE5"});

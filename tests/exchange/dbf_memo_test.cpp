@@ -343,7 +343,7 @@ TEST_F(DbfMemos, NamedFile)
     EXPECT_NE(kd_test::failureOf(Folder.file("t.dbf"), Options), "");
 }
 
-TEST_F(DbfMemos, LeftOutWithoutAComplaint)
+TEST_F(DbfMemos, LeftOutWithoutANote)
 {
     XbaseFile file(0x83, {{"ID", 'N', 2}, {"NOTE", 'M', 10}, {"PIC", 'G', 10}, {"RAW", 'B', 10}});
     file.record({"1", digits(1), digits(2), digits(3)});
@@ -384,7 +384,7 @@ TEST_F(DbfMemos, DriverWhoseMemosCannotBeRead)
     EXPECT_EQ(one(0xE5, digits(1), "SixMemo", "smt"), "unreadable 1 N: memo files of the SIx driver cannot be read");
 }
 
-TEST_F(DbfMemos, TypesOfMemosAskedFor)
+TEST_F(DbfMemos, TypesThatTheOptionsGiveToMemos)
 {
     Options.Types = {{"N", "bytes"}};
     EXPECT_EQ(one(0x83, digits(1), memo3({"ab"})), "bytes 61 62");

@@ -399,7 +399,7 @@ TEST_F(DbfTypes, WideText)
               (Rows{{"1", "'" + std::string(1039, 'a') + "b'", "'" + std::string(300, 'c') + "'", "'12345678'"}}));
 }
 
-TEST_F(DbfTypes, DecimalsOfTextAreLeftOversWhereTheRecordSaysSo)
+TEST_F(DbfTypes, DecimalsOfTextHaveNoMeaningIfTheRecordLengthShowsIt)
 {
     XbaseFile narrow(3, {{"A", 'C', 8, 2}, {"B", 'C', 4, 7}});
     narrow.record({"abcdefgh", "wxyz"});
@@ -429,7 +429,7 @@ TEST_F(DbfTypes, ColumnsHaveTheirTypes)
     EXPECT_EQ(columns[3].SourceLength, 4U);
 }
 
-TEST_F(DbfTypes, TypesAskedFor)
+TEST_F(DbfTypes, TypesThatTheOptionsGive)
 {
     const auto as = [this](char letter, const std::string& bytes, const char* type, int version = 3) {
         SourceOptions options;

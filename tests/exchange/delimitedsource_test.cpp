@@ -143,7 +143,7 @@ TEST(DelimitedSource, RaggedRowsAreFlawsWithTheirLine)
     EXPECT_EQ(again.source.record().Flaws[0].Kind, FlawKind::RowTooLong);
 }
 
-TEST(DelimitedSource, AQuoteThatDoesNotEndAsItShould)
+TEST(DelimitedSource, AQuoteThatDoesNotEndCorrectly)
 {
     EXPECT_EQ(failureOf("a,b\n1,2\n\"3\n\"x,4\n"), "t.csv: record 2, byte 8: line 4: text after a closing quote");
     EXPECT_EQ(failureOf("a,b\n\"1\" ,2\n"), "t.csv: record 1, byte 4: line 2: text after a closing quote");
@@ -222,7 +222,7 @@ TEST(DelimitedSource, TheDelimiterByTheText)
               "the delimiter is assumed to be ',': none splits the first row into columns\n");
 }
 
-TEST(DelimitedSource, AHintWhereTheDelimiterIsAnotherOne)
+TEST(DelimitedSource, AHintIfTheDelimiterIsAnotherOne)
 {
     EXPECT_EQ(notesOf("a;b\n1;2\n"), "there is one column, a;b: the delimiter may be ';' instead of ','\n");
     EXPECT_EQ(notesOf("a,b\n1,2\n", {.Kind = SourceKind::Tsv}),
@@ -331,7 +331,7 @@ TEST(DelimitedSource, ZeroBytesAreCharacters)
     EXPECT_EQ(recordsOf(std::string("a,b\nx\0y,\0\n", 10)), std::string("1 <x\0y> <\0>\n", 12));
 }
 
-TEST(DelimitedSource, TypesThatAreAskedFor)
+TEST(DelimitedSource, TypesThatTheOptionsGive)
 {
     const std::string bytes = "n,d,b,t\n 007 ,2024-02-29,yes,x\n,\"\",,\nx,2023-02-29,maybe,y\n";
     const SourceOptions options = {.Types = {{"n", "number"}, {"d", "date"}, {"b", "boolean"}}};

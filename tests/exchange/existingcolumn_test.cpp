@@ -36,7 +36,7 @@ std::string fitted(Kind kind, std::uint32_t limit, const Cell& cell, Engine engi
 
 constexpr const char* moreDigits = "more digits than the column holds";
 
-TEST(ExistingColumnTest, ATextOfAtMostSoManyCharacters)
+TEST(ExistingColumnTest, ATextHasALimitOfCharacters)
 {
     EXPECT_EQ(fitted(Kind::Text, 3, Cell::text("abc")), "<abc>");
     EXPECT_EQ(fitted(Kind::Text, 3, Cell::text("abcd")), "longer than the column");
@@ -60,14 +60,14 @@ TEST(ExistingColumnTest, AWholeNumberLosesDecimalsThatAreZero)
     EXPECT_EQ(fitted(Kind::Whole, 0, Cell::number("12.50")), "a column of whole numbers does not hold decimals");
 }
 
-TEST(ExistingColumnTest, ADecimalHasAtMostSoManyDecimals)
+TEST(ExistingColumnTest, ADecimalHasALimitOfDecimals)
 {
     EXPECT_EQ(fitted(Kind::Decimal, 2, Cell::number("1.25")), "1.25");
     EXPECT_EQ(fitted(Kind::Decimal, 2, Cell::number("1.250")), "1.250");
     EXPECT_EQ(fitted(Kind::Decimal, 2, Cell::number("1.255")), moreDigits);
 }
 
-TEST(ExistingColumnTest, AFloatHasAboutSoManyDigits)
+TEST(ExistingColumnTest, AFloatHasALimitOfDigits)
 {
     EXPECT_EQ(fitted(Kind::Float, 6, Cell::number("123456")), "123456");
     EXPECT_EQ(fitted(Kind::Float, 6, Cell::number("1234567")), moreDigits);
@@ -119,7 +119,7 @@ TEST(ExistingColumnTest, AColumnOfDatesHoldsNoTime)
     EXPECT_EQ(fitted(Kind::Date, 0, Cell::date({2024, 2, 29})), "2024-02-29");
 }
 
-TEST(ExistingColumnTest, AMomentHasSoManyDigitsOfASecond)
+TEST(ExistingColumnTest, AMomentHasALimitOfDigitsOfASecond)
 {
     const char* const more = "more digits of the second than the column holds";
     const auto outcome = [](std::uint32_t limit, std::uint32_t milliseconds) {

@@ -78,7 +78,7 @@ TEST(FixedSource, TheClassicList)
     EXPECT_EQ(recordsOf("0001  oslo  -3.5\n", {.FixedColumns = "6:12"}), "1 <oslo> <-3.5>\n");
 }
 
-TEST(FixedSource, ListsThatAreNone)
+TEST(FixedSource, InvalidLists)
 {
     EXPECT_EQ(failureOf(""), "t.txt: text in fixed columns needs a list of its columns, such as name:1-8,town:9-24");
     for (const char* list :
@@ -94,7 +94,7 @@ TEST(FixedSource, ListsThatAreNone)
     }
 }
 
-TEST(FixedSource, BlanksAtTheEndGoTheOthersStay)
+TEST(FixedSource, BlanksAtTheEndAreRemovedTheOthersStay)
 {
     EXPECT_EQ(recordsOf("  a  b  x\n         \n", {.FixedColumns = twoColumns}), "1 <  a> <b  x>\n2 <> <>\n");
     EXPECT_EQ(recordsOf(std::string("a\0 \0 b\0\0\0\n", 10), {.FixedColumns = twoColumns}), "1 <a> <b>\n");

@@ -59,7 +59,7 @@ protected:
     const std::string New = Folder.file("new.db");
 };
 
-TEST_F(ImportScript, MakesADatabase)
+TEST_F(ImportScript, CreatesADatabase)
 {
     const ImportTally tally =
         importScript(script("CREATE TABLE t(n);\nINSERT INTO t VALUES (1);INSERT INTO t VALUES ('a;b') "), New);
@@ -69,7 +69,7 @@ TEST_F(ImportScript, MakesADatabase)
     EXPECT_EQ(entries(), (Values{"new.db", "old.db", "s.sql"}));
 }
 
-TEST_F(ImportScript, ANewDatabaseIsNotBroughtToTheDiskBitByBit)
+TEST_F(ImportScript, ANewDatabaseIsLockedAndNotSyncedByEachStatement)
 {
     const std::string ask = "CREATE TABLE s AS SELECT * FROM pragma_locking_mode, pragma_synchronous";
     importScript(script(ask), New);
@@ -110,7 +110,7 @@ TEST_F(ImportScript, RunsStatementsThatOtherReadersLose)
     EXPECT_EQ(database.values("SELECT `c;d` || [e;f] FROM \"a;b\""), Values{"lastit's"});
 }
 
-TEST_F(ImportScript, ScriptOfNothingMakesAnEmptyDatabase)
+TEST_F(ImportScript, EmptyScriptCreatesAnEmptyDatabase)
 {
     EXPECT_EQ(importScript(script("-- nothing\n;;"), New).Statements, 0U);
     EXPECT_EQ(Opened(New).values("SELECT count(*) FROM sqlite_master"), Values{"0"});
@@ -355,7 +355,7 @@ TEST_F(ImportScript, SymbolicLinksAreFollowed)
     EXPECT_EQ(Opened(Folder.file("second")).values("SELECT n FROM u"), (Values{"1", "2"}));
 }
 
-TEST_F(ImportScript, NamesThatSqliteWouldUnderstandOtherwise)
+TEST_F(ImportScript, NamesWithASpecialMeaningForSqlite)
 {
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(Folder.path());

@@ -313,7 +313,7 @@ TEST_F(InspectTest, MemoFilesCutEverywhere)
     }
 }
 
-TEST_F(InspectTest, StopsWhenAsked)
+TEST_F(InspectTest, StopsOnRequest)
 {
     std::stop_source stop;
     InspectOptions options;

@@ -150,7 +150,7 @@ TEST(MemSource, TextsInTheirCodePage)
     EXPECT_EQ(recordsOf(text("N", std::string("a\0b", 3)) + endMark), std::string("1 <N> <text> <a\0b>\n", 19));
 }
 
-TEST(MemSource, ValuesThatTheirTypeCannotBe)
+TEST(MemSource, ValuesThatAreInvalidForTheirType)
 {
     EXPECT_EQ(recordsOf(date("D", 1) + date("E", 2451544.5) + date("F", 5373485) + boolean("L", 2) +
                         number("N", std::numeric_limits<double>::quiet_NaN()) + endMark),

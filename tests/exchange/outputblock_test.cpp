@@ -24,7 +24,7 @@ protected:
 
 using Texts = std::vector<std::string>;
 
-TEST(OutputBlock, HandsOnWhenItIsFull)
+TEST(OutputBlock, IsWrittenWhenItIsFull)
 {
     Pieces out(8);
     out.write("12345");
@@ -37,7 +37,7 @@ TEST(OutputBlock, HandsOnWhenItIsFull)
     EXPECT_EQ(out.size(), 9U);
 }
 
-TEST(OutputBlock, LongTextsPassItBy)
+TEST(OutputBlock, LongTextsAreNotCopied)
 {
     Pieces out(8);
     out.write('a');
@@ -46,7 +46,7 @@ TEST(OutputBlock, LongTextsPassItBy)
     EXPECT_EQ(out.size(), 10U);
 }
 
-TEST(OutputBlock, GrowsForTheRoomAskedFor)
+TEST(OutputBlock, GrowsToTheReservedRoom)
 {
     Pieces out(8);
     out.write("ab");
@@ -68,7 +68,7 @@ TEST(OutputBlock, ForgetsDiscardedText)
     EXPECT_TRUE(out.Taken.empty());
 }
 
-TEST(OutputBlock, NothingIsHandedOnWithoutText)
+TEST(OutputBlock, NothingIsWrittenWithoutText)
 {
     Pieces out(8);
     out.flush();

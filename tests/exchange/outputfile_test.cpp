@@ -173,7 +173,7 @@ TEST_P(OutputFileTest, GivesNewFilesTheUsualMode)
     EXPECT_EQ(modeOf(path("a")), 0640U);
 }
 
-TEST_P(OutputFileTest, KeepsTheOwnerWherePermitted)
+TEST_P(OutputFileTest, KeepsTheOwnerIfPermitted)
 {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "needs root";
@@ -239,7 +239,7 @@ TEST_P(OutputFileTest, RefusesFilesThatMayNotBeWritten)
     EXPECT_EQ(readFile(path("a")), "old");
 }
 
-TEST_P(OutputFileTest, WritesPipesStraight)
+TEST_P(OutputFileTest, WritesPipesDirectly)
 {
     ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0);
     std::string got;
@@ -255,7 +255,7 @@ TEST_P(OutputFileTest, WritesPipesStraight)
     EXPECT_EQ(names(), Texts{"pipe"});
 }
 
-TEST_P(OutputFileTest, WritesStandardOutputStraight)
+TEST_P(OutputFileTest, WritesStandardOutputDirectly)
 {
     const auto console = kd_test::captured([] {
         put("-", "one ");
@@ -266,7 +266,7 @@ TEST_P(OutputFileTest, WritesStandardOutputStraight)
     EXPECT_EQ(console.out, "one two three four");
 }
 
-TEST_P(OutputFileTest, GoesOnWhereStandardOutputIs)
+TEST_P(OutputFileTest, ContinuesAtThePositionOfStandardOutput)
 {
     Folder.write("log", "before\n");
     const int descriptor = ::open(path("log").c_str(), O_WRONLY | O_APPEND);
@@ -294,7 +294,7 @@ TEST_P(OutputFileTest, LeavesOtherFiles)
     EXPECT_EQ(names(), temporary);
 }
 
-TEST_P(OutputFileTest, OfTwoWritersTheLastOneCounts)
+TEST_P(OutputFileTest, TheLastOfTwoWritersWins)
 {
     OutputFile first(path("a"));
     OutputFile second(path("a"));

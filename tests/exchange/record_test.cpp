@@ -91,7 +91,7 @@ TEST(RecordTest, ScaledNumbersAreExact)
     EXPECT_FALSE(OneCell(ColumnType::Number, Cell::null()).value().scaled(2));
 }
 
-TEST(RecordTest, ExactNumbersBecomeTheNextDouble)
+TEST(RecordTest, ExactNumbersBecomeTheNearestDouble)
 {
     EXPECT_EQ(OneCell(ColumnType::Number, Cell::number("0.1")).value().real(), 0.1);
     EXPECT_EQ(failure([] { OneCell(ColumnType::Number, Cell::number("1" + std::string(400, '0'))).value().real(); }),

@@ -89,7 +89,7 @@ TEST(RowChunksTest, ALongRowDoesNotKeepItsMemory)
     EXPECT_GE(chunks.text().capacity(), std::size_t{3} << 20) << "the memory of a usual chunk is used again";
 }
 
-TEST(RowChunksTest, AFailureOfSendingComesOut)
+TEST(RowChunksTest, AFailureOfSendingIsThrown)
 {
     RowChunks chunks([](const RowChunks::Chunk&) { throw std::runtime_error("refused"); });
     add(chunks, "a", 1);

@@ -220,7 +220,7 @@ TEST(RowText, FindsSpecialBytesWhereverTheyAre)
 }
 
 /// A plain record gets the same text by another path.
-TEST(RowText, PlainRecordsAreWrittenAlike)
+TEST(RowText, PlainRecordsAreWrittenInTheSameForm)
 {
     const std::string specials = "a\"',\\b";
     const TableLayout sqlite(dialectOf(Engine::Sqlite), "t.dbf", {columnOf("a", ColumnType::Text)}, {});
@@ -270,7 +270,7 @@ TEST(RowText, TextsOfOneEscapedCharacterAlone)
     }
 }
 
-TEST(RowText, LongTextsGoInPieces)
+TEST(RowText, LongTextsAreWrittenInPieces)
 {
     std::string from;
     std::string copied;

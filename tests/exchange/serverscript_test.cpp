@@ -39,7 +39,7 @@ TEST(ServerScript, StatementsEndAtSemicolons)
     }
 }
 
-TEST(ServerScript, BackslashesCountWhereTheSessionSaysSo)
+TEST(ServerScript, BackslashesCountIfTheSessionSaysSo)
 {
     EXPECT_EQ((Texts{"a 'x\\';b' c"}), statements("a 'x\\';b' c;", Engine::MySql, true));
     EXPECT_EQ((Texts{"a 'x\\'", "b"}), statements("a 'x\\';b;", Engine::MySql, false));
@@ -74,7 +74,7 @@ TEST(ServerScript, MysqlsCommentsAndDelimiters)
     EXPECT_THROW(statements("DELIMITER \n a;", Engine::MySql), Error);
 }
 
-TEST(ServerScript, RowsOfACopyAreHandedOutAsTheyAre)
+TEST(ServerScript, RowsOfACopyAreReturnedUnchanged)
 {
     const ScopedDirectory folder;
     std::string rows;

@@ -100,7 +100,7 @@ protected:
     std::vector<Reject> Rejects;
 };
 
-TEST_F(SqliteTargetTest, MakesDatabaseAndTable)
+TEST_F(SqliteTargetTest, CreatesDatabaseAndTable)
 {
     MemorySource source = people();
     const Tally tally = load(source);
@@ -122,7 +122,7 @@ TEST_F(SqliteTargetTest, KeyIsNumberedByTheDatabase)
     EXPECT_EQ(values("SELECT nr || ':' || id FROM people"), (Values{"1:7", "2:8"}));
 }
 
-TEST_F(SqliteTargetTest, StoresTheValuesAsStated)
+TEST_F(SqliteTargetTest, StoresTheValuesAsDocumented)
 {
     const double smallest = std::numeric_limits<double>::denorm_min();
     const std::vector<std::tuple<Column, Cell, std::string>> cases = {
@@ -185,7 +185,7 @@ TEST_F(SqliteTargetTest, ValuesThatDoNotFitAreUnreadable)
     EXPECT_EQ(Rejects.size(), 2U);
 }
 
-TEST_F(SqliteTargetTest, DigitsKeptAsTextAreNotedOnceAColumn)
+TEST_F(SqliteTargetTest, DigitsKeptAsTextAreNotedOncePerColumn)
 {
     const std::string digits = "12345678901234567.8";
     MemorySource source({column("A", ColumnType::Number, 20, 1), column("B", ColumnType::Number, 20, 1)},
@@ -227,7 +227,7 @@ TEST_F(SqliteTargetTest, TableThatExistsIsAnErrorAndStays)
     EXPECT_EQ(entries(), Values{"x.db"});
 }
 
-TEST_F(SqliteTargetTest, SecondTableGoesBesideTheFirst)
+TEST_F(SqliteTargetTest, SecondTableIsStoredNextToTheFirst)
 {
     Opened(Database).run("CREATE TABLE other(x); INSERT INTO other VALUES ('kept')");
     MemorySource source = people();
@@ -520,7 +520,7 @@ TEST_F(SqliteBatchTest, RolledBackTableOfManyPagesLeavesASoundDatabase)
     EXPECT_EQ(values("PRAGMA integrity_check"), Values{"ok"});
 }
 
-TEST_F(SqliteBatchTest, NewDatabaseWithoutATableIsNone)
+TEST_F(SqliteBatchTest, NewDatabaseWithoutATableDoesNotAppear)
 {
     SqliteBatch batch(Database);
     EXPECT_THROW(load(batch, "a", TableMode::Create, 1), Error);

@@ -139,7 +139,7 @@ TEST(SqlScriptTarget, OfSqliteFillsATableThatIsRenamed)
         "COMMIT;\n");
 }
 
-TEST(SqlScriptTarget, WithoutRecordsMakesTheTable)
+TEST(SqlScriptTarget, WithoutRecordsCreatesTheTable)
 {
     MemorySource source(columns, {}, "people.dbf");
     EXPECT_EQ(scriptOf(source, Engine::MySql).find("INSERT"), std::string::npos);
@@ -171,7 +171,7 @@ TEST(SqlScriptTarget, CutsRowsIntoStatements)
     EXPECT_LT(largeScript.find("INSERT", largeScript.find("INSERT") + 1), 450000U) << "a statement is of limited size";
 }
 
-TEST(SqlScriptTarget, SaysWhereTheRecordsWent)
+TEST(SqlScriptTarget, NamesTheDestinationOfTheRecords)
 {
     const kd_test::ScopedDirectory folder;
     MemorySource source({columnOf("", ColumnType::Text, 5)}, {}, "People.dbf");
@@ -238,7 +238,7 @@ protected:
 const Texts twoRows = {"1|'O''Brien'", "2|NULL"};
 constexpr const char* allRows = "SELECT quote(id), quote(name) FROM people ORDER BY rowid";
 
-TEST_F(SqliteScripts, MakeTheTable)
+TEST_F(SqliteScripts, CreateTheTable)
 {
     EXPECT_EQ(run(scriptOf(Engine::Sqlite)), Texts{});
     EXPECT_EQ(query(allRows), twoRows);
@@ -246,7 +246,7 @@ TEST_F(SqliteScripts, MakeTheTable)
               Texts{"people|CREATE TABLE \"people\" (\n    \"id\" integer,\n    \"name\" text\n)"});
 }
 
-TEST_F(SqliteScripts, LeaveATableThatIsThere)
+TEST_F(SqliteScripts, LeaveAnExistingTable)
 {
     run("CREATE TABLE People (id, name); INSERT INTO people VALUES (9, 'old');\n");
     EXPECT_EQ(run(scriptOf(Engine::Sqlite)).size(), 1U);

@@ -101,13 +101,13 @@ TEST(StatementReader, CommentsInsideStatementsStay)
     EXPECT_EQ(cut("a --; b"), (Cuts{{"a --; b", 1}}));
 }
 
-TEST(StatementReader, NumberSignCommentsGo)
+TEST(StatementReader, NumberSignCommentsAreRemoved)
 {
     EXPECT_EQ(cut("# don't; a\nb # c; 'd'\ne;#f"), (Cuts{{"b \ne;", 2}}));
     EXPECT_EQ(cut("a#b\nc;"), (Cuts{{"a\nc;", 1}}));
 }
 
-TEST(StatementReader, CommentsBeforeStatementsGo)
+TEST(StatementReader, CommentsBeforeStatementsAreRemoved)
 {
     EXPECT_EQ(cut("-- it's\n/* \"; */ a;-- b\n\n /**/\tc;"), (Cuts{{"a;", 2}, {"c;", 4}}));
 }
@@ -141,7 +141,7 @@ TEST(StatementReader, TriggersEndAfterTheEndOfTheirBody)
     }
 }
 
-TEST(StatementReader, OnlyCreateTriggerMakesATrigger)
+TEST(StatementReader, OnlyCreateTriggerBeginsATrigger)
 {
     for (const char* start : {"CREATE TABLE trigger(a", "CREATE \"TRIGGER\" a", "TRIGGER CREATE a", "CREATED TRIGGER a",
                               "CREATE TEMPO TRIGGER a", "DROP TRIGGER a", "EXPLAIN DROP TRIGGER a", "CREATE (TRIGGER a",
@@ -169,7 +169,7 @@ TEST(StatementReader, TriggerThatNeverEndsIsTheRest)
     EXPECT_EQ(cut("CREATE TRIGGER t BEGIN x; y;"), (Cuts{{"CREATE TRIGGER t BEGIN x; y;", 1}}));
 }
 
-TEST(StatementReader, ByteOrderMarkAtTheBeginningGoes)
+TEST(StatementReader, ByteOrderMarkAtTheBeginningIsRemoved)
 {
     EXPECT_EQ(cut("\xEF\xBB\xBF\nCREATE TRIGGER t BEGIN x; END;b"),
               (Cuts{{"CREATE TRIGGER t BEGIN x; END;", 2}, {"b", 2}}));

@@ -127,7 +127,7 @@ TEST(TableLayoutTypes, AreThoseOfTheDialect)
     }
 }
 
-TEST(TableLayoutTypes, MySqlTakesLongTextWhereTheRowWouldBeTooLong)
+TEST(TableLayoutTypes, MySqlGetsLongTextIfTheRowWouldBeTooLong)
 {
     const TableLayout layout(
         mySql, "a.dbf",
@@ -138,7 +138,7 @@ TEST(TableLayoutTypes, MySqlTakesLongTextWhereTheRowWouldBeTooLong)
     EXPECT_EQ(layout.columns()[2].Type, "varchar(400)");
 }
 
-TEST(TableLayoutTypes, MySqlTakesLongTextWhereThePageWouldBeTooShort)
+TEST(TableLayoutTypes, MySqlGetsLongTextIfThePageWouldBeTooShort)
 {
     const std::vector<Column> columns(33, column("a", ColumnType::Text, 63));
     const TableLayout layout(mySql, "a.dbf", columns, {});
@@ -167,7 +167,7 @@ TEST(TableLayoutNames, AreLowerCaseOfUnicode)
     EXPECT_EQ(namesIn(postgreSql, {"NAME"}, {{}, TableMode::Create, {}, NameCase::Keep}), Texts{"NAME"});
 }
 
-TEST(TableLayoutNames, ThatComeTwiceAreNumbered)
+TEST(TableLayoutNames, ThatAreRepeatedAreNumbered)
 {
     EXPECT_EQ(namesIn(sqlite, {"A", "a", "B", "A"}), (Texts{"a", "a_2", "b", "a_3"}));
     EXPECT_EQ(namesIn(sqlite, {"a", "A", "a_2"}), (Texts{"a", "a_3", "a_2"})) << "a name that is unique stays";
@@ -176,7 +176,7 @@ TEST(TableLayoutNames, ThatComeTwiceAreNumbered)
               (Texts{"\xC3\x84", "\xC3\xA4_2"}));
 }
 
-TEST(TableLayoutNames, ThatAreEmptyTakeTheirPlace)
+TEST(TableLayoutNames, ThatAreEmptyGetTheNumberOfTheirColumn)
 {
     EXPECT_EQ(namesIn(sqlite, {"", "a", ""}), (Texts{"column_1", "a", "column_3"}));
     EXPECT_EQ(namesIn(sqlite, {"column_2", ""}), (Texts{"column_2", "column_2_2"}));
@@ -191,7 +191,7 @@ TEST(TableLayoutNames, AreCutBetweenCharacters)
     EXPECT_EQ(namesIn(sqlite, {repeated("x", 300)}), Texts{repeated("x", 300)});
 }
 
-TEST(TableLayoutNames, AreCutWithRoomForWhatFollows)
+TEST(TableLayoutNames, AreCutWithRoomForASuffix)
 {
     const std::string longName(300, 'n');
     EXPECT_EQ(62U, dialectOf(Engine::MySql).cutName(longName, 2).size());
@@ -239,7 +239,7 @@ TEST(TableLayoutTable, IsNamedAfterTheFile)
     EXPECT_EQ(tableOf(sqlite, "People.DBF", "Taken.As Written"), "Taken.As Written");
 }
 
-TEST(TableLayoutTable, OfTheDatabaseItselfIsLeftAlone)
+TEST(TableLayoutTable, DoesNotTakeTheNameOfASystemTable)
 {
     EXPECT_EQ(tableOf(sqlite, "SQLITE_x.dbf"), "_sqlite_x");
     EXPECT_EQ(tableOf(sqlite, "a.dbf", "Sqlite_x"), "_Sqlite_x");
@@ -260,7 +260,7 @@ TEST(TableLayoutTable, OfMySqlIsAFileToo)
     EXPECT_EQ(namesIn(mySql, {ideographs(64)}), Texts{ideographs(64)}) << "columns are in no file name";
 }
 
-TEST(TableLayoutTable, HasAsManyColumnsAsTheDatabaseTakes)
+TEST(TableLayoutTable, HasAsManyColumnsAsTheDatabaseAccepts)
 {
     const auto fails = [](const Dialect& dialect, std::size_t count, const TableOptions& options = {}) {
         try {
@@ -279,7 +279,7 @@ TEST(TableLayoutTable, HasAsManyColumnsAsTheDatabaseTakes)
     EXPECT_EQ(fails(sqlite, 0), "a.csv: there are no columns to carry");
 }
 
-TEST(TableLayoutSql, MakesTheTable)
+TEST(TableLayoutSql, CreatesTheTable)
 {
     const std::vector<Column> columns = {column("ORDER", ColumnType::Text, 8), column("a\"b`", ColumnType::Number, 20)};
     EXPECT_EQ(TableLayout(sqlite, "t.dbf", columns, {}).createTable("t"),
@@ -414,7 +414,7 @@ TEST(TableLayoutFit, Texts)
     EXPECT_EQ(fitted(postgreSql, c3, Cell::null()), "");
 }
 
-TEST(TableLayoutFit, LooksAtPlainRecordsToo)
+TEST(TableLayoutFit, ChecksPlainRecordsToo)
 {
     const std::vector<Column> columns = {column("a", ColumnType::Text, 3), column("b", ColumnType::Number, 9)};
     TableLayout layout(postgreSql, "a.dbf", columns, {});

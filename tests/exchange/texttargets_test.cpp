@@ -65,7 +65,7 @@ TEST_F(CsvTargetTest, KeepsTheCaseOfNames)
     EXPECT_EQ(carried(NameCase::Keep), "ID,\"Na,me\",id_2\n1,\"a\"\"b\",0.5\n,\"\",\n");
 }
 
-TEST_F(JsonLinesTargetTest, WritesAnObjectALine)
+TEST_F(JsonLinesTargetTest, WritesOneObjectPerLine)
 {
     EXPECT_EQ(carried(), "{\"id\":1,\"na,me\":\"a\\\"b\",\"id_2\":0.5}\n{\"id\":null,\"na,me\":\"\",\"id_2\":null}\n");
 }

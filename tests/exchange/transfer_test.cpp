@@ -128,7 +128,7 @@ TEST(TransferTest, StopFailsWithThePlaceAndAbandons)
     EXPECT_EQ(run.Rejects[0].Action, RejectAction::Stop);
 }
 
-TEST(TransferTest, ReplacedBytesAreTheirOwnActionUnderEveryPolicy)
+TEST(TransferTest, ReplacedBytesAreASeparateActionUnderEveryPolicy)
 {
     for (const OnError policy : {OnError::Null, OnError::Stop, OnError::Skip}) {
         MemorySource source(twoColumns, {row("1", "Rome"), row("2", "x")});
@@ -178,7 +178,7 @@ TEST(TransferTest, AFailureOfEitherSideAbandons)
     EXPECT_EQ(target.Calls.back(), "abandon");
 }
 
-TEST(TransferTest, StopsWhenAsked)
+TEST(TransferTest, StopsOnRequest)
 {
     MemorySource source(twoColumns, std::vector<MemorySource::Row>(1000, row("1", "Rome")));
     std::stop_source stop;

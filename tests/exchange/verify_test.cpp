@@ -218,7 +218,7 @@ TEST(Verify, DoublesAgreeBitByBit)
     EXPECT_FALSE(agree(real, Cell::real(infinity), Cell::real(-infinity)));
 }
 
-TEST(Verify, NotANumberAgreesWithItselfWhereTheTargetHoldsIt)
+TEST(Verify, NotANumberAgreesWithItselfIfTheTargetHoldsIt)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const std::vector<Column> columns = {column("C", ColumnType::Float)};
@@ -306,7 +306,7 @@ TEST(Verify, SkippedRecordsAreNotExpected)
     EXPECT_EQ(found.Records, 1U);
 }
 
-TEST(Verify, LongValuesAreShownWhereTheyDiffer)
+TEST(Verify, LongValuesAreShownAroundTheDifference)
 {
     const std::string common(1000, 'x');
     const Verification found = compare({column("C", ColumnType::Text)}, {{{Cell::text(common + "one")}, {}}},

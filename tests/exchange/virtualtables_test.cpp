@@ -393,7 +393,7 @@ TEST_F(VirtualTables, ArgumentsLoseOnlyQuotes)
     EXPECT_EQ(connection.rows("SELECT a FROM u WHERE a IS NOT NULL"), Values{"NaN"});
 }
 
-TEST_F(VirtualTables, ArgumentsThatMakeNoSenseAreErrors)
+TEST_F(VirtualTables, InvalidArgumentsAreErrors)
 {
     const std::string file = numbers(1);
     const std::vector<std::pair<std::string, std::string>> cases = {

@@ -61,7 +61,7 @@ class NoDatabaseTest(support.FaultTest):
 class CutDatabaseTest(support.FaultTest):
     """A truncated database of some 300 pages: the program always ends with one of its exit statuses."""
 
-    def test_a_cut_database_ends_in_an_answer(self):
+    def test_a_cut_database_gives_a_result_or_an_error(self):
         kd_db("load", self.table, "--into", self.new_database)
         whole = self.new_database.read_bytes()
         cut = self.folder / "data" / "cut.db"
@@ -123,7 +123,7 @@ class LargeScriptTest(support.FaultTest):
         self.assertIn(b"statement 2, line 2", done.stderr)
         self.assertIsNone(support.rows_in(self.database, "t"))
 
-    def test_a_million_empty_statements_are_passed_over(self):
+    def test_a_million_empty_statements_are_skipped(self):
         self.script.write_text(";\n" * 1_000_000)
         done = kd_db(*self.works()["import"])
         self.assertEqual(done.returncode, 0, done.stderr)

@@ -35,7 +35,7 @@ class DiskFullTest(support.FaultTest):
                 self.assertEqual(sorted(file.name for file in disk.iterdir()), ["input.dbf", "kept.db"])
                 self.assertEqual(support.content(disk / "kept.db"), kept)
 
-    def test_results_that_go_nowhere_are_an_error(self):
+    def test_results_that_cannot_be_written_are_an_error(self):
         for arguments in (("list", self.table), ("show", self.table), ("query", self.database, "SELECT * FROM kept"),
                           ("script", self.table)):
             with self.subTest(arguments[0]), open("/dev/full", "wb") as full:

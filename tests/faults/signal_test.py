@@ -117,7 +117,7 @@ class EndingSignalTest(support.FaultTest):
         self.assertEqual(child.returncode, 128 + number, errors)
         self.assertNotIn(b"kd_db: ", errors)
 
-    def test_the_work_is_taken_back(self):
+    def test_the_work_is_undone(self):
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             for name, arguments in self.works().items():
                 with self.subTest(name, signal=number), self.unchanged():

@@ -74,7 +74,7 @@ class BentTables(ProgramTest):
                 self.assertEqual((result.code, result.out), (1, ''))
                 self.assertEqual(self.files(), ['a.dbf'])
 
-    def test_cut_record_ends_the_command_when_asked(self):
+    def test_cut_record_ends_the_command_on_request(self):
         write('a.dbf', BENT_RECORDS['cut in a record'][0])
         result = self.run_program('load', 'a.dbf', '--into', 'a.db', '--on-error', 'stop')
         self.assertEqual(result.code, 1)
@@ -112,7 +112,7 @@ class BentTexts(ProgramTest):
                     self.assertEqual(self.files(), [name])
                 os.remove(name)
 
-    def test_columns_that_make_no_sense(self):
+    def test_invalid_columns(self):
         sample('parts.txt')
         for columns in ['x', '5|12a', '-5', '99999999999999999999', '12|5', 'a:5-3', 'a:0-3', 'a:1-99999999999999']:
             with self.subTest(columns):

@@ -60,7 +60,7 @@ class Offers(ProgramTest):
         self.check_names(['list', 'members.dbf', '--type', 'F'], ['FEE='])
         self.check_names(['list', 'none.dbf', '--select', ''], [])
 
-    def test_columns_as_the_options_before_have_them(self):
+    def test_columns_after_the_options_before_them(self):
         sample('parts.txt')
         write('a', 'x;y\n1;2\n')
         self.check_names(['list', 'parts.txt', '--columns', 'kind:6-12,size:13-20', '--select', ''], ['kind', 'size'])

@@ -23,11 +23,11 @@ class Convert(ProgramTest):
         self.assertEqual(json_lines(result.out), [{'number': 7002, 'client': 102, 'placed': '2024-01-08',
                                                    'amount': 48.25}])
 
-    def test_names_keep_their_case_when_asked(self):
+    def test_names_keep_their_case_on_request(self):
         out = self.run_program('convert', 'orders.dbf', '--to', 'csv', '--names', 'keep').out
         self.assertTrue(out.startswith('NUMBER,CLIENT,PLACED,AMOUNT\n'))
 
-    def test_sqlite_script_makes_the_table(self):
+    def test_sqlite_script_creates_the_table(self):
         self.check(['convert', 'orders.dbf', '--to', 'sqlite', '-o', 'orders.sql'], '',
                    'orders.dbf: 4 records read, 0 left out, 4 stored in table orders\n')
         database = sqlite3.connect(':memory:')

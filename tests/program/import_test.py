@@ -99,11 +99,11 @@ class Import(ProgramTest):
         self.assertIn('/proc/self/mem: Input/output error', result.err)
         self.assertNotIn('new.db', self.files())
 
-    def test_standard_input_when_asked_for(self):
+    def test_standard_input_if_it_is_named(self):
         self.check(['import', '-', '--into', 'n.db', '-q'], stdin=b'CREATE TABLE t(n); INSERT INTO t VALUES (1)')
         self.assertEqual(self.values('n.db', 'SELECT n FROM t'), [1])
 
-    def test_database_that_is_none(self):
+    def test_file_that_is_not_a_database(self):
         write('x.db', 'no database at all, but long enough to be looked at: ' * 40)
         write('s.sql', TABLE)
         self.check_failure(['import', 's.sql', '--into', 'x.db'], 'x.db: file is not a database', NOTE.format('x.db'))

@@ -82,7 +82,7 @@ class List(ProgramTest):
         self.check_list(['A.DBF'], expected)
         self.check_list(['members', '--from', 'dbf'], expected)
 
-    def test_standard_input_is_read_when_it_is_asked_for(self):
+    def test_standard_input_is_read_if_it_is_named(self):
         self.check(['list', '-', '--from', 'csv', '-q'], 'x  y\n-  -\n1  2\n', stdin=b'x,y\n1,2\n')
         self.check(['list', '-', '--from', 'dbf', '-q'], self.run_program('list', sample('members.dbf'), '-q').out,
                    stdin=make_data.MEMBERS)

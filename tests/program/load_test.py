@@ -97,7 +97,7 @@ class ManyFiles(ProgramTest):
         super().setUp()
         sample('orders.dbf', 'cities.csv', 'members.dbf')
 
-    def test_a_line_a_table_and_a_summary(self):
+    def test_a_line_per_table_and_a_summary(self):
         self.check(['load', 'orders.dbf', 'cities.csv', '--into', 'a.db'], '',
                    'orders.dbf: 4 records read, 0 left out, 4 stored in table orders\n'
                    'cities.csv: 3 records read, 0 left out, 3 stored in table cities\n'
@@ -139,7 +139,7 @@ class ManyFiles(ProgramTest):
         self.assertEqual(result.code, 1)
         self.assertEqual(self.values('a.db', 'SELECT count(*) FROM orders'), [4])
 
-    def test_several_files_go_into_one_table_when_asked(self):
+    def test_several_files_go_into_one_table_on_request(self):
         write('one.csv', 'x\n1\n')
         write('two.csv', 'x\n2\n')
         self.run_program('load', 'one.csv', '--into', 'a.db', '--table', 't')
@@ -182,7 +182,7 @@ class AllOrNothing(ProgramTest):
         self.assertEqual(content('old.db'), before)
         self.assertEqual(self.files(), ['m.csv', 'old.csv', 'old.db'])
 
-    def test_targets_that_cannot_be(self):
+    def test_invalid_targets(self):
         sample('members.dbf')
         write('x.db', 'no database at all, but long enough to be looked at: ' * 40)
         os.mkdir('folder')

@@ -81,7 +81,7 @@ class Query(ProgramTest):
         self.assertEqual((result.code, result.out, result.err),
                          (1, 'n\n-\n1\n2\n', 'kd_db: m.db: integer overflow\n'))
 
-    def test_database_that_is_none(self):
+    def test_file_that_is_not_a_database(self):
         write('x.db', 'no database at all, but long enough to be looked at: ' * 40)
         self.check_failure(['query', 'x.db', 'SELECT 1 FROM t'],
                            'x.db: file is not a database; --from reads it as a table')

@@ -93,13 +93,13 @@ class Rejects(ProgramTest):
                 self.assertEqual(result.code, code)
                 self.assertEqual([line['action'] for line in json_lines(content('r').decode())], actions)
 
-    def test_file_of_rejects_is_made_when_there_are_none(self):
+    def test_file_of_rejects_is_created_without_rejects(self):
         write('good.csv', 'x\n1\n')
         write('r', 'old')
         self.assertEqual(self.run_program('load', 'good.csv', '--into', 'a.db', '--rejects', 'r').code, 0)
         self.assertEqual(content('r'), b'')
 
-    def test_file_of_rejects_that_cannot_be_made(self):
+    def test_file_of_rejects_that_cannot_be_created(self):
         self.check_failure(['load', 'bad.dbf', '--into', 'a.db', '--rejects', 'no/r'], 'no/r: No such file or directory')
         self.assertEqual(self.files(), ['bad.dbf'])
 

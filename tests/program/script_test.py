@@ -43,7 +43,7 @@ class Script(ProgramTest):
         key = 'nr INTEGER  PRIMARY KEY AUTOINCREMENT,\n'
         self.assertEqual(content('members.sql').decode(), MEMBERS_DEFINITION.format(key=key) + MEMBERS_RECORDS)
 
-    def test_script_before_is_replaced(self):
+    def test_existing_script_is_replaced(self):
         sample('members.dbf')
         write('members.sql', 'x' * 100000)
         self.check(['script', 'members.dbf', '--definition-only'], 'members.sql\n', 'Table: members.dbf\n')
@@ -56,7 +56,7 @@ class Script(ProgramTest):
         self.run_program('script', 'members.dbf')
         self.assertEqual(os.stat('members.sql').st_mode & 0o777, 0o640)
 
-    def test_script_keeps_the_rights_and_the_link_of_the_one_before(self):
+    def test_script_keeps_the_rights_and_the_link_of_the_existing_one(self):
         sample('members.dbf')
         write('real.sql', 'before')
         os.chmod('real.sql', 0o600)
@@ -67,7 +67,7 @@ class Script(ProgramTest):
         self.assertEqual(os.stat('real.sql').st_mode & 0o777, 0o600)
 
     @unittest.skipUnless(os.geteuid() == 0, 'only root gives files away')
-    def test_script_keeps_the_owner_of_the_one_before(self):
+    def test_script_keeps_the_owner_of_the_existing_one(self):
         sample('members.dbf')
         write('members.sql', 'before')
         os.chown('members.sql', 65534, 65534)
@@ -95,7 +95,7 @@ class Script(ProgramTest):
             with self.subTest(name):
                 self.check_failure(['script', name], f'{name}: {reason}')
 
-    def test_deleted_record_repeats_the_one_before_and_is_reported(self):
+    def test_deleted_record_repeats_the_previous_one_and_is_reported(self):
         sample('stock.dbf')
         self.check(['script', 'stock.dbf'], 'stock.sql\n',
                    'Table: stock.dbf\n'
@@ -108,7 +108,7 @@ class Script(ProgramTest):
                            'Table: d.dbf\n')
         self.assertEqual(os.listdir('.'), ['d.dbf'])
 
-    def test_script_before_stays_when_the_new_one_fails(self):
+    def test_existing_script_stays_when_the_new_one_fails(self):
         write('d.dbf', table([['2024']], [('DAY', 'D', 8, 0)]))
         write('d.sql', 'precious')
         self.assertEqual(self.run_program('script', 'd.dbf').code, 1)

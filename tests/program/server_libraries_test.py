@@ -43,13 +43,13 @@ class ServerLibraries(ProgramTest):
         self.assertIn('libkd_exchange', loaded)
         return result, set(CLIENTS.findall(loaded))
 
-    def test_the_program_is_linked_with_none(self):
+    def test_the_program_is_linked_with_no_server_library(self):
         linked = subprocess.run([PROGRAM], env={**os.environ, 'LD_TRACE_LOADED_OBJECTS': '1'}, stdout=subprocess.PIPE,
                                 check=True).stdout.decode()
         self.assertIn('libkd_exchange', linked)
         self.assertEqual(CLIENTS.findall(linked), [])
 
-    def test_work_without_a_server_opens_none(self):
+    def test_work_without_a_server_opens_no_server_library(self):
         for words in (['--version'], ['load', 'clients.dbf', '--into', 'a.db'],
                       ['convert', 'clients.dbf', '--to', 'postgresql']):
             with self.subTest(words=words):

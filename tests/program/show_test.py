@@ -67,7 +67,7 @@ class Show(ProgramTest):
 
 
 class Hints(ProgramTest):
-    def test_kind_that_is_not_known(self):
+    def test_unknown_kind(self):
         for name in ['noext', 'a.dat']:
             write(name, make_data.MEMBERS)
             self.check_usage(['list', name],

@@ -150,7 +150,7 @@ class Waiting(ProgramTest):
             self.assertEqual(process.wait(timeout=60), 128 + number)
             self.assertEqual(process.stderr.read(), b'')
 
-    def test_input_that_does_not_come(self):
+    def test_input_that_never_arrives(self):
         os.mkfifo('pipe')
         for number in [signal.SIGINT, signal.SIGTERM, signal.SIGHUP]:
             for arguments in [['load', '-', '--from', 'csv', '--table', 't', '--into', 'a.db'],
@@ -172,7 +172,7 @@ class Waiting(ProgramTest):
 
 
 class Ignored(ProgramTest):
-    def test_a_signal_that_was_ignored_stays_so(self):
+    def test_a_signal_that_was_ignored_stays_ignored(self):
         def ignore():
             signal.signal(signal.SIGHUP, signal.SIG_IGN)
         with started('import', '-', '--into', 'new.db', '-q', stdin=subprocess.PIPE, preexec_fn=ignore) as process:

@@ -98,7 +98,7 @@ class Looks(AtTerminal):
         terminal.read()
         self.assertEqual(terminal.process.wait(timeout=60), 0)
 
-    def test_colour_and_how_to_do_without(self):
+    def test_with_colour_and_without(self):
         sql = "SELECT NULL AS a, '' AS b"
         colored = {'NO_COLOR': ''}
         self.assertIn('\x1b[2mNULL\x1b[0m', self.shown('query', 'a.db', sql, environment=colored))
@@ -170,7 +170,7 @@ class Resizing(AtTerminal):
         for columns in [40, 200, 60, 80]:
             terminal.resize(columns)
 
-    def test_list_fits_the_width_of_the_moment_when_it_prints(self):
+    def test_list_fits_the_width_at_the_time_of_printing(self):
         for before, after in [(80, 200), (200, 80)]:
             with self.subTest(before):
                 terminal = self.start('list', '-', '--from', 'csv', '-q', columns=before, stdin=subprocess.PIPE)
@@ -183,7 +183,7 @@ class Resizing(AtTerminal):
                 longest = max(map(len, terminal.text.splitlines()))
                 self.assertEqual(longest, 80 if after == 80 else 122)
 
-    def test_list_and_query_of_many_rows_go_on_with_their_columns(self):
+    def test_list_and_query_of_many_rows_keep_their_columns(self):
         write('long.csv', 'a,b\n' + ''.join(f'{n},{n}\n' for n in range(30000)))
         for arguments in [['list', 'long.csv', '-q'], ['query', 'long.csv', 'SELECT * FROM long', '-q'],
                           ['query', 'a.db', NUMBERS.format(30000)]]:
@@ -252,7 +252,7 @@ class CtrlC(AtTerminal):
             terminal.wait_until_busy()
             self.check_ended(terminal)
 
-    def test_load_with_a_bar_takes_everything_back(self):
+    def test_load_with_a_bar_undoes_everything(self):
         before = self.files()
         terminal = self.load_with_a_bar()
         self.check_ended(terminal)

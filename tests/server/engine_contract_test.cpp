@@ -233,7 +233,7 @@ TYPED_TEST(EngineContract, ParametersByNumberAndByName)
     EXPECT_EQ("1|", this->rows("SELECT count(*) FROM t WHERE d IS NULL"));
 }
 
-TYPED_TEST(EngineContract, ParametersThatAreNotThereAreReported)
+TYPED_TEST(EngineContract, MissingParametersAreReported)
 {
     ASSERT_TRUE(this->database.prepare("SELECT :one"));
     const Console console = captured([this] {
@@ -411,7 +411,7 @@ TYPED_TEST(EngineContract, TheEndOfTheRowsEndsTheTransaction)
     this->database.disconnect();
 }
 
-TYPED_TEST(EngineContract, AResultThatIsLeftInTheMiddleHindersNothing)
+TYPED_TEST(EngineContract, AnUnfinishedResultDoesNotHinderTheNextStatement)
 {
     this->make();
     for (int i = 0; i < 20; ++i) {

@@ -61,12 +61,12 @@ class Scripts:
         return sorted((tuple(None if value is None else str(value) for value in row)
                        for row in self.database.rows(table)), key=repr)
 
-    def test_makes_the_table(self):
+    def test_creates_the_table(self):
         self.assertEqual(self.run_script(self.convert())[0], 0)
         self.assertEqual(self.rows(), ROWS)
         self.assertEqual(self.database.tables(), ['people'])
 
-    def test_leaves_a_table_that_is_there(self):
+    def test_leaves_an_existing_table(self):
         self.sql("CREATE TABLE people (id int, name varchar(30))")
         self.sql("INSERT INTO people VALUES (9, 'old')")
         status, says = self.run_script(self.convert())
@@ -135,7 +135,7 @@ class Scripts:
 class GoesOn:
     """A client that goes on after an error."""
 
-    def test_a_table_that_is_there_stays(self):
+    def test_an_existing_table_stays(self):
         self.sql("CREATE TABLE people (id int, name varchar(30))")
         self.sql("INSERT INTO people VALUES (9, 'old')")
         self.run_script(self.convert(), go_on=True)

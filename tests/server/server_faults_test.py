@@ -148,7 +148,7 @@ class OnServer:
     def test_no_server(self):
         self.assert_fails(self.load(uri=self.NOWHERE), '127.0.0.1')
 
-    def test_uris_that_make_no_sense(self):
+    def test_invalid_uris(self):
         scheme = self.uri.split(':')[0]
         for uri in (f'{scheme}://clerk:{SECRET.replace("/", "%zz")}@host/db', f'{scheme}://clerk:S3cret@host:port/db',
                     f'{scheme}://clerk:S3cret@host/db?nonsense=S3cret'):
@@ -259,7 +259,7 @@ class OnServer:
 
     # Names, encodings, settings
 
-    def test_names_as_long_as_the_server_takes_them(self):
+    def test_names_as_long_as_the_server_accepts(self):
         for length in (self.LONGEST, self.LONGEST + 1):
             name = 'n' * (length - 1) + str(length % 10)
             for mode in ((), ('--append',), ('--replace',)):
@@ -538,7 +538,7 @@ class MariaDBTest(OnServer, unittest.TestCase):
         finally:
             self.server.execute('SET GLOBAL local_infile = 1')
 
-    def test_inserts_where_the_server_takes_no_files(self):
+    def test_inserts_if_the_server_refuses_files(self):
         with self.without_local_infile():
             self.test_settings_that_get_in_the_way()
             self.execute('DROP TABLE people')
@@ -550,7 +550,7 @@ class MariaDBTest(OnServer, unittest.TestCase):
             self.assert_fails(self.load('--table', 'keyed', '--append'), 'record 123456', '123456')
             self.assertEqual(self.count('keyed'), 1)
 
-    def test_a_record_larger_than_the_server_takes(self):
+    def test_a_record_larger_than_the_server_accepts(self):
         csv = self.folder / 'big.csv'
         csv.write_text('t\nsmall\n' + 'x' * 3000000 + '\n')
         self.server.execute('SET GLOBAL max_allowed_packet = 1048576')

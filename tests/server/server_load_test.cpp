@@ -276,7 +276,7 @@ TYPED_TEST(ServerLoad, AReplacedTableIsExchangedWholeOrNotAtAll)
     }
 }
 
-TYPED_TEST(ServerLoad, ReplaceMakesATableThatWasNotThere)
+TYPED_TEST(ServerLoad, ReplaceCreatesAMissingTable)
 {
     std::vector<std::string> memory;
     MemorySource source({numberColumn("N"), textColumn("T")}, numbered(1, memory));
@@ -399,7 +399,7 @@ TYPED_TEST(ServerLoad, ManyRowsInSeveralChunksKeepTheirOrder)
     EXPECT_FALSE(table->next());
 }
 
-TYPED_TEST(ServerLoad, AnEmptySourceMakesAnEmptyTable)
+TYPED_TEST(ServerLoad, AnEmptySourceCreatesAnEmptyTable)
 {
     MemorySource source({numberColumn("N"), textColumn("T")});
     EXPECT_EQ(0U, this->load(source).Stored);
@@ -499,7 +499,7 @@ TYPED_TEST(ServerLoad, VerifyReportsTheFirstRecordOfEachColumn)
     EXPECT_EQ(9U, found.Rows);
 }
 
-TYPED_TEST(ServerLoad, ATableToReadThatIsNotThere)
+TYPED_TEST(ServerLoad, AMissingTableToRead)
 {
     EXPECT_THROW(TypeParam::server()->table("people", {"n"}), Error);
     this->execute("CREATE TABLE people (n INTEGER)");

@@ -41,7 +41,7 @@ def ended(pid):
 
 
 class EveryServer:
-    def test_a_killed_owner_takes_everything_along(self):
+    def test_a_killed_owner_ends_everything(self):
         owner, keeper, server, folders = owned(self.KIND)
         self.assertTrue(all(os.path.isdir(folder) for folder in folders))
         owner.kill()
@@ -73,7 +73,7 @@ class EveryServer:
             self.assertEqual(second.execute('SELECT v FROM held', 'mine'), [['2']])
             self.assertNotEqual(os.stat(f'/proc/{first.pid()}').st_uid, 0)
 
-    def test_a_server_that_cannot_start_says_why(self):
+    def test_a_server_that_cannot_start_gives_the_reason(self):
         with self.assertRaisesRegex(servers.ServerError, 'does not start(?s:.*)nonsense'):
             self.KIND(options=self.NONSENSE)
 

@@ -44,7 +44,7 @@ TEST(Blanks, SizesAreThoseOfTheRest)
     }
 }
 
-TEST(Blanks, ViewsLookAtNothingBesideTheirText)
+TEST(Blanks, ViewsReadNothingBesideTheirText)
 {
     constexpr std::size_t margin = 64;
     for (std::size_t size = 1; size <= 40; ++size) {

@@ -325,14 +325,14 @@ TEST(MoreFromAFile, LineBeginningWithQOrNStops)
     }
 }
 
-TEST(MoreFromAFile, AnyOtherLineGoesOn)
+TEST(MoreFromAFile, AnyOtherLineContinues)
 {
     for (const char* input : {"\n", " \n", "y\n", "yes\n", "anything\n", " q\n", "1\n", "y"}) {
         EXPECT_TRUE(moreWithInput(input).goesOn) << input;
     }
 }
 
-TEST(MoreFromAFile, EndOfInputGoesOn)
+TEST(MoreFromAFile, EndOfInputContinues)
 {
     EXPECT_TRUE(moreWithInput("").goesOn);
 }
@@ -355,7 +355,7 @@ TEST(MoreFromAFile, ReadsOneLinePerCall)
     EXPECT_EQ("+-+-++", answers);
 }
 
-TEST(MoreFromAFile, ReadsALineEvenWhereOutputIsATerminal)
+TEST(MoreFromAFile, ReadsALineEvenIfOutputIsATerminal)
 {
     const Terminal terminal;
     const kd_test::ScopedDirectory scratch;
@@ -367,13 +367,13 @@ TEST(MoreFromAFile, ReadsALineEvenWhereOutputIsATerminal)
 
 // more, with standard input and output both terminals
 
-TEST(MoreOnATerminal, EnterGoesOn)
+TEST(MoreOnATerminal, EnterContinues)
 {
     expectAfterKeys("\r", goesOnStatus);
     expectAfterKeys("\n", goesOnStatus);
 }
 
-TEST(MoreOnATerminal, BlankGoesOn)
+TEST(MoreOnATerminal, BlankContinues)
 {
     expectAfterKeys(" ", goesOnStatus);
 }
@@ -415,7 +415,7 @@ TEST(MoreOnATerminal, WaitsForAKeyWhateverTheTerminalWasSetTo)
 
 // more, with only standard input a terminal
 
-TEST(MoreWithOutputNoTerminal, GoesOnUnasked)
+TEST(MoreWithOutputNoTerminal, ContinuesWithoutAPrompt)
 {
     const Terminal terminal;
     const kd_test::ScopedDirectory scratch;

@@ -38,19 +38,19 @@ TEST(Constants, HaveTheirValues)
 
 // stringToLower, stringToUpper
 
-TEST(LetterCase, LowerTurnsTheUpperCaseLetters)
+TEST(LetterCase, LowerChangesTheUpperCaseLetters)
 {
     EXPECT_EQ("custname_1", stringToLower("CustNAME_1"));
     EXPECT_EQ("", stringToLower(""));
 }
 
-TEST(LetterCase, UpperTurnsTheLowerCaseLetters)
+TEST(LetterCase, UpperChangesTheLowerCaseLetters)
 {
     EXPECT_EQ("CUSTNAME_1", stringToUpper("CustName_1"));
     EXPECT_EQ("", stringToUpper(""));
 }
 
-TEST(LetterCase, TurnsTheLettersOfAsciiAndNoOtherByte)
+TEST(LetterCase, ChangesTheLettersOfAsciiAndNoOtherByte)
 {
     std::string lower = everyByte();
     std::string upper = everyByte();
@@ -72,7 +72,7 @@ TEST(LetterCase, LeavesTheArgument)
 
 // allTrim, rightTrim
 
-TEST(Trim, AllTrimTakesBlanksFromBothEnds)
+TEST(Trim, AllTrimRemovesBlanksFromBothEnds)
 {
     EXPECT_EQ("r1 c1", allTrim("  r1 c1   "));
     EXPECT_EQ("r1c1", allTrim("r1c1"));
@@ -114,7 +114,7 @@ TEST(Trim, OfBlanksAloneIsEmpty)
     EXPECT_EQ("", rightTrim(""));
 }
 
-TEST(Trim, TakesRunsOfEveryLength)
+TEST(Trim, RemovesRunsOfEveryLength)
 {
     for (std::size_t count = 0; count <= 40; ++count) {
         const std::string blanks(count, ' ');
@@ -246,7 +246,7 @@ TEST(InQuotes, CopiesEveryOtherByteUnchanged)
 
 // removeQuotes
 
-TEST(RemoveQuotes, TakesOneEnclosingPairOff)
+TEST(RemoveQuotes, RemovesOneEnclosingPair)
 {
     EXPECT_EQ("r1c1", removeQuotes("\"r1c1\""));
     EXPECT_EQ("r1c1", removeQuotes("'r1c1'"));
@@ -254,7 +254,7 @@ TEST(RemoveQuotes, TakesOneEnclosingPairOff)
     EXPECT_EQ("", removeQuotes("''"));
 }
 
-TEST(RemoveQuotes, TakesOnlyOnePair)
+TEST(RemoveQuotes, RemovesOnlyOnePair)
 {
     EXPECT_EQ("\"r1c1\"", removeQuotes("\"\"r1c1\"\""));
     EXPECT_EQ("'r1c1'", removeQuotes("\"'r1c1'\""));

@@ -6,7 +6,7 @@
 
 using namespace kd_lib::detail;
 
-TEST(Bytes, EverySizeIsCopiedWholeAndNothingBesideIt)
+TEST(Bytes, EverySizeIsCopiedWholeAndNothingAroundIt)
 {
     for (std::size_t size = 0; size <= 70; ++size) {
         std::string from;

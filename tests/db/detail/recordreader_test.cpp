@@ -69,7 +69,7 @@ public:
 
 }  // namespace
 
-TEST(RecordReader, ThousandMillionBytesOfLengthTakeNoMemoryOnAFileOfThreeLines)
+TEST(RecordReader, LengthOfABillionTakesNoMemoryForThreeLines)
 {
     EXPECT_GT(littleGrowth, growthBy([] {
                   Opened<FileTable> file("one\ntwo\nsix\n");
@@ -81,7 +81,7 @@ TEST(RecordReader, ThousandMillionBytesOfLengthTakeNoMemoryOnAFileOfThreeLines)
               }));
 }
 
-TEST(RecordReader, ThousandMillionBytesOfLengthTakeNoMemoryForAHeaderLine)
+TEST(RecordReader, LengthOfABillionTakesNoMemoryForAHeaderLine)
 {
     EXPECT_GT(littleGrowth, growthBy([] {
                   Opened<kd_lib::DelimitedTable> file("a|b\n1|2\n");
@@ -91,7 +91,7 @@ TEST(RecordReader, ThousandMillionBytesOfLengthTakeNoMemoryForAHeaderLine)
               }));
 }
 
-TEST(RecordReader, ThousandMillionBytesOfLengthTakeNoMemoryForFixedRecords)
+TEST(RecordReader, LengthOfABillionTakesNoMemoryForFixedRecords)
 {
     EXPECT_GT(littleGrowth, growthBy([] {
                   Opened<FileTable> file("one\ntwo\nsix\n");
@@ -106,7 +106,7 @@ TEST(RecordReader, ThousandMillionBytesOfLengthTakeNoMemoryForFixedRecords)
               }));
 }
 
-TEST(RecordReader, LengthThatNoTextHasThrowsLengthError)
+TEST(RecordReader, LengthThatNoTextCanHaveThrowsLengthError)
 {
     Opened<FileTable> file("one\ntwo\n");
     file.table.RecordLength = std::numeric_limits<std::uint64_t>::max();

@@ -56,7 +56,7 @@ TEST_F(SlicingTest, ANegativeOffsetThrows)
     EXPECT_THROW(sliceRecord(Fields, "abcdefg", false, "unit"), std::out_of_range);
 }
 
-TEST(SlicingDeathTest, AColumnThatTheRecordFillsInPartStopsTheProcess)
+TEST(SlicingDeathTest, AColumnThatTheRecordFillsOnlyInPartStopsTheProcess)
 {
     kd_lib::TableFields fields;
     addText(fields, "only", 0, 4);

@@ -21,7 +21,7 @@ TEST(SqliteCalls, AFreeDatabaseIsCalledOnce)
     EXPECT_EQ(callsWhenBusy(0), std::pair(SQLITE_DONE, 1));
 }
 
-TEST(SqliteCalls, ABusyOneIsCalledSixTimesInAll)
+TEST(SqliteCalls, ABusyDatabaseIsCalledSixTimesInAll)
 {
     EXPECT_EQ(callsWhenBusy(5), std::pair(SQLITE_DONE, 6));
     EXPECT_EQ(callsWhenBusy(6), std::pair(SQLITE_BUSY, 6));

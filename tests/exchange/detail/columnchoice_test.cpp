@@ -63,7 +63,7 @@ TEST(ColumnChoice, SelectedInTheirOrderByNameExactNameFirst)
     EXPECT_EQ(failure({.Select = {"ID", "town"}}), "a.dbf: there is no column town");
 }
 
-TEST(ColumnChoice, TypesThatWereAskedFor)
+TEST(ColumnChoice, TypesThatTheOptionsGive)
 {
     EXPECT_EQ(names({.Types = {{"id", "Text"}, {"Name", "date"}}}), "ID:text,name:text,Name:date");
     EXPECT_EQ(names({.Select = {"ID"}, .Types = {{"Name", "date"}}}), "ID:number");

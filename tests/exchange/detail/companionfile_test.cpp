@@ -45,7 +45,7 @@ TEST_F(CompanionFileTest, HasTheStemAndTheExtension)
     EXPECT_EQ(found("other.dbf", {"dbt"}), "none");
 }
 
-TEST_F(CompanionFileTest, IsOfTheFirstExtensionThatIsThere)
+TEST_F(CompanionFileTest, HasTheFirstExtensionThatExists)
 {
     make({"a.dbt", "a.fpt", "b.fpt"});
     EXPECT_EQ(found("a.dbf", {"fpt", "dbt"}), "a.fpt");
@@ -71,7 +71,7 @@ TEST_F(CompanionFileTest, AnEqualStemComesFirstThenTheCaseOfTheExtension)
     EXPECT_EQ(found("aB.dbf", {"dbt"}), "AB.dbt");
 }
 
-TEST_F(CompanionFileTest, CapitalsOfTheTableAreLikelyForItsCompanion)
+TEST_F(CompanionFileTest, CapitalsOfTheTableAreExpectedOfItsCompanion)
 {
     make({"t.dbt", "t.DBT", "u.DBT", "u.dBt"});
     EXPECT_EQ(found("t.DBF", {"dbt"}), "t.DBT");

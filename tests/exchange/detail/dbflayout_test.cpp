@@ -213,7 +213,7 @@ TEST(DbfLayoutTest, DecimalsOfTextsThatFillTheRecordAreLengths)
     EXPECT_EQ(lengthsOf({255}, 11 + 255 * 256), (Lengths{10 + 255 * 256}));
 }
 
-TEST(DbfLayoutTest, DecimalsOfTextsThatFillNothingAreLeftOvers)
+TEST(DbfLayoutTest, DecimalsOfTextsThatDoNotFillTheRecordHaveNoMeaning)
 {
     EXPECT_EQ(lengthsOf({1}, 11), (Lengths{10}));
     EXPECT_EQ(lengthsOf({2}, 11 + 256), (Lengths{10}));
@@ -222,7 +222,7 @@ TEST(DbfLayoutTest, DecimalsOfTextsThatFillNothingAreLeftOvers)
     EXPECT_EQ(lengthsOf({1, 2, 3}, 31 + 3 * 256), (Lengths{10, 10, 10}));
 }
 
-TEST(DbfLayoutTest, AllTextsAreLongWhereSeveralChoicesOrNoneFitAndAllDo)
+TEST(DbfLayoutTest, AllTextsAreLongIfThatFitsAndNoSingleChoiceFillsTheRecord)
 {
     EXPECT_EQ(lengthsOf({1, 1}, 21 + 512), (Lengths{266, 266}));
     EXPECT_EQ(lengthsOf({1}, 11 + 300), (Lengths{266})) << "44 bytes are not read";

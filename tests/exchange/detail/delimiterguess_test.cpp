@@ -19,7 +19,7 @@ TEST(DelimiterGuess, EachDelimiter)
     }
 }
 
-TEST(DelimiterGuess, TheOneThatCutsRowsAlike)
+TEST(DelimiterGuess, ADelimiterThatSplitsAllRowsAlike)
 {
     EXPECT_EQ(guessOf("a,x;b\n1;2\n3;4\n"), ';');
     EXPECT_EQ(guessOf("time,x\n10:15,1\n10:16,2\n"), ',');
@@ -35,7 +35,7 @@ TEST(DelimiterGuess, QuotedDelimitersDoNotCount)
     EXPECT_EQ(guessOf("\"a,b\";c\n1;2\n", true, {',', '"', false}), ';');
 }
 
-TEST(DelimiterGuess, TheLastRowOfAPartIsNotLookedAt)
+TEST(DelimiterGuess, TheLastRowOfAPartIsIgnored)
 {
     EXPECT_EQ(guessDelimiter("a,b\n1,2\n3", false, {}).Evidence,
               "the delimiter is ',': it cuts 2 of the first 2 rows into 2 columns");
@@ -43,7 +43,7 @@ TEST(DelimiterGuess, TheLastRowOfAPartIsNotLookedAt)
               "the delimiter is ',': it cuts 2 of the first 3 rows into 2 columns");
 }
 
-TEST(DelimiterGuess, TheUsualOneWhereNoneIsFound)
+TEST(DelimiterGuess, TheUsualDelimiterIfNoneIsFound)
 {
     EXPECT_EQ(guessOf("word\none\n"), ',');
     EXPECT_EQ(guessOf("word\none\n", true, {'\t', '"', true}), '\t');

@@ -41,7 +41,7 @@ TEST(DigitsTest, CountsBeforeAfterSignificantAndZeros)
     }
 }
 
-TEST(DigitsTest, TakesOffDecimalsThatAreAllZeros)
+TEST(DigitsTest, RemovesDecimalsThatAreAllZeros)
 {
     for (const auto& [number, rest] : std::initializer_list<std::pair<std::string_view, std::string_view>>{
              {"12", "12"}, {"12.0", "12"}, {"-12.000", "-12"}, {"0.0", "0"}, {"-0.00", "0"}, {"-0", "-0"}}) {

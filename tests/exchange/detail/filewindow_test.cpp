@@ -58,7 +58,7 @@ TEST_F(FileWindowTest, EndsWithTheFile)
     EXPECT_EQ(Window.view(0, 4), bytes(0, 4));
 }
 
-TEST_F(FileWindowTest, KeepsWhatWasRead)
+TEST_F(FileWindowTest, KeepsTheBytesThatWereRead)
 {
     EXPECT_EQ(Window.view(100, 1), bytes(100, 1));
     Folder.write("f", std::string(Content.size(), '-'));

@@ -69,7 +69,7 @@ TEST_F(DetailMemoFileTest, ATextLongerThanAReadIsWhole)
     EXPECT_EQ(value("m.fpt", kd_test::memoFox({text}), MemoKind::Fpt, 8), text);
 }
 
-TEST_F(DetailMemoFileTest, ABlockOfDBase4SaysItsLength)
+TEST_F(DetailMemoFileTest, ABlockOfDBase4StatesItsLength)
 {
     const std::string bytes = kd_test::memo4({"one", ""}, 64);
     EXPECT_EQ(value("m.dbt", bytes, MemoKind::Dbt4, 1), "one");
@@ -94,7 +94,7 @@ TEST_F(DetailMemoFileTest, ADamagedBlockOfDBase4IsRefused)
     EXPECT_EQ(bent(68, 65), "!the memo's length goes beyond the end of the memo file");
 }
 
-TEST_F(DetailMemoFileTest, ABlockOfFoxProSaysItsTypeAndLength)
+TEST_F(DetailMemoFileTest, ABlockOfFoxProStatesItsTypeAndLength)
 {
     for (const unsigned type : {0U, 1U, 2U}) {
         EXPECT_EQ(value("m.fpt", kd_test::memoFox({"one", "two"}, 64, type), MemoKind::Fpt, 9), "two");
@@ -132,7 +132,7 @@ TEST_F(DetailMemoFileTest, AFileWithoutAHeaderHasNoValues)
     EXPECT_EQ(value("m.smt", "", MemoKind::Smt, 1), "!memo files of the SIx driver cannot be read");
 }
 
-TEST_F(DetailMemoFileTest, TheKindIsFoundOutFromTheContents)
+TEST_F(DetailMemoFileTest, TheContentsShowTheKind)
 {
     const auto kind = [this](const std::string& name, const std::string& bytes) {
         return MemoFile(Folder.write(name, bytes), MemoKind::None).kind();
@@ -151,7 +151,7 @@ TEST_F(DetailMemoFileTest, AFolderIsNotAMemoFile)
     EXPECT_THROW(MemoFile("/dev/null", MemoKind::Dbt3), kd_lib::exchange::Error);
 }
 
-TEST_F(DetailMemoFileTest, TheTableSaysWhichFileIsItsMemoFile)
+TEST_F(DetailMemoFileTest, TheTableDeterminesItsMemoFile)
 {
     for (const char* const name : {"t.dbt", "t.fpt", "t.smt", "u.fpt"}) {
         Folder.write(name, "");

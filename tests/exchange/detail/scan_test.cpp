@@ -48,7 +48,7 @@ TEST(ScanTest, FindsNoByteThatIsNotThere)
     }
 }
 
-TEST(ScanTest, LooksAtNothingAroundTheText)
+TEST(ScanTest, ReadsNothingAroundTheText)
 {
     const std::string around(300, '|');
     for (std::size_t size = 0; size <= 70; ++size) {

@@ -17,7 +17,7 @@ TEST(ColumnWidths, TextThatFitsIsNotCut)
     EXPECT_EQ(columnWidths({{10, true}, {8, false}}, 20, 2), (Widths{10, 8}));
 }
 
-TEST(ColumnWidths, TheWidestTextsGiveFirst)
+TEST(ColumnWidths, TheWidestTextsAreCutFirst)
 {
     EXPECT_EQ(columnWidths({{10, true}, {50, true}, {8, false}}, 40, 2), (Widths{10, 18, 8}));
     EXPECT_EQ(columnWidths({{60, true}, {50, true}, {9, true}}, 40, 2), (Widths{14, 13, 9}));
@@ -34,13 +34,13 @@ TEST(ColumnWidths, ColumnsWithoutRoomAreLeftOut)
     EXPECT_EQ(columnWidths({{20, false}, {20, true}}, 24, 2).size(), 1U);
 }
 
-TEST(ColumnWidths, OneColumnIsAlwaysThere)
+TEST(ColumnWidths, AtLeastOneColumnRemains)
 {
     EXPECT_EQ(columnWidths({{20, false}, {20, false}}, 12, 2), (Widths{12}));
     EXPECT_EQ(columnWidths({{20, true}}, 3, 2), (Widths{3}));
 }
 
-TEST(ColumnWidths, EveryRoomIsKept)
+TEST(ColumnWidths, NoRoomIsExceeded)
 {
     for (std::size_t room = 1; room < 120; ++room) {
         const Widths widths = columnWidths({{5, true}, {40, true}, {12, false}, {3, true}, {25, true}}, room, 2);

@@ -24,7 +24,7 @@ std::string refused(const char* command, const Words& arguments)
     }
 }
 
-TEST(CommandLine, OptionsMayStandAnywhere)
+TEST(CommandLine, OptionsMayBeAnywhere)
 {
     const Options options = parsed("load", {"--into", "a.db", "x.dbf", "--key=id", "-q", "y.csv"});
     EXPECT_EQ(options.Arguments, (Words{"x.dbf", "y.csv"}));
@@ -39,7 +39,7 @@ TEST(CommandLine, TwoDashesEndTheOptions)
     EXPECT_EQ(parsed("convert", {"-"}).Arguments, Words{"-"});
 }
 
-TEST(CommandLine, LettersStandAloneOrTogether)
+TEST(CommandLine, LettersMayBeAloneOrTogether)
 {
     EXPECT_EQ(parsed("list", {"a", "-o", "x"}).Output, "x");
     EXPECT_EQ(parsed("list", {"a", "-ox"}).Output, "x");

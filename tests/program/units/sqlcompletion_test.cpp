@@ -25,7 +25,7 @@ TEST(SqlCompletion, ColumnsAndTablesFollowAnyWord)
     EXPECT_EQ(candidates("SELECT max(na"), (Texts{"SELECT max(name"}));
 }
 
-TEST(SqlCompletion, TablesAloneFollowFromAndItsLike)
+TEST(SqlCompletion, OnlyTablesFollowFromAndSimilarWords)
 {
     EXPECT_EQ(candidates("SELECT id from "), (Texts{"SELECT id from clients", "SELECT id from orders"}));
     EXPECT_EQ(candidates("UPDATE o"), (Texts{"UPDATE orders"}));

@@ -15,7 +15,7 @@ TEST(Suggestion, NamesTheNearestWord)
     EXPECT_EQ(suggestion("inspcet", words), "; did you mean \"inspect\"?");
 }
 
-TEST(Suggestion, IsSilentWhereNoWordIsNear)
+TEST(Suggestion, IsEmptyIfNoWordIsNear)
 {
     EXPECT_EQ(suggestion("dance", words), "");
     EXPECT_EQ(suggestion("lo", words), "");

@@ -46,7 +46,7 @@ std::string printed(const std::vector<Column>& columns, const std::vector<std::v
     return sink.Text;
 }
 
-TEST(TableView, TextsStandLeftAndNumbersRight)
+TEST(TableView, TextsAreAlignedLeftAndNumbersRight)
 {
     EXPECT_EQ(
         printed(people, {{Cell::text("Ada Quill"), Cell::number("24.00")}, {Cell::text("Ben"), Cell::number("7")}}, {}),
@@ -78,7 +78,7 @@ TEST(TableView, ValuesOfAnExpressionDecideItsType)
               "       7  NULL\n");
 }
 
-TEST(TableView, CellsAreCutWhereThereIsALimit)
+TEST(TableView, CellsAreCutIfThereIsALimit)
 {
     EXPECT_EQ(printed(people, {{Cell::text("a text that is far too long"), Cell::number("24.00")}}, {20, false, ">"}),
               "NAME             SUM\n"
