@@ -166,7 +166,7 @@ Tally writeScript(const Files& files)
     while (const char* record = table.next()) {
         ++tally.Records;
         if (*record == '*') {
-            // As the library does: a deleted record writes the statement before it once more.
+            // As in the library, a deleted record repeats the statement before it.
             script.endAt(copy(script.room(last.size()), last));
             continue;
         }

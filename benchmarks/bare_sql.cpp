@@ -1,4 +1,4 @@
-// The twins of what works with a database: bare SQLite calls.
+// The twins of the work with a database: bare SQLite calls.
 
 #include "bare_dbf.h"
 #include "bare_work.h"
@@ -27,9 +27,9 @@ void require(bool succeeded, sqlite3* database)
 Connection openDatabase(const std::string& path)
 {
     sqlite3* database = nullptr;
-    const int answer = sqlite3_open(path.c_str(), &database);
+    const int code = sqlite3_open(path.c_str(), &database);
     Connection connection(database, sqlite3_close);
-    require(answer == SQLITE_OK, database);
+    require(code == SQLITE_OK, database);
     return connection;
 }
 

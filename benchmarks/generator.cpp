@@ -172,7 +172,7 @@ std::string RecordGenerator::textOf(const Column& column)
 
 std::string RecordGenerator::date()
 {
-    // One draw after the other: the order within an expression would be the compiler's choice.
+    // One draw per statement: the compiler chooses the order within an expression.
     std::string text = digits(1940 + below(80), 4);
     text += digits(1 + below(12), 2);
     text += digits(1 + below(28), 2);

@@ -71,8 +71,9 @@ private:
 /// - dbf: all records;
 /// - csv: a line of names, then the records that are not deleted;
 /// - txt: the records that are not deleted, in columns of fixed width;
-/// - sql: a script that makes the table named as the file and inserts the same in one transaction. Throws
-///   std::runtime_error if the file cannot be written, std::invalid_argument for another kind.
+/// - sql: a script that creates the table, named after the file, and inserts the same records in one transaction.
+///
+/// Throws std::runtime_error if the file cannot be written, std::invalid_argument for another kind.
 void writeTable(const std::string& path, Profile profile, std::uint64_t count, std::uint64_t seed);
 
 }  // namespace kd_bench

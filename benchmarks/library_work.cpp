@@ -20,7 +20,7 @@ void require(bool succeeded, const std::string& what)
     }
 }
 
-/// The table's lines about its file are discarded.
+/// While it exists, the table's lines about its file are discarded.
 class Muted {
 public:
     Muted() : Before(std::cout.rdbuf(nullptr)) {}
@@ -56,8 +56,7 @@ Number numberIn(std::string_view text)
     return number;
 }
 
-/// Binds a value of an xBase table by its type; empty ones as NULL. Texts stay where they are until the statement
-/// has run.
+/// Binds a value of an xBase table by its type; empty ones as NULL. Texts must not move until the statement has run.
 bool bindValue(kd_lib::SQLite3& database, int index, const kd_lib::TableField& field)
 {
     const std::string_view value = kd_lib::allTrimView(field.Value);

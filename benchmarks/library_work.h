@@ -1,5 +1,5 @@
 /// \file
-/// The workloads as a client of the library does them.
+/// The workloads of a client of the library.
 #pragma once
 
 #include "workloads.h"

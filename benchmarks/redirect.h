@@ -1,5 +1,5 @@
 /// \file
-/// Standard output sent elsewhere for a while.
+/// Redirects standard output for a while.
 #pragma once
 
 #include <cstdio>

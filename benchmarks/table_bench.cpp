@@ -1,4 +1,4 @@
-// table_bench: every workload through the library and, beside it, as a bare twin.
+// table_bench: every workload through the library and, for comparison, as a bare twin.
 //   --workloads=NAME,...  only these
 //   --records=N           records of a table (wide ones: a tenth); 100000
 //   --seed=N              of the generator; 1
@@ -64,7 +64,7 @@ void choose(Options& options, std::string_view names)
     }
 }
 
-/// Takes this program's options out of the arguments; Google Benchmark gets the rest.
+/// Removes this program's options from the arguments; Google Benchmark gets the rest.
 Options parse(int& argc, char** argv)
 {
     Options options;
@@ -231,7 +231,7 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    // A printed result asks its standard input whether to go on; at its end it goes on.
+    // The printing of results reads from standard input whether to continue; at the end of input it continues.
     if (std::freopen("/dev/null", "r", stdin) == nullptr) {
         return 1;
     }

@@ -1,5 +1,5 @@
 // table_work library|bare WORKLOAD FOLDER SCRATCH: does one piece of work once, to be measured from outside.
-// Says on standard error what it did.
+// Reports on standard error what it did.
 
 #include "workloads.h"
 

@@ -12,7 +12,7 @@ int main()
         return 1;
     }
 
-    // createDatabase makes the file `host`/NAME. Host starts as "localhost": give it the folder, "" for this one.
+    // createDatabase creates the file `host`/NAME. `host` is "localhost" by default; "" means the current folder.
     kd_lib::SQLite3 world;
     world.host = "";
     if (!world.createDatabase("world.db") || !world.execute("CREATE TABLE city (City, Country, Founded INTEGER)")) {

@@ -25,7 +25,7 @@ int main()
     }
     std::cout << bolts.prepareInsert("mysql");
 
-    // Or the whole script at once. Here the deleted record repeats the one before it; with ReadDeleted
+    // Or the whole script at once. Here the deleted record repeats the previous one; with ReadDeleted
     // it would be written like any other.
     const std::string script = bolts.convert();
     std::cout << script << ":\n" << std::ifstream(script).rdbuf();

@@ -16,14 +16,14 @@ int main()
     }
     bolts.showHeader();
 
-    // A deleted record is fetched with the values of the record before it: ask, and pass over it.
+    // A deleted record is fetched with the values of the previous record: test for it, and skip it.
     for (bolts.firstRecord(); bolts.fetchRecord();) {
         if (!bolts.isDeleted()) {
             std::cout << bolts.Fields.getData("name") << ": " << kd_lib::allTrim(bolts.Fields.getData("qty")) << "\n";
         }
     }
 
-    // With ReadDeleted its own values are read.
+    // With ReadDeleted the values of a deleted record are read too.
     bolts.ReadDeleted = true;
     bolts.goRecord(2);
     if (bolts.fetchRecord()) {

@@ -21,11 +21,11 @@ int main()
     // The position is now after the line of names.
     while (cities.fetchRecord()) {
         // Names are looked up in any letter case. Quotes stay part of the values and do not protect separators:
-        // removeQuotes takes an enclosing pair off, and Rome's note ends at its comma.
+        // removeQuotes removes an enclosing pair, and Rome's note ends at its comma.
         std::cout << cities.Fields.getData("city") << " | " << cities.Fields.getData("COUNTRY") << " | "
                   << kd_lib::removeQuotes(cities.Fields.getData("note")) << "\n";
 
-        // A record with fewer values leaves the other columns as they were: empty them after use.
+        // A record with fewer values leaves the other columns unchanged: empty them after use.
         for (kd_lib::TableField& field : cities.Fields) {
             field.Value.clear();
         }

@@ -26,7 +26,7 @@ int main()
         << entry("ACTIVE", 'L', 2, "T\0"s) << entry("VISITS", 'N', 0, "42@");
 
     // A line per entry: name, type, length and decimals, value. Numbers show the codes of their
-    // digits: 42 is 5250. The attempt that meets the end of the file repeats the last entry's header.
+    // digits: 42 is 5250. At the end of the file, the last entry's header is repeated.
     kd_lib::xBaseMemory settings("settings");
     return settings.open() && settings.read() ? 0 : 1;
 }

@@ -1,4 +1,4 @@
-// Your own SQL back end: it runs nothing, but lists the statements that it was given.
+// Your own SQL back end: it runs nothing, but lists the statements that it receives.
 #include <kd_lib/sqldatabase.h>
 
 #include <fstream>

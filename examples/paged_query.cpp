@@ -12,9 +12,9 @@ int main()
                     "INSERT INTO number SELECT n, n * n FROM up");
     std::cout << numbers.getRecords("number") << " records\n";
 
-    // The listing asks whether to go on once more than pageRows values have been printed. On a terminal
+    // Whenever more than pageRows values have been printed, the listing asks whether to continue. On a terminal
     // that is a prompt; this program is tested with the two lines "" and "q" as its input, so that it
-    // goes on once and then stops.
+    // continues once and then stops.
     numbers.pageRows = 10;
     if (!numbers.query("SELECT n, square FROM number ORDER BY n")) {
         return 1;
@@ -25,6 +25,6 @@ int main()
         column.Length = 6;
     }
     numbers.queryResults();
-    numbers.finalize();  // the result was left in its middle
+    numbers.finalize();  // the result was not read to its end
     return 0;
 }

@@ -15,11 +15,11 @@ int main()
         return 1;
     }
 
-    // Each number is where a column starts; the column is as wide as the distance from the number
-    // before it. So this line gives bytes 6 to 11 and 12 to 17, named field#0 and field#1.
+    // A column starts at each number; its width is the distance from the number before it. So this
+    // line gives bytes 6 to 11 and 12 to 17, named field#0 and field#1.
     weather.setFieldOffsets("6|12");
 
-    // A column of any other shape is added by hand: name, type, offset, length, decimals, indexed.
+    // Any other column is added by hand: name, type, offset, length, decimals, indexed.
     kd_lib::TableField wind("wind", kd_lib::CHAR_TYPE, 18, 4, 0, false);
     weather.Fields.add(wind);
     weather.Fields.show();

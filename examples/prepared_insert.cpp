@@ -17,7 +17,7 @@ int main()
     shop.query("SELECT name, price FROM article");
     shop.prepareInsert("article");  // INSERT INTO article (name,price) VALUES (:name,:price)
 
-    // The fields of a record carry the names of the parameters, the colon included.
+    // The fields of a record have the names of the parameters, including the colon.
     kd_lib::TableFields record;
     record.add(std::string(":name"));
     record.add(std::string(":price"));
@@ -37,7 +37,7 @@ int main()
         shop.finalize();
     }
 
-    // A record that SQLite refuses takes the whole transaction with it.
+    // A record that SQLite refuses rolls the whole transaction back.
     shop.beginTransaction();
     shop.execute("INSERT INTO article VALUES ('drill', 19)");
     if (!shop.execute("INSERT INTO article VALUES ('air', 0)")) {

@@ -11,7 +11,7 @@ int main()
     std::cout << words.keywords.size() << " words, from " << words.keywords.front() << " to " << words.keywords.back()
               << "\n";
 
-    // Words are asked for in upper case.
+    // Words are passed in upper case.
     std::cout << "ORDER " << words.isReserved("ORDER") << ", order " << words.isReserved("order") << "\n";
 
     kd_lib::TableFields fields;
@@ -23,7 +23,7 @@ int main()
     words.checkReserved(fields.List);
     fields.show();
 
-    // Another dialect, another quote. Names that carry quotes already are left alone.
+    // Another dialect, another quote. Names that already have quotes are not changed.
     fields.clearList();
     fields.add(std::string("Group"));
     words.quoteChar = '`';

@@ -26,8 +26,8 @@ int main()
         std::cout << script << (stopped ? " stopped at a failing statement\n" : " ran to its end\n");
     }
 
-    // What ran before the failing statement stays, unless the script had begun a transaction through
-    // beginTransaction: then it is rolled back.
+    // The effects of earlier statements stay, unless beginTransaction was called before: then they are
+    // rolled back.
     if (shop.query("SELECT name, price FROM article")) {
         shop.queryResults();
         shop.finalize();

@@ -13,12 +13,12 @@ int main()
         const auto orders = openSource("orders.dbf");
         std::int64_t cents = 0;
         for (const Record& record : *orders) {
-            // An unreadable cell throws an `Error` that names it. No value is mistaken for another one.
+            // An unreadable cell throws an `Error` that names it, so the sum is never wrong.
             cents += record["amount"].scaled(2).value_or(0);
         }
         std::cout << cents / 100 << '.' << cents / 10 % 10 << cents % 10 << "\n";
 
-        // The records are over. What is damaged about the file is among the notes.
+        // After the last record, the notes report any damage of the file.
         const bool damaged = std::ranges::any_of(orders->notes(), &Note::Loss);
         std::cout << (damaged ? "the table is damaged\n" : "that is the whole table\n");
         return damaged ? 3 : 0;

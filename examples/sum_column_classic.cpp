@@ -9,8 +9,8 @@
 
 int main()
 {
-    // A line about the file goes to standard output while it is opened. A program that keeps this stream for its own
-    // results takes its buffer away meanwhile.
+    // While a file is opened, a line about it goes to standard output. A program that needs this stream for its results
+    // removes its buffer meanwhile.
     std::streambuf* const results = std::cout.rdbuf(nullptr);
     kd_lib::xBaseTable orders("orders");
     const bool opened = orders.open() && orders.getFieldList();
@@ -28,7 +28,7 @@ int main()
     }
     std::cout << cents / 100 << '.' << cents / 10 % 10 << cents % 10 << "\n";
 
-    // fetchRecord returns false at the end of the file, and for a last record that is cut short too: the header has the
+    // fetchRecord returns false at the end of the file, and also for a last record that is cut. The header has the
     // number of records.
     std::cout << (records < orders.RecordCount ? "the table is damaged\n" : "that is the whole table\n");
     return records < orders.RecordCount ? 3 : 0;

@@ -1,4 +1,4 @@
-// Tables larger than the blocks in which files are read and scripts are written, beside the plainest reader.
+// Tables larger than the blocks in which files are read and scripts are written, compared with the simplest reader.
 
 #include "support/bounded_output.h"
 #include "support/calls.h"
@@ -24,7 +24,7 @@ constexpr std::size_t sizeStep = 1500;
 /// Bounds the number of records, and so the time of an input.
 constexpr std::size_t shortestRecord = 200;
 
-/// As many bytes as wanted from the bytes of an input: neighbours differ, and so do the places of a repetition.
+/// Makes any number of bytes from the bytes of an input: neighbours differ, and so do the places of a repetition.
 class Bytes {
 public:
     explicit Bytes(std::string_view source) : Source(source) {}
@@ -103,7 +103,7 @@ PlainTable makeTable(kd_fuzz::Options& options)
     return table;
 }
 
-/// The record as the reader is stated to see it.
+/// The record as the reader must see it.
 std::string plainRecord(const PlainTable& table, std::size_t record)
 {
     std::string text = table.File.substr(table.HeaderLength + record * table.RecordLength, table.RecordLength);
@@ -153,7 +153,7 @@ public:
         }
     }
 
-    /// The script is that of single statements.
+    /// The script must be the same as the single statements.
     void script()
     {
         std::string expected = Table.createTable(true);
@@ -163,7 +163,7 @@ public:
                 expected += Table.insert();
             }
         } catch (const std::out_of_range&) {
-            // A short date: the statements before it are in the script.
+            // After a short date the script ends; the statements before it are in the script.
             whole = false;
         }
         std::ostringstream out;
@@ -209,7 +209,7 @@ void compareTable(kd_fuzz::Options options, bool trim, bool readDeleted)
     comparison.script();
 }
 
-/// Keeps the record as an override gets it.
+/// Keeps the record that an override gets.
 class Lines : public kd_lib::AsciiTable {
 public:
     bool extractContent(const std::string& record) override

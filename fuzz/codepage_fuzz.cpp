@@ -39,7 +39,7 @@ void require(bool condition, const char* what)
 
 void check(const CodePage& page, std::string_view bytes)
 {
-    // A copy of the exact size, so that reading past the end is found.
+    // A copy of the exact size, so that a read past the end is found.
     const std::unique_ptr<char[]> exact(new char[bytes.size()]);
     bytes.copy(exact.get(), bytes.size());
     bytes = {exact.get(), bytes.size()};
@@ -62,7 +62,7 @@ void checkName(std::string_view name)
         const CodePage page(name);
         require(!page.name().empty(), "a page without a name");
     } catch (const kd_lib::exchange::OptionError&) {
-        // A name of no page.
+        // The name of no page is an outcome.
     }
 }
 

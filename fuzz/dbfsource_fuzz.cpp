@@ -1,4 +1,4 @@
-// A .dbf file with a memo file beside it as a source, read in several ways, and its bytes explained.
+// A .dbf file with a memo file as a source, read in several ways, and its bytes explained.
 
 #include "support/checked_source.h"
 #include "support/input_folder.h"
@@ -35,7 +35,7 @@ void explain(const std::string& file)
     }
 }
 
-/// Slices of a table are the whole of it.
+/// Slices of a table together are the whole table.
 void compareSlices(const std::string& file, SourceOptions options, std::uint64_t cut)
 {
     const auto numbers = [&file, &options](std::uint64_t first, std::uint64_t last, std::vector<std::uint64_t>& to) {

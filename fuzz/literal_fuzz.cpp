@@ -1,5 +1,5 @@
-// Column definitions, values as SQL literals, and the text functions under them, which must agree with
-// the plainest loop that does the same.
+// Column definitions, values as SQL literals, and the text functions that they use, which must agree with
+// the simplest loop that does the same.
 
 #include "support/options.h"
 
@@ -51,7 +51,7 @@ void checkQuotes(const std::string& value)
     require(value.find('\'') != std::string::npos || kd_lib::removeQuotes(quoted) == value, "removeQuotes");
 }
 
-/// A text as a literal, character by character: there is no quote between the enclosing two.
+/// A text as a literal, character by character: a quote inside the text becomes a backquote.
 std::string plainTextLiteral(const std::string& value)
 {
     std::string text = kd_lib::rightTrim(value);

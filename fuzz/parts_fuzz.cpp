@@ -148,8 +148,8 @@ private:
 
     void console()
     {
-        std::istringstream answers(Sequence.text());
-        std::streambuf* const input = std::cin.rdbuf(answers.rdbuf());
+        std::istringstream replies(Sequence.text());
+        std::streambuf* const input = std::cin.rdbuf(replies.rdbuf());
         kd_lib::setVerbose(Sequence.flag());
         kd_lib::message(Sequence.text());
         kd_lib::errorMessage(Sequence.text());

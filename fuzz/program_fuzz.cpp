@@ -21,7 +21,7 @@
 
 namespace {
 
-/// Results go to a file. What grows over the limit is a failed write to the program, and a finding here.
+/// Results go to a file. Output beyond the limit is a failed write for the program, and a finding here.
 constexpr rlim_t outputLimit = 64U << 20U;
 
 const std::set<std::string> given = {"input.csv", "input.db",  "input.dbf", "input.mem", "input.sql",
@@ -35,7 +35,7 @@ void require(bool holds, const char* what)
     }
 }
 
-/// Takes the arguments off the front of the input.
+/// Removes the arguments from the beginning of the input.
 std::vector<std::string> takeArguments(std::string_view& input)
 {
     std::vector<std::string> arguments = {"kd_db"};
@@ -46,13 +46,13 @@ std::vector<std::string> takeArguments(std::string_view& input)
         if (line.empty()) {
             break;
         }
-        // As the system hands arguments over: up to the first zero byte.
+        // As the system passes arguments: up to the first zero byte.
         arguments.emplace_back(line.substr(0, line.find('\0')));
     }
     return arguments;
 }
 
-/// Names of files stay inside the folder.
+/// Whether an argument names a file outside the folder.
 bool leavesFolder(const std::vector<std::string>& arguments)
 {
     for (const std::string& argument : arguments) {
@@ -77,7 +77,7 @@ void writeFiles(std::string_view bytes)
     }
 }
 
-/// A failed load or import of a new database and a failed script leave nothing.
+/// Whether there are no new files: a failed load or import of a new database and a failed script must leave none.
 bool onlyGivenFiles()
 {
     for (const auto& entry : std::filesystem::directory_iterator(".")) {
@@ -123,9 +123,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     emptyFolder();
     writeFiles(input);
     kd_fuzz::renewBudget();
-    const int answer = runProgram(arguments);
-    require(answer >= 0 && answer <= 3, "an exit code that is not one of the program's");
-    require(answer == 0 || answer == 3 || onlyGivenFiles(), "a failure that leaves a file");
+    const int status = runProgram(arguments);
+    require(status >= 0 && status <= 3, "an exit code that the program does not define");
+    require(status == 0 || status == 3 || onlyGivenFiles(), "a failure that leaves a file");
     require(::lseek(STDOUT_FILENO, 0, SEEK_END) < static_cast<off_t>(outputLimit), "output without bound");
     require(::ftruncate(STDOUT_FILENO, 0) == 0 && ::lseek(STDOUT_FILENO, 0, SEEK_SET) == 0, "the file of the results");
     return 0;

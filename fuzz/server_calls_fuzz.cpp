@@ -1,5 +1,5 @@
-// Any sequence of calls on the base of the server back ends, with a connection that does what the input says; and the
-// reading of statements in both forms.
+// Any sequence of calls on the base of the server back ends, with a connection whose results come from the input; and
+// the reading of statements in both forms.
 
 #include "support/bounded_output.h"
 #include "support/calls.h"
@@ -39,7 +39,7 @@ constexpr std::array<const char*, 12> types = {"BIGINT",
                                                "INT(11) UNSIGNED",
                                                ""};
 
-/// Fails, or returns what the input says.
+/// Fails or returns a result, as the input says.
 class ScriptedConnection : public kd_lib::detail::ServerConnection {
 public:
     ScriptedConnection(kd_fuzz::Calls& sequence, kd_lib::detail::SqlForm form) : Sequence(sequence), Form(form) {}
@@ -107,7 +107,7 @@ private:
     bool Alive = true;
 };
 
-/// Names are quoted as the form's server does it: the reading of statements relies on that.
+/// Names are quoted as by the form's server: the reading of statements relies on that.
 class Server : public kd_lib::ServerDatabase {
 public:
     Server(kd_fuzz::Calls& sequence, kd_lib::detail::SqlForm form)

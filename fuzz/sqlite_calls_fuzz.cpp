@@ -55,7 +55,7 @@ std::string inFolder(const std::string& name)
     return kd_fuzz::inputFolder() + '/' + name;
 }
 
-/// An object that may fail in its own ways: overrides step the statement themselves.
+/// An object that fails in further ways: its overrides step the statement themselves.
 class Client : public kd_lib::SQLite3 {
 public:
     bool StepsItself = false;
@@ -308,7 +308,7 @@ private:
         }
     }
 
-    /// Takes a half-read statement away and puts it back later, in place of the current one.
+    /// Removes a half-read statement and puts it back later, in place of the current one.
     void keep()
     {
         if (Kept == nullptr) {
@@ -328,8 +328,8 @@ private:
 
     void print()
     {
-        std::istringstream answers(Sequence.text());
-        std::streambuf* const input = std::cin.rdbuf(answers.rdbuf());
+        std::istringstream replies(Sequence.text());
+        std::streambuf* const input = std::cin.rdbuf(replies.rdbuf());
         Database.pageRows = Sequence.byte();
         if (kd_lib::TableField* first = Database.queryColumns.get(0UL)) {
             first->Length = Sequence.number();

@@ -144,7 +144,7 @@ void runScript(std::string_view script)
 
 bool holdsSettings(std::string_view script)
 {
-    // Some settings are of the whole process.
+    // Some settings apply to the whole process.
     constexpr std::string_view word = "pragma";
     const auto same = [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == b; };
     return std::search(script.begin(), script.end(), word.begin(), word.end(), same) != script.end();

@@ -1,4 +1,4 @@
-// A program of another project: rows go into an SQLite database in memory and come back as a printed table.
+// A program of another project: it stores rows in an SQLite database in memory and prints them as a table.
 
 #include <kd_lib/kd_db.h>
 

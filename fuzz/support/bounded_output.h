@@ -5,8 +5,8 @@
 
 namespace kd_fuzz {
 
-/// Takes the place of standard output and standard error for one input, throws the bytes away and
-/// stops the process when there are more of them than `limit`: output without bound is a finding.
+/// Replaces standard output and standard error for one input, discards the bytes and stops the process
+/// if there are more of them than `limit`: output without bound is a finding.
 class BoundedOutput : public std::streambuf {
 public:
     explicit BoundedOutput(std::size_t limit);

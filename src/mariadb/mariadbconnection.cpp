@@ -209,10 +209,10 @@ bool MariadbConnection::nextText(TableFields& row)
 
 bool MariadbConnection::nextPrepared(TableFields& row)
 {
-    const int answer = mysql_stmt_fetch(Prepared.get());
-    if (answer != 0 && answer != MYSQL_DATA_TRUNCATED) {
+    const int code = mysql_stmt_fetch(Prepared.get());
+    if (code != 0 && code != MYSQL_DATA_TRUNCATED) {
         RowsOpen = false;
-        return answer != MYSQL_NO_DATA && failPrepared();
+        return code != MYSQL_NO_DATA && failPrepared();
     }
     bool grown = false;
     for (std::size_t i = 0; i < std::min(Buffers.size(), row.size()); ++i) {
@@ -260,12 +260,12 @@ bool MariadbConnection::readRest()
 bool MariadbConnection::readPreparedRest()
 {
     while (Open) {
-        int answer = 0;
-        while (RowsOpen && (answer == 0 || answer == MYSQL_DATA_TRUNCATED)) {
-            answer = mysql_stmt_fetch(Prepared.get());
-            RowsOpen = answer == 0 || answer == MYSQL_DATA_TRUNCATED;
+        int code = 0;
+        while (RowsOpen && (code == 0 || code == MYSQL_DATA_TRUNCATED)) {
+            code = mysql_stmt_fetch(Prepared.get());
+            RowsOpen = code == 0 || code == MYSQL_DATA_TRUNCATED;
         }
-        if (answer == 1) {
+        if (code == 1) {
             failPrepared();
         }
         mysql_stmt_free_result(Prepared.get());

@@ -67,9 +67,9 @@ bool askForKey()
 
 bool askForLine()
 {
-    std::string answer;
-    std::getline(std::cin, answer);
-    return answer.empty() || std::string("qQnN").find(answer.front()) == std::string::npos;
+    std::string reply;
+    std::getline(std::cin, reply);
+    return reply.empty() || std::string("qQnN").find(reply.front()) == std::string::npos;
 }
 
 }  // namespace

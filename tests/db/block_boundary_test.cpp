@@ -1,5 +1,5 @@
-// The stream reads blocks of 65536 bytes. Records, lines and entries that straddle a block, and files
-// that end near one, are read as any other: values, states and positions are the same.
+// The stream reads blocks of 65536 bytes. Records, lines and entries that straddle a boundary of blocks, and
+// files that end near one, are read like any other: values, states and positions are the same.
 #include "support/dbf_builder.h"
 #include "support/mem_builder.h"
 #include "support/position.h"
@@ -69,7 +69,7 @@ void walkTo(FileTable& table, std::size_t size)
     ASSERT_EQ(static_cast<std::int64_t>(size), position(table));
 }
 
-/// Fixed-length text of `size` bytes in which every record differs from the one before.
+/// Fixed-length text of `size` bytes in which every record differs from the previous one.
 std::string fixedText(std::size_t size)
 {
     std::string text = lettersOf(size);

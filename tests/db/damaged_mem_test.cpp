@@ -42,7 +42,7 @@ const std::string textLine = "TEXT C 6.1  abcde|\n";
 const std::string numberLine = "NUM N 8.2 4953|\n";
 const std::string dayLine = "DAY D 8.0  20240305|\n";
 
-/// The first `count` bytes of `over` laid over `under`.
+/// `under`, with its first `count` bytes replaced by those of `over`.
 std::string laidOver(const std::string& over, std::size_t count, std::string under)
 {
     return under.replace(0, count, over, 0, count);
@@ -236,7 +236,7 @@ TEST(DamagedMem, EndlessZeroBytesAreListedAsLongAsAnyoneReads)
     kd_test::makeEndless(directory, "sample.mem");
     int out[2];
     ASSERT_EQ(0, ::pipe(out));
-    // Text that is not written yet would be written by the child once more.
+    // Otherwise the child would write buffered text a second time.
     std::cout.flush();
     std::fflush(nullptr);
     const pid_t child = ::fork();

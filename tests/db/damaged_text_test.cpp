@@ -256,7 +256,7 @@ TEST(DamagedDelimited, FileCutAtAnyByteKeepsTheValuesOfMissingPieces)
         if (expected == 2) {
             EXPECT_EQ(delimitedRows[0], rows[0]);
             const std::size_t cut = std::min<std::size_t>(size, 35) - 21;
-            // A piece replaces the value; if it is missing, the value of the row before stays.
+            // A piece replaces the value; if it is missing, the value of the previous row stays.
             for (std::size_t column = 0; column < 3; ++column) {
                 const std::size_t begin = column * 5;
                 const std::string piece =

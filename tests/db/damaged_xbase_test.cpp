@@ -1,5 +1,5 @@
-// One valid table with one kind of damage per test. The only outcomes are a result, the stated assertion and exceptions
-// of the standard library.
+// One valid table with one kind of damage per test. The only outcomes are a result, the documented assertion and
+// exceptions of the standard library.
 #include "support/dbf_builder.h"
 #include "support/special_file_builder.h"
 #include "support/table_builder.h"
@@ -337,7 +337,7 @@ TEST(DamagedXBase, HeaderLengthAfterTheFileHasNoRecords)
 
 TEST(DamagedXBase, GapAfterTheTerminatorIsSkippedByFirstRecordOnly)
 {
-    // Two bytes end the header of some writers.
+    // Some programs end the header with two bytes.
     DbfBuilder builder = valid();
     builder.headerLength = 130;
     const std::string bytes = builder.header() + builder.descriptors() + std::string(1, '\0') + builder.records();

@@ -38,7 +38,7 @@ private:
     Log& Entries;
 };
 
-/// A back end whose connection step fails and remembers the settings.
+/// A back end whose `connect` fails and remembers the settings.
 class FailingBackEnd : public Frame {
 public:
     std::string Met;

@@ -34,11 +34,11 @@ public:
     {
         Name = "forgotten";
         Opened.push_back(name);
-        return Answer;
+        return Result;
     }
 
     std::vector<std::string> Opened;
-    bool Answer = true;
+    bool Result = true;
 };
 
 /// Notes its destruction.
@@ -135,7 +135,7 @@ TEST(DatabaseTable, OpenPassesACopyOfTheNameToTheVirtualOpen)
     DatabaseTable& base = table;
     EXPECT_TRUE(base.open());
     EXPECT_EQ(std::vector<std::string>{"parts"}, table.Opened);
-    table.Answer = false;
+    table.Result = false;
     EXPECT_FALSE(base.open());
     EXPECT_EQ((std::vector<std::string>{"parts", "forgotten"}), table.Opened);
 }

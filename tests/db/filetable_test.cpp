@@ -31,7 +31,7 @@ using kd_test::twoLines;
 
 namespace {
 
-/// The descriptor that the next open of a file takes.
+/// The descriptor that the next opened file gets.
 int nextDescriptor()
 {
     const int next = ::dup(STDIN_FILENO);
@@ -431,17 +431,17 @@ TEST(FileTableHeader, FieldListGoesToByteZeroAndReturnsTheVirtualReadHeader)
         bool readHeader() override
         {
             At = static_cast<int>(File.tellg());
-            return Answer;
+            return Result;
         }
         int At = -1;
-        bool Answer = true;
+        bool Result = true;
     };
     Opened<Headed> file(twoLines);
-    for (const bool answer : {true, false}) {
-        file.table.Answer = answer;
+    for (const bool expected : {true, false}) {
+        file.table.Result = expected;
         file.table.HeaderLength = 9;
         file.table.firstRecord();
-        EXPECT_EQ(answer, file.table.getFieldList());
+        EXPECT_EQ(expected, file.table.getFieldList());
         EXPECT_EQ(0, file.table.At);
     }
 }

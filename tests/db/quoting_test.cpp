@@ -1,5 +1,5 @@
-// Quoting as data: awkward values of every type, the literal expected, and the value that arrives when
-// the literal is run in a database.
+// Quoting as data: awkward values of every type, the expected literal, and the value that a database has after
+// running the literal.
 
 #include <kd_lib/sqliteconnection.h>
 #include <kd_lib/sqlkeyword.h>
@@ -29,7 +29,7 @@ struct LiteralRow {
     std::string literal;
 };
 
-/// A literal that is an SQL value by itself, with the result of SELECT.
+/// A literal that is a complete SQL value, with the result of its SELECT.
 struct ArrivalRow {
     const char* name;
     FIELD_TYPE type;
@@ -171,7 +171,7 @@ INSTANTIATE_TEST_SUITE_P(
                                "2024-03-15 12:34:56"}),
     rowName<ArrivalRow>);
 
-// A grave accent arrives as a double quote: the statement is prepared with double quotes in its place.
+// A backquote arrives as a double quote: `prepare` replaces it in the statement.
 INSTANTIATE_TEST_SUITE_P(
     Texts, PlainLiteral,
     testing::Values(ArrivalRow{"Empty", CHAR_TYPE, "", "NULL", "null", ""},
@@ -212,7 +212,7 @@ INSTANTIATE_TEST_SUITE_P(OtherTypes, PlainLiteral,
                                          ArrivalRow{"Quoted", UNKNOWN_TYPE, "'r1c1'", "'r1c1'", "text", "r1c1"}),
                          rowName<ArrivalRow>);
 
-// Literals that are not SQL values alone
+// Literals that are not complete SQL values
 
 TEST_P(RawLiteral, IsWrittenUnchanged)
 {

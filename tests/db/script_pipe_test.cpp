@@ -1,4 +1,4 @@
-// A script that comes through a pipe: statements run as they come, not when a block is full or the pipe ends.
+// A script from a pipe: statements run as they arrive, not only when a block is full or the pipe ends.
 #include "support/scoped_directory.h"
 #include "support/sql_fake.h"
 

@@ -66,11 +66,11 @@ TEST_F(SqlDatabasePrinting, HeaderPadsTheNamesAndAddsARuleAfterAnEmptyLine)
 {
     Database.setResult({"a", "b"}, {});
     setLengths(Database, {5, 3});
-    bool answer = false;
-    const Console console = captured([&] { answer = Database.printHeader(); });
+    bool returned = false;
+    const Console console = captured([&] { returned = Database.printHeader(); });
     EXPECT_EQ("    a   b\n\n----------", console.out);
     EXPECT_EQ("", console.err);
-    EXPECT_TRUE(answer);
+    EXPECT_TRUE(returned);
 }
 
 TEST_F(SqlDatabasePrinting, HeaderWithoutLengthsHasNoRule)
@@ -102,9 +102,9 @@ TEST_F(SqlDatabasePrinting, HeaderKeepsANameLongerThanItsLength)
 
 TEST_F(SqlDatabasePrinting, HeaderOfNoColumnsIsEmpty)
 {
-    bool answer = false;
-    EXPECT_EQ("", captured([&] { answer = Database.printHeader(); }).out);
-    EXPECT_TRUE(answer);
+    bool returned = false;
+    EXPECT_EQ("", captured([&] { returned = Database.printHeader(); }).out);
+    EXPECT_TRUE(returned);
 }
 
 TEST_F(SqlDatabasePrinting, RowPadsTheValuesOfColumnsWithALength)
@@ -114,11 +114,11 @@ TEST_F(SqlDatabasePrinting, RowPadsTheValuesOfColumnsWithALength)
     Database.queryColumns.get(0UL)->Value = "x1";
     Database.queryColumns.get(1UL)->Value = "longer";
     Database.queryColumns.get(2UL)->Value = "plain";
-    bool answer = false;
-    const Console console = captured([&] { answer = Database.processRow(); });
+    bool returned = false;
+    const Console console = captured([&] { returned = Database.processRow(); });
     EXPECT_EQ("   x1 longer plain\n", console.out);
     EXPECT_EQ("", console.err);
-    EXPECT_TRUE(answer);
+    EXPECT_TRUE(returned);
 }
 
 TEST_F(SqlDatabasePrinting, RowOfEmptyValuesKeepsItsSeparators)
@@ -136,9 +136,9 @@ TEST_F(SqlDatabasePrinting, RowPadsAnEmptyValueOfLengthOneWithOneBlank)
 
 TEST_F(SqlDatabasePrinting, RowOfNoColumnsIsEmpty)
 {
-    bool answer = false;
-    EXPECT_EQ("", captured([&] { answer = Database.processRow(); }).out);
-    EXPECT_TRUE(answer);
+    bool returned = false;
+    EXPECT_EQ("", captured([&] { returned = Database.processRow(); }).out);
+    EXPECT_TRUE(returned);
 }
 
 TEST_F(SqlDatabasePrinting, RowKeepsControlAndZeroBytes)
@@ -179,11 +179,11 @@ TEST_F(SqlDatabasePrinting, MoreIsFirstCalledAfterTheNinthRowOfThreeColumns)
 {
     const auto rows = distinctRows(20, 3);
     Database.setResult({"a", "b", "c"}, rows);
-    bool answer = false;
-    const Paged result = paged({"q", "unread"}, [&] { answer = Database.queryResults(); });
+    bool returned = false;
+    const Paged result = paged({"q", "unread"}, [&] { returned = Database.queryResults(); });
     EXPECT_EQ("a b c\n" + printed(rows, 9), result.out);
     EXPECT_EQ(1U, result.asked);
-    EXPECT_TRUE(answer) << "also when stopped";
+    EXPECT_TRUE(returned) << "also when stopped";
 }
 
 TEST_F(SqlDatabasePrinting, ContinuingRestartsTheCount)
@@ -251,18 +251,18 @@ TEST_F(SqlDatabasePrinting, QueryResultsWithoutAResultPrintsNothingAndReturnsFal
 {
     Database.setResult({"a"}, {{"x"}});
     Database.resultRows = 0;
-    bool answer = true;
-    EXPECT_EQ("", captured([&] { answer = Database.queryResults(); }).out);
-    EXPECT_FALSE(answer);
+    bool returned = true;
+    EXPECT_EQ("", captured([&] { returned = Database.queryResults(); }).out);
+    EXPECT_FALSE(returned);
     EXPECT_EQ(0U, Database.Fetched);
 }
 
 TEST_F(SqlDatabasePrinting, QueryResultsOfNoRowsPrintsTheHeaderAndReturnsTrue)
 {
     Database.setResult({"a", "b"}, {});
-    bool answer = false;
-    EXPECT_EQ("a b\n", captured([&] { answer = Database.queryResults(); }).out);
-    EXPECT_TRUE(answer);
+    bool returned = false;
+    EXPECT_EQ("a b\n", captured([&] { returned = Database.queryResults(); }).out);
+    EXPECT_TRUE(returned);
 }
 
 }  // namespace

@@ -51,7 +51,7 @@ private:
 };
 
 struct Import {
-    bool Answer = false;
+    bool Returned = false;
     Console Printed;
 };
 
@@ -61,7 +61,7 @@ Import importScript(SqlDatabase& database, const std::string& script)
     const ScopedDirectory scratch;
     const std::string path = scratch.write("script.sql", script);
     Import import;
-    import.Printed = captured([&] { import.Answer = database.importSqlFile(path);
+    import.Printed = captured([&] { import.Returned = database.importSqlFile(path);
 });
 const std::string progress = "Executing SQL file " + path + "\n";
 EXPECT_EQ(progress, import.Printed.out.substr(0, progress.size()));
@@ -74,7 +74,7 @@ Texts statementsOf(const std::string& script)
 {
     FakeSqlDatabase database;
     const Import import = importScript(database, script);
-    EXPECT_FALSE(import.Answer) << "it ran to its end";
+    EXPECT_FALSE(import.Returned) << "it ran to its end";
     EXPECT_EQ("", import.Printed.out);
     EXPECT_EQ("", import.Printed.err);
     EXPECT_TRUE(database.Queried.empty());
@@ -193,7 +193,7 @@ TEST(SqlDatabaseImport, FileOfExactlyOneBlockIsReadOnce)
 TEST(SqlDatabaseImport, DeliberatelyAScriptThatRunsToItsEndReturnsFalse)
 {
     FakeSqlDatabase database;
-    EXPECT_FALSE(importScript(database, "A;").Answer);
+    EXPECT_FALSE(importScript(database, "A;").Returned);
     EXPECT_EQ(Texts{"A;"}, database.Executed);
 }
 
@@ -202,7 +202,7 @@ TEST(SqlDatabaseImport, DeliberatelyAScriptThatStopsAtAFailingStatementReturnsTr
     FakeSqlDatabase database;
     database.Failing = {"B;"};
     const Import import = importScript(database, "A;\nB;\nC;\n");
-    EXPECT_TRUE(import.Answer);
+    EXPECT_TRUE(import.Returned);
     EXPECT_EQ("", import.Printed.out);
     EXPECT_EQ("Error executing statement\n", import.Printed.err);
     EXPECT_EQ((Texts{"A;", "B;"}), database.Executed) << "what ran stays run, the rest is not run";
@@ -212,7 +212,7 @@ TEST(SqlDatabaseImport, FailingLastByteOfTheFileStillReturnsTrue)
 {
     FakeSqlDatabase database;
     database.Failing = {"B;"};
-    EXPECT_TRUE(importScript(database, "A;B;").Answer);
+    EXPECT_TRUE(importScript(database, "A;B;").Returned);
 }
 
 TEST(SqlDatabaseImport, FailingStatementRollsAnOpenTransactionBack)
@@ -220,7 +220,7 @@ TEST(SqlDatabaseImport, FailingStatementRollsAnOpenTransactionBack)
     FakeSqlDatabase database;
     database.Failing = {"B;"};
     database.beginTransaction();
-    EXPECT_TRUE(importScript(database, "A;B;").Answer);
+    EXPECT_TRUE(importScript(database, "A;B;").Returned);
     EXPECT_EQ((Texts{"BEGIN TRANSACTION", "A;", "B;", "ROLLBACK TRANSACTION"}), database.Executed);
     EXPECT_FALSE(database.inTransaction);
     EXPECT_EQ(1U, database.Rollbacks);
@@ -250,9 +250,9 @@ TEST(SqlDatabaseImport, MissingFileIsReportedWithThePathAsPassed)
     const ScopedHome home(scratch.path());
     FakeSqlDatabase database;
     for (const std::string& path : {scratch.file("none.sql"), std::string("~/none.sql"), std::string()}) {
-        bool answer = true;
-        const Console console = captured([&] { answer = database.importSqlFile(path); });
-        EXPECT_FALSE(answer);
+        bool returned = true;
+        const Console console = captured([&] { returned = database.importSqlFile(path); });
+        EXPECT_FALSE(returned);
         EXPECT_EQ("SQL file " + path + " does not exist\n", console.err);
         EXPECT_EQ("", console.out);
     }
@@ -283,10 +283,10 @@ TEST(SqlDatabaseImport, FileThatCannotBeOpenedReturnsFalse)
     const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
     ASSERT_EQ(0, ::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address));
     FakeSqlDatabase database;
-    bool answer = true;
-    const Console console = captured([&] { answer = database.importSqlFile(path); });
+    bool returned = true;
+    const Console console = captured([&] { returned = database.importSqlFile(path); });
     ::close(listener);
-    EXPECT_FALSE(answer);
+    EXPECT_FALSE(returned);
     EXPECT_EQ("Executing SQL file " + path + "\n", console.out);
     EXPECT_EQ("", console.err);
 }
@@ -295,9 +295,9 @@ TEST(SqlDatabaseImport, DirectoryReturnsFalse)
 {
     const ScopedDirectory scratch;
     FakeSqlDatabase database;
-    bool answer = true;
-    const Console console = captured([&] { answer = database.importSqlFile(scratch.path()); });
-    EXPECT_FALSE(answer);
+    bool returned = true;
+    const Console console = captured([&] { returned = database.importSqlFile(scratch.path()); });
+    EXPECT_FALSE(returned);
     EXPECT_EQ("", console.err);
     EXPECT_TRUE(database.Executed.empty());
 }
@@ -311,8 +311,8 @@ TEST(SqlDatabaseImportDeathTest, ExistingFileThatMayNotBeReadIsNotReportedAsMiss
     const auto importWithoutRights = [&path] {
         kd_test::giveUpRights();
         FakeSqlDatabase database;
-        const bool answer = database.importSqlFile(path);
-        ::_exit(answer || !database.Executed.empty() ? 1 : 0);
+        const bool returned = database.importSqlFile(path);
+        ::_exit(returned || !database.Executed.empty() ? 1 : 0);
     };
     EXPECT_EXIT(importWithoutRights(), testing::ExitedWithCode(0), testing::Matcher<const std::string&>(""));
 }
@@ -359,7 +359,7 @@ TEST_F(SqlDatabaseSqliteImport, ScriptRunsToItsEnd)
 {
     const Import import = importScript(Database, "CREATE TABLE t (a TEXT, b INTEGER);\n# one; comment\n"
                                                  "INSERT INTO `t` VALUES ('x;y', 1);\nINSERT INTO t VALUES ('z', 2)");
-    EXPECT_FALSE(import.Answer);
+    EXPECT_FALSE(import.Returned);
     EXPECT_EQ("", import.Printed.out);
     EXPECT_EQ("", import.Printed.err);
     EXPECT_EQ("x;y,1,1", row("SELECT a, b, (SELECT count(*) FROM t) FROM t")) << "the last INSERT has no semicolon";
@@ -368,7 +368,7 @@ TEST_F(SqlDatabaseSqliteImport, ScriptRunsToItsEnd)
 TEST_F(SqlDatabaseSqliteImport, DeliberatelyASelectWithARowFails)
 {
     const Import import = importScript(Database, "CREATE TABLE t (a);\nSELECT 1;\nINSERT INTO t VALUES (1);\n");
-    EXPECT_TRUE(import.Answer);
+    EXPECT_TRUE(import.Returned);
     EXPECT_EQ("another row available [#100]\n", import.Printed.out);
     EXPECT_EQ("Error executing statement\n", import.Printed.err);
     EXPECT_EQ(0, Database.getRecords("t"));
@@ -377,7 +377,7 @@ TEST_F(SqlDatabaseSqliteImport, DeliberatelyASelectWithARowFails)
 TEST_F(SqlDatabaseSqliteImport, SelectWithoutARowSucceeds)
 {
     const Import import = importScript(Database, "CREATE TABLE t (a);\nSELECT a FROM t;\nINSERT INTO t VALUES (1);\n");
-    EXPECT_FALSE(import.Answer);
+    EXPECT_FALSE(import.Returned);
     EXPECT_EQ("", import.Printed.err);
     EXPECT_EQ(1, Database.getRecords("t"));
 }
@@ -386,7 +386,7 @@ TEST_F(SqlDatabaseSqliteImport, FailureOutsideATransactionKeepsEarlierStatements
 {
     const Import import = importScript(Database, "CREATE TABLE t (a);\nINSERT INTO t VALUES (1);\n"
                                                  "INSERT INTO u VALUES (2);\nINSERT INTO t VALUES (3);");
-    EXPECT_TRUE(import.Answer);
+    EXPECT_TRUE(import.Returned);
     EXPECT_EQ("no such table: u [#1]\n", import.Printed.out);
     EXPECT_EQ("Error executing statement\n", import.Printed.err);
     EXPECT_EQ("no such table: u [#1]", Database.errorText);
@@ -405,7 +405,7 @@ TEST_F(SqlDatabaseSqliteImport, FailureInsideATransactionRollsBackAndKeepsTheRea
         SCOPED_TRACE(script.Failing);
         Database.beginTransaction();
         const Import import = importScript(Database, std::string("INSERT INTO t VALUES (1);\n") + script.Failing);
-        EXPECT_TRUE(import.Answer);
+        EXPECT_TRUE(import.Returned);
         EXPECT_EQ(script.Reason + std::string("\n"), import.Printed.out);
         EXPECT_EQ("Error executing statement\n", import.Printed.err);
         EXPECT_FALSE(Database.inTransaction);
@@ -426,7 +426,7 @@ TEST_F(SqlDatabaseSqliteImport, TransactionThatTheScriptBeganItselfIsNotRolledBa
 TEST_F(SqlDatabaseSqliteImport, EmptyStatementStopsTheScriptWithoutAReason)
 {
     const Import import = importScript(Database, std::string(1'000'000, ';'));
-    EXPECT_TRUE(import.Answer);
+    EXPECT_TRUE(import.Returned);
     EXPECT_EQ("", import.Printed.out);
     EXPECT_EQ("Error executing statement\n", import.Printed.err);
     EXPECT_EQ("", Database.errorText);
@@ -436,7 +436,7 @@ TEST_F(SqlDatabaseSqliteImport, OneVeryLongStatementIsStoredWhole)
 {
     const Import import = importScript(Database, "CREATE TABLE t (a TEXT);\nINSERT INTO t VALUES ('" +
                                                      std::string(10'000'000, 'x') + ";');\n");
-    EXPECT_FALSE(import.Answer);
+    EXPECT_FALSE(import.Returned);
     EXPECT_EQ("", import.Printed.err);
     EXPECT_EQ("10000001,;", row("SELECT length(a), substr(a, -1) FROM t"));
 }
@@ -447,7 +447,7 @@ TEST_F(SqlDatabaseSqliteImport, ScriptOfManyStatementsIsOneCurrentStatement)
     for (int i = 1; i <= 20'000; ++i) {
         script += "INSERT INTO t VALUES (" + std::to_string(i) + ");\n";
     }
-    EXPECT_FALSE(importScript(Database, script + "COMMIT;\n").Answer);
+    EXPECT_FALSE(importScript(Database, script + "COMMIT;\n").Returned);
     EXPECT_EQ("20000,200010000", row("SELECT count(*), sum(a) FROM t"));
 }
 

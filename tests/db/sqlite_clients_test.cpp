@@ -1,4 +1,4 @@
-// Clients that use more than the library's operations: steps, overrides, kept statements.
+// Clients that do more than call the library's operations: steps, overrides, kept statements.
 #include "support/console_capture.h"
 #include "support/sql_calls.h"
 #include "support/sql_sqlite.h"

@@ -84,7 +84,7 @@ TEST_F(SqliteStatement, NotANumberIsBoundAsNullAndReturnsTrue)
     EXPECT_TRUE(Database.bind(1, 5));
     EXPECT_TRUE(Database.bind(1, nan));
     EXPECT_TRUE(Database.bind(2, -nan));
-    EXPECT_EQ("", printedBy([&] { EXPECT_TRUE(Database.bind(99, nan)); })) << "the answer is ignored";
+    EXPECT_EQ("", printedBy([&] { EXPECT_TRUE(Database.bind(99, nan)); })) << "SQLite's result is ignored";
     EXPECT_TRUE(Database.execute());
     EXPECT_EQ("NULL,NULL\n", rows());
 }
@@ -266,7 +266,7 @@ TEST_F(SqliteStatement, FailedRecordInATransactionRollsItBackAndKeepsTheReason)
 TEST_F(SqliteStatement, FailedResetOfARecordIsReportedButTheRecordSucceeds)
 {
     ASSERT_TRUE(Database.prepare("INSERT INTO t VALUES (:a, 2)"));
-    sqliteCalls.Answers["reset"] = {SQLITE_ERROR, 1};
+    sqliteCalls.Replies["reset"] = {SQLITE_ERROR, 1};
     EXPECT_EQ(failureLine(101, "no more rows available"), printedBy([&] {
                   EXPECT_TRUE(Database.preparedRecord(record({{":a", "1"}})));
               }));

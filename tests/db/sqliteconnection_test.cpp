@@ -263,8 +263,8 @@ TEST_F(SqliteConnectionDeathTest, ExistingFileThatMayNotBeReadIsNotReportedAsMis
     std::filesystem::permissions("x.db", std::filesystem::perms::none);
     const auto useWithoutRights = [this] {
         kd_test::giveUpRights();
-        const bool answer = Database.useDatabase("x.db");
-        ::_exit(!answer && Database.errorText == "unable to open database file [#14]" ? 0 : 1);
+        const bool opened = Database.useDatabase("x.db");
+        ::_exit(!opened && Database.errorText == "unable to open database file [#14]" ? 0 : 1);
     };
     EXPECT_EXIT(useWithoutRights(), testing::ExitedWithCode(0), "");
 }
@@ -415,7 +415,7 @@ TEST_F(SqliteConnection, DisconnectDiscardsAnOpenTransaction)
 TEST_F(SqliteConnection, BusyCloseIsCalledSixTimesInAllAndTheConnectionStays)
 {
     ASSERT_TRUE(Database.createDatabase(":memory:"));
-    sqliteCalls.Answers["close"] = {SQLITE_BUSY, 100};
+    sqliteCalls.Replies["close"] = {SQLITE_BUSY, 100};
     EXPECT_FALSE(Database.disconnect());
     EXPECT_EQ(6, sqliteCalls.Closes);
     EXPECT_TRUE(Database.isConnected());
@@ -427,7 +427,7 @@ TEST_F(SqliteConnection, BusyCloseIsCalledSixTimesInAllAndTheConnectionStays)
 TEST_F(SqliteConnection, CloseThatSucceedsTheSixthTimeIsASuccess)
 {
     ASSERT_TRUE(Database.createDatabase(":memory:"));
-    sqliteCalls.Answers["close"] = {SQLITE_BUSY, 5};
+    sqliteCalls.Replies["close"] = {SQLITE_BUSY, 5};
     EXPECT_TRUE(Database.disconnect());
     EXPECT_EQ(6, sqliteCalls.Closes);
     EXPECT_TRUE(Database.isDisconnected());
@@ -439,7 +439,7 @@ TEST_F(SqliteConnection, OtherFailureOfCloseIsNotRepeatedAndReportsTheErrorOfThe
     const std::string line = failureLine(1, "no such table: none");
     EXPECT_EQ(line, printedBy([&] { Database.execute("DELETE FROM none"); }));
     sqliteCalls.reset();
-    sqliteCalls.Answers["close"] = {SQLITE_MISUSE, 1};
+    sqliteCalls.Replies["close"] = {SQLITE_MISUSE, 1};
     EXPECT_EQ(line, printedBy([&] { EXPECT_FALSE(Database.disconnect()); }));
     EXPECT_EQ(1, sqliteCalls.Closes);
     EXPECT_EQ("no such table: none [#1]", Database.errorText);
@@ -485,7 +485,7 @@ TEST_F(SqliteConnection, DestructionFinalisesTheStatementsEvenOfAConnectionThatD
         ASSERT_TRUE(database.prepare("SELECT 2"));
         handle = database.handle;
         ASSERT_EQ(2U, kd_test::openStatements(handle));
-        sqliteCalls.Answers["close"] = {SQLITE_BUSY, 6};
+        sqliteCalls.Replies["close"] = {SQLITE_BUSY, 6};
     }
     EXPECT_EQ(0U, kd_test::openStatements(handle));
     EXPECT_EQ(SQLITE_OK, sqlite3_close_v2(handle));

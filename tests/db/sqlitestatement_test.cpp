@@ -213,7 +213,7 @@ TEST_F(SqliteStatement, FailedPreparationLeavesExecuteWithoutAStep)
 TEST_F(SqliteStatement, BusyIsNotRepeatedByExecute)
 {
     ASSERT_TRUE(Database.prepare("INSERT INTO t VALUES (1, 2)"));
-    sqliteCalls.Answers["step"] = {SQLITE_BUSY, 100};
+    sqliteCalls.Replies["step"] = {SQLITE_BUSY, 100};
     EXPECT_FALSE(Database.execute());
     EXPECT_EQ(1, sqliteCalls.Steps);
     EXPECT_EQ(nullptr, Database.statement);
@@ -221,7 +221,7 @@ TEST_F(SqliteStatement, BusyIsNotRepeatedByExecute)
 
 TEST_F(SqliteStatement, FailedResetAfterExecuteIsReportedButExecuteSucceeds)
 {
-    sqliteCalls.Answers["reset"] = {SQLITE_ERROR, 1};
+    sqliteCalls.Replies["reset"] = {SQLITE_ERROR, 1};
     EXPECT_EQ(failureLine(101, "no more rows available"),
               printedBy([&] { EXPECT_TRUE(Database.execute("INSERT INTO t VALUES (1, 2)")); }));
     EXPECT_EQ("1,2\n", rows());
@@ -309,7 +309,7 @@ TEST_F(SqliteStatement, FailedResetIsReported)
 {
     ASSERT_TRUE(Database.query("SELECT 1 AS x"));
     ASSERT_TRUE(Database.fetchRow());
-    sqliteCalls.Answers["reset"] = {SQLITE_ERROR, 1};
+    sqliteCalls.Replies["reset"] = {SQLITE_ERROR, 1};
     EXPECT_EQ(rowIsFailure, printedBy([&] { EXPECT_FALSE(Database.resetResults()); }));
 }
 
@@ -371,7 +371,7 @@ TEST_F(SqliteStatement, RepeatedFinalizeNeverSeesTheOldStatement)
     ASSERT_TRUE(Database.prepare("SELECT 1"));
     sqlite3_stmt* statement = Database.statement;
     sqliteCalls.reset();
-    sqliteCalls.Answers["finalize"] = {SQLITE_BUSY, 100};
+    sqliteCalls.Replies["finalize"] = {SQLITE_BUSY, 100};
     EXPECT_FALSE(Database.finalize());
     const std::vector<sqlite3_stmt*> given = {statement, nullptr, nullptr, nullptr, nullptr, nullptr};
     EXPECT_EQ(given, sqliteCalls.Finalized) << "six calls in all";
@@ -382,7 +382,7 @@ TEST_F(SqliteStatement, OtherFailureOfFinalizeIsNotRepeated)
 {
     ASSERT_TRUE(Database.prepare("SELECT 1"));
     sqliteCalls.reset();
-    sqliteCalls.Answers["finalize"] = {SQLITE_ERROR, 100};
+    sqliteCalls.Replies["finalize"] = {SQLITE_ERROR, 100};
     EXPECT_FALSE(Database.finalize());
     EXPECT_EQ(1U, sqliteCalls.Finalized.size());
     EXPECT_EQ(nullptr, Database.statement);
@@ -525,7 +525,7 @@ TEST_F(SqliteStatement, FetchRowReturnsFalseSilentlyForOtherCodes)
         SCOPED_TRACE(code);
         ASSERT_TRUE(Database.query("SELECT 1 AS x"));
         sqliteCalls.Steps = 0;
-        sqliteCalls.Answers["step"] = {code, 1};
+        sqliteCalls.Replies["step"] = {code, 1};
         EXPECT_EQ("", printedBy([&] { EXPECT_FALSE(Database.fetchRow()); }));
         EXPECT_EQ(1, sqliteCalls.Steps) << "not repeated";
         EXPECT_EQ("", Database.errorText);
@@ -536,13 +536,13 @@ TEST_F(SqliteStatement, FetchRowReturnsFalseSilentlyForOtherCodes)
 TEST_F(SqliteStatement, FetchRowRepeatsABusyCallUpToSixTimesInAll)
 {
     ASSERT_TRUE(Database.query("SELECT 1 AS x"));
-    sqliteCalls.Answers["step"] = {SQLITE_BUSY, 5};
+    sqliteCalls.Replies["step"] = {SQLITE_BUSY, 5};
     EXPECT_TRUE(Database.fetchRow());
     EXPECT_EQ(6, sqliteCalls.Steps);
     EXPECT_EQ("1", Database.queryColumns.getData("x"));
     ASSERT_TRUE(Database.query("SELECT 1 AS x"));
     sqliteCalls.reset();
-    sqliteCalls.Answers["step"] = {SQLITE_BUSY, 6};
+    sqliteCalls.Replies["step"] = {SQLITE_BUSY, 6};
     EXPECT_EQ("", printedBy([&] { EXPECT_FALSE(Database.fetchRow()); }));
     EXPECT_EQ(6, sqliteCalls.Steps);
     EXPECT_EQ(0U, Database.rowsFetched);

@@ -1,6 +1,6 @@
-// The common behaviour of all table classes: one set of tests walks over five rows of each kind of file. A kind says
-// which class reads it, what its file holds, and which columns and rows are read. A new class gets a new kind, named in
-// `Kinds`, with its columns and rows: five rows, in records of one length.
+// The common behaviour of all table classes: one set of tests walks over five rows of each kind of file. A kind defines
+// the class that reads it, the bytes of its file, and the columns and rows that are read. A new class needs a new kind
+// in `Kinds`, with its columns and rows: five rows, in records of one length.
 #include "support/dbf_builder.h"
 #include "support/table_builder.h"
 
@@ -49,7 +49,7 @@ struct Positional : FiveRows {
     static std::string bytes() { return lines("....", ".."); }
     static void define(Table& table)
     {
-        // Each column is as wide as the distance from the number before it.
+        // The width of each column is the distance from the previous number.
         table.setFieldOffsets("4|10|18");
     }
 };

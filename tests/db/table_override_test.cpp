@@ -1,5 +1,5 @@
-// What a client's class may do in its overrides: hand other text to the base operation, read more of the file, and use
-// its own type names.
+// A client's class may do this in its overrides: pass other text to the base operation, read more of the file, and
+// define type names.
 #include "support/dbf_builder.h"
 #include "support/table_builder.h"
 
@@ -75,7 +75,7 @@ struct XBase {
     static void define(Base& table) { EXPECT_TRUE(table.getFieldList()); }
 };
 
-/// Notes whether the text of a call is another one after `work`.
+/// Notes whether `work` changes the text of a call.
 template <class Work>
 bool changedBy(const std::string& argument, Work work)
 {

@@ -56,8 +56,8 @@ void expectSame(const TableField& expected, const TableField& field)
     EXPECT_EQ(expected.Value, field.Value);
 }
 
-/// Bytes that stay allocated when `work` has been done a hundred times. (With an allocator other than
-/// the C library's own, as under the address sanitizer, it is 0 and the sanitizer looks for leaks.)
+/// Bytes that stay allocated after `work` has been done a hundred times. (With another allocator than that of
+/// the C library, as under the address sanitizer, it is 0, and the sanitizer looks for leaks.)
 std::size_t bytesKeptBy(const std::function<void()>& work)
 {
     const std::size_t before = ::mallinfo2().uordblks;

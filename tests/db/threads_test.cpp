@@ -1,6 +1,6 @@
 // Different objects in different threads. Built with -fsanitize=thread, these tests show that the
-// library shares nothing between its objects. (The row printer counts for all objects together, by its
-// own rule, and is left out.)
+// library shares nothing between its objects. (The row printer is left out, because it counts for all
+// objects together.)
 
 #include <kd_lib/kd_db.h>
 
@@ -25,8 +25,8 @@ namespace {
 constexpr int threadCount = 4;
 constexpr int rounds = 25;
 
-/// Starts all threads at once; each calls `work` with its number, again and again. Counts the rounds whose result was
-/// false.
+/// Starts all threads at once. Each calls `work` with its number, again and again. Returns the number of rounds whose
+/// result was false.
 int failuresInThreads(const std::function<bool(int)>& work)
 {
     std::latch start(threadCount);

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// The text is put together here, so that a statically linked test program holds it only once.
+/// The text is composed here, so that a statically linked test program contains it only once.
 std::string whatString()
 {
     std::string text(1, '@');

@@ -301,7 +301,7 @@ TEST(xBase2SqlConvert, EveryRecordIsWrittenWithTheCurrentNames)
         using xBase2Sql::xBase2Sql;
         bool fetchRecord() override
         {
-            // Each record was written when the next one is asked for.
+            // Each record has been written when the next one is fetched.
             Inserts += Fetched > 0 ? insert() : "";
             if (!xBase2Sql::fetchRecord()) {
                 return false;
@@ -413,7 +413,7 @@ TEST(xBase2SqlWriteScript, StopsAtAStreamThatFails)
     EXPECT_EQ(2U, file.table.Fields.size());
 }
 
-/// A stream that takes `room` bytes and throws at the next.
+/// A stream that accepts `room` bytes and throws at the next one.
 class ThrowingStream : private std::streambuf, public std::ostream {
 public:
     explicit ThrowingStream(std::streamsize room) : std::ostream(this), Room(room) { exceptions(std::ios::badbit); }

@@ -154,7 +154,7 @@ TEST(CodePage, EveryCharacterOfThePagesThatIconvLacks)
 
 TEST(CodePage, LettersAreNotJoinedWithTheirMarks)
 {
-    // The converters of these pages hold a letter back and join it with the mark after it.
+    // The converters of these pages hold a letter back, to join it with a mark that follows.
     EXPECT_EQ(decoded("cp1255", "\xE0\xC7\xCB"), "\xD7\x90\xD6\xB7\xD6\xBB");
     EXPECT_EQ(decoded("cp1258", "a\xCC"), "a\xCC\x80");
     EXPECT_TRUE(CodePage("cp1255").isSingleByte());

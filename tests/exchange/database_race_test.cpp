@@ -144,7 +144,7 @@ bool fails(Work work)
     return work == Work::FailingLoad || work == Work::FailingImport;
 }
 
-/// Whether an outcome is one that its task may have beside the other.
+/// Whether a task may have this outcome while the other task runs.
 bool isAllowed(const Task& task, Outcome outcome, const Task& other)
 {
     if (outcome == Exists) {

@@ -210,7 +210,7 @@ TEST_F(DbfMemos, LengthsWrongInBothDirections)
         memo.replace(512 + 4, 4, big(length, 4));
         return memo;
     };
-    // After the block's header there are 56 bytes in the file.
+    // The file has 56 bytes after the block's header.
     EXPECT_EQ(one(0xF5, digits(8), fox(4), "fpt"), "'1234'");
     EXPECT_EQ(one(0xF5, digits(8), fox(0), "fpt"), "''");
     EXPECT_EQ(one(0xF5, digits(8), fox(57), "fpt"),

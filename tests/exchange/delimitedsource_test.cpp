@@ -70,7 +70,7 @@ std::string failureOf(const std::string& bytes, const SourceOptions& options = {
     return line.substr(line.find("t.csv"));
 }
 
-/// Such files have the size 0, whatever they hold.
+/// The size of such files is 0, whatever they contain.
 TEST(DelimitedSource, FilesOfTheKernelAreReadToTheirEnd)
 {
     DelimitedSource source("/proc/self/comm", {});

@@ -23,7 +23,7 @@
 
 namespace {
 
-/// Some file systems have no files without a name.
+/// Whether the file system has files without a name.
 bool namelessFiles = true;
 
 /// Whether standard input is closed when a folder is opened, which then has its descriptor.

@@ -1,4 +1,4 @@
-// The text of rows: type x value x form, with the exact text.
+// The exact text of rows, for each type, value and form.
 #include <kd_lib/exchange/rowtext.h>
 
 #include "support/output_text.h"
@@ -198,7 +198,7 @@ TEST(RowText, PostgreSqlWritesReturnsOfLongTextsAsEscapes)
     EXPECT_EQ(literalOf(Engine::PostgreSql, Cell::text(other + '\r')), "(E'" + other + "\\r')");
 }
 
-/// Specials at every place of texts of every size around the words and vectors that are copied at once.
+/// Special bytes at every place of texts, with all sizes around those of the words and vectors that are copied at once.
 TEST(RowText, FindsSpecialBytesWhereverTheyAre)
 {
     for (std::size_t size = 1; size <= 70; ++size) {

@@ -1,4 +1,4 @@
-// Each file operation of SQLite fails in turn. Whatever fails, the work ends in success or in an error that names the
+// Each file operation of SQLite fails in turn. The work then either succeeds or fails with an error that names the
 // database, and the database has all of the work or none.
 #include <kd_lib/exchange/error.h>
 #include <kd_lib/exchange/importscript.h>
@@ -46,7 +46,7 @@ protected:
 
     void importLines() { importScript(Script, Database); }
 
-    /// Restores the database: one with a table, or none.
+    /// Restores the old state: a database with a table, or no database.
     void makeOld(bool exists)
     {
         std::filesystem::remove(Database);

@@ -268,7 +268,7 @@ TEST_F(SqliteScripts, KeepTheOldTableWhenTheyFailInTheMiddle)
 {
     run("CREATE TABLE people (id, name); INSERT INTO people VALUES (9, 'old');\n");
     std::string script = scriptOf(Engine::Sqlite, replace);
-    // As SQLite does by itself when the disk is full.
+    // SQLite does this itself when the disk is full.
     script.insert(script.find("INSERT"), "ROLLBACK;\n");
     EXPECT_FALSE(run(script).empty());
     EXPECT_EQ(query(allRows), Texts{"9|'old'"});

@@ -303,7 +303,7 @@ TEST(TableLayoutSql, HasAKeyThatTheDatabaseNumbers)
     EXPECT_EQ(TableLayout(sqlite, "t.dbf", named({"id"}), {"t", TableMode::Append, "id"}).columnList(), "\"id\"");
 }
 
-/// The result for a cell in a table of one column: the reason against it, or its text.
+/// The result for a cell in a table of one column: the reason why it is refused, or its text.
 std::string fitted(const Dialect& dialect, const Column& of, const Cell& cell)
 {
     const std::vector<Column> columns = {of};

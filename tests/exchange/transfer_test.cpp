@@ -9,7 +9,7 @@ namespace {
 using namespace kd_lib::exchange;
 using kd_test::MemorySource;
 
-/// Keeps what it is called with, as text.
+/// Keeps its calls, as text.
 class MemoryTarget : public Target {
 public:
     void begin(const std::string& file, const std::vector<Column>& columns) override

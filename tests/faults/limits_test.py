@@ -99,21 +99,21 @@ class SweptLimit(support.FaultTest):
     def sweep(self, kind, values):
         met = set()
         for name, arguments in self.works().items():
-            answers = []
+            statuses = []
             for value in values:
                 with self.subTest(name, value=value):
                     self.remove_results()
                     files, kept = self.files(), support.content(self.database)
                     done = kd_db(*arguments, limits=[(kind, value)])
-                    answers.append(done.returncode)
+                    statuses.append(done.returncode)
                     if done.returncode == 0:
                         self.assert_done(name)
                         continue
                     self.assert_error_line(done, *arguments[1:])
                     self.assertEqual(self.files(), files)
                     self.assertEqual(support.content(self.database), kept)
-            met.update([name] if 1 in answers else [])
-            self.assertEqual(answers[-1], 0, f"{name}: the sweep ended too low")
+            met.update([name] if 1 in statuses else [])
+            self.assertEqual(statuses[-1], 0, f"{name}: the sweep ended too low")
         # Some works need no more than the program's start.
         self.assertTrue(met, "the sweep began too high")
 

@@ -17,7 +17,7 @@ def run(command):
     done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                           stderr=subprocess.PIPE, check=False)
     if done.returncode != 0:
-        sys.exit(f"{command} answered {done.returncode}:\n{done.stderr.decode(errors='replace')}")
+        sys.exit(f"{command} returned {done.returncode}:\n{done.stderr.decode(errors='replace')}")
     return done.stderr
 
 

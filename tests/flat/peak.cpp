@@ -1,5 +1,5 @@
 // flat_peak COMMAND...: runs the command and writes its peak memory in KiB as the last line of standard
-// error. Small itself, because a process begins with the peak of the one that started it.
+// error. This program is small, because a process begins with the peak of the process that started it.
 
 #include <cstdio>
 #include <cstdlib>

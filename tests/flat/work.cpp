@@ -1,5 +1,5 @@
 // flat_work WORK COUNT FOLDER: makes an input of COUNT records or statements in FOLDER ("make-..."), or
-// works on one. Every work returns 0 only if it saw all of them.
+// works on one. Each kind of work returns 0 only if it saw all of them.
 
 #include <kd_lib/asciitable.h>
 #include <kd_lib/sqliteconnection.h>

@@ -19,7 +19,7 @@ def run(*command, text_input=None):
     done = subprocess.run([str(word) for word in command], input=text_input, capture_output=True, text=True,
                           encoding="ascii", check=False)
     if done.returncode != 0:
-        sys.exit(f"{command} answered {done.returncode}: {done.stdout}{done.stderr}")
+        sys.exit(f"{command} returned {done.returncode}: {done.stdout}{done.stderr}")
     return done.stdout
 
 

@@ -490,7 +490,7 @@ TYPED_TEST(EngineContract, AScriptIsRunStatementByStatement)
     const std::string path = folder.path() + "/script.sql";
     std::ofstream(path) << "# a comment; with a semicolon\nCREATE TABLE t (a INTEGER, b VARCHAR(40));\n"
                            "INSERT INTO t VALUES (1, 'a;b');\nINSERT INTO t VALUES (2, '#c');\n";
-    captured([&] { EXPECT_FALSE(this->database.importSqlFile(path)) << "deliberate: the answer is inverted"; });
+    captured([&] { EXPECT_FALSE(this->database.importSqlFile(path)) << "deliberate: the result is inverted"; });
     EXPECT_EQ("1,a;b|2,#c|", this->rows("SELECT a, b FROM t ORDER BY a"));
 
     std::ofstream(path) << "INSERT INTO t VALUES (3, 'd');\nINSERT INTO missing VALUES (1);\n"

@@ -1,4 +1,4 @@
-// Loads into both servers, and what their tables give back. The URIs are in the environment.
+// Loads into both servers, and the values of the loaded tables. The URIs are in the environment.
 #include "exchange/support/memory_source.h"
 
 #include <kd_lib/exchange/mariadbserver.h>
@@ -56,7 +56,7 @@ protected:
 
     void TearDown() override
     {
-        // Whatever a test did, no table of a load under way is left.
+        // Whatever a test did, no temporary table of a load is left.
         EXPECT_TRUE(database.getTableList());
         for (const auto* table : database.tableList) {
             EXPECT_EQ(std::string::npos, table->Name.find("_kd_db_")) << table->Name;

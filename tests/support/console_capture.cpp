@@ -18,7 +18,7 @@ void flushAll()
     std::fflush(nullptr);
 }
 
-/// Replaces a descriptor by a file as long as it lives.
+/// Replaces a descriptor by a file while this object exists.
 class Redirection {
 public:
     Redirection(int descriptor, const std::string& path, int flags) : Descriptor(descriptor), Saved(::dup(descriptor))

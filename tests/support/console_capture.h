@@ -15,7 +15,7 @@ struct Console {
 /// streams and by C functions alike.
 Console captured(const std::function<void()>& work);
 
-/// Runs `work` with these bytes as standard input (a file, so no terminal), output captured.
+/// Runs `work` with these bytes as standard input (a file, so no terminal), and captures its output.
 Console capturedWithInput(const std::string& input, const std::function<void()>& work);
 
 }  // namespace kd_test

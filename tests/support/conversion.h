@@ -58,7 +58,7 @@ public:
         Table.Path = Directory.path();
     }
 
-    /// The script; the path that `convert` returns must be the one beside the table.
+    /// The script; `convert` must return its path in the folder of the table.
     std::string script()
     {
         std::string path;

@@ -15,8 +15,8 @@ struct DbfColumn {
     unsigned char flag = 0;  ///< byte 31 of the descriptor
 };
 
-/// Builds a valid `.dbf` file byte by byte; a test then bends the bytes or the header's numbers.
-/// Values are placed unchanged: too short ones are padded with blanks, too long ones are cut.
+/// Builds a valid `.dbf` file byte by byte; a test then damages the bytes or the header's numbers.
+/// Values are not converted: too short ones are padded with blanks, too long ones are cut.
 class DbfBuilder {
 public:
     explicit DbfBuilder(std::vector<DbfColumn> columns);
@@ -29,8 +29,8 @@ public:
     bool terminator = true;      ///< 0x0D after the descriptors
     bool endMark = true;         ///< 0x1A after the records
     std::uint32_t recordCount;   ///< as in the header; `record` adds one
-    std::uint16_t headerLength;  ///< as in the header; starts as 32 + 32 n + 1
-    std::uint16_t recordLength;  ///< as in the header; starts as 1 + the sum of the lengths
+    std::uint16_t headerLength;  ///< as in the header; by default 32 + 32 n + 1
+    std::uint16_t recordLength;  ///< as in the header; by default 1 + the sum of the lengths
 
     /// The whole file.
     std::string bytes() const;

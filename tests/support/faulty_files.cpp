@@ -22,7 +22,7 @@ bool fails()
 sqlite3_vfs* system = nullptr;
 sqlite3_vfs faulty;
 
-/// A file of SQLite; the system's follows it in memory.
+/// A file of SQLite; the file of the system follows it in memory.
 struct File {
     sqlite3_file Base;
 

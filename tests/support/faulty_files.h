@@ -6,8 +6,8 @@
 
 namespace kd_test {
 
-/// SQLite's files while this object lives: a chosen one of their operations (opening, reading, writing, bringing to the
-/// disk, cutting, removing) fails, or all from that one on. One object at a time.
+/// While this object exists, a chosen operation on SQLite's files fails, or all from that one on: opening, reading,
+/// writing, syncing, truncating or removing. One object at a time.
 class FaultyFiles {
 public:
     enum class Kind { Once, FromThenOn };

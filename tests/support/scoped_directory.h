@@ -5,7 +5,7 @@
 
 namespace kd_test {
 
-/// A fresh directory that vanishes with its content at the end of the scope.
+/// A new directory that is removed with its contents at the end of the scope.
 class ScopedDirectory {
 public:
     ScopedDirectory();
@@ -26,7 +26,7 @@ private:
     std::string Path;
 };
 
-/// All bytes of a file; a test failure when it cannot be read.
+/// All bytes of a file; the test fails if it cannot be read.
 std::string readFile(const std::string& path);
 
 }  // namespace kd_test

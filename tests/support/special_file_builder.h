@@ -1,5 +1,5 @@
 /// \file
-/// Files that are none: directories, pipes and endless devices under a table's name.
+/// Special files under a table's name: directories, pipes and endless devices.
 #pragma once
 
 #include "support/scoped_directory.h"
@@ -22,7 +22,7 @@ public:
     {
         const std::string path = directory.file(name);
         EXPECT_EQ(0, ::mkfifo(path.c_str(), 0600));
-        // Open for both ends, so that neither this nor the reader's open waits for the other.
+        // Opens both ends, so that neither this nor the reader's open waits for the other.
         Descriptor = ::open(path.c_str(), O_RDWR);
         EXPECT_NE(-1, Descriptor);
         EXPECT_EQ(static_cast<ssize_t>(bytes.size()), ::write(Descriptor, bytes.data(), bytes.size()));
@@ -31,7 +31,7 @@ public:
     Fifo(const Fifo&) = delete;
     Fifo& operator=(const Fifo&) = delete;
 
-    /// The reader meets the end after the bytes; call it once the reader has opened the pipe.
+    /// Lets the pipe end after its bytes; call it after the reader has opened the pipe.
     void end()
     {
         if (Descriptor >= 0) {

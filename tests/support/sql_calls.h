@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-// Functions of SQLite that replace the real ones: the library's calls come here first. They
-// are defined in this header, so one source file of a program includes it.
+// These functions replace those of SQLite: the library's calls come here first. They
+// are defined in this header, so only one source file of a program includes it.
 
 namespace kd_test {
 
@@ -30,20 +30,20 @@ struct SqliteCalls {
     int Closes = 0;
 
     /// Results by function: the given code this number of times, without the real call.
-    struct Answer {
+    struct Reply {
         int Code = SQLITE_OK;
         int Times = 0;
     };
-    std::map<std::string, Answer> Answers;
+    std::map<std::string, Reply> Replies;
 
     void reset() { *this = SqliteCalls(); }
 
-    /// Whether the call is replaced here; it is counted down.
+    /// Whether this call gets a reply from here; each such call uses up one.
     bool takes(const std::string& function, int& code)
     {
-        Answer& answer = Answers[function];
-        code = answer.Code;
-        return answer.Times > 0 && answer.Times-- > 0;
+        Reply& reply = Replies[function];
+        code = reply.Code;
+        return reply.Times > 0 && reply.Times-- > 0;
     }
 };
 
@@ -90,15 +90,15 @@ int sqlite3_reset(sqlite3_stmt* statement)
     return kd_test::sqliteCalls.takes("reset", code) ? code : real(statement);
 }
 
-/// A statement is destroyed with every result, as SQLite does it.
+/// Destroys the statement whatever it returns, as SQLite does.
 int sqlite3_finalize(sqlite3_stmt* statement)
 {
     static auto* const real = kd_test::realCall<decltype(sqlite3_finalize)>("sqlite3_finalize");
     kd_test::sqliteCalls.Finalized.push_back(statement);
     int code = SQLITE_OK;
     const bool taken = kd_test::sqliteCalls.takes("finalize", code);
-    const int answer = real(statement);
-    return taken ? code : answer;
+    const int reply = real(statement);
+    return taken ? code : reply;
 }
 
 int sqlite3_close_v2(sqlite3* handle)

@@ -19,7 +19,7 @@ namespace kd_test {
 using kd_lib::SQLite3;
 using Texts = std::vector<std::string>;
 
-/// The working directory and the home directory are a scratch directory as long as it lives.
+/// While it exists, a scratch directory is the working directory and the home directory.
 class InScratchDirectory : public testing::Test {
 protected:
     void SetUp() override

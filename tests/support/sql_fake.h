@@ -13,8 +13,8 @@
 
 namespace kd_test {
 
-/// An SQL back end without a database: it records the statements that it is asked to run and hands out
-/// the rows that a test puts into it.
+/// An SQL back end without a database: it records the statements that it receives and returns the rows that a
+/// test puts into it.
 class FakeSqlDatabase : public kd_lib::SqlDatabase {
 public:
     using Rows = std::vector<std::vector<std::string>>;
@@ -109,18 +109,18 @@ private:
     bool fails(const std::string& sql) const { return std::find(Failing.begin(), Failing.end(), sql) != Failing.end(); }
 };
 
-/// The output of a paged listing, and how many lines of input it read.
+/// The output of a paged listing, and the number of input lines that it read.
 struct Paged {
     std::string out;
     std::size_t asked = 0;
 };
 
-/// Runs `work` with each answer as a line of standard input, and reads the lines that it left.
-inline Paged paged(const std::vector<std::string>& answers, const std::function<void()>& work)
+/// Runs `work` with each reply as a line of standard input, and counts the lines that it read.
+inline Paged paged(const std::vector<std::string>& replies, const std::function<void()>& work)
 {
     std::string input;
-    for (const std::string& answer : answers) {
-        input += answer + '\n';
+    for (const std::string& reply : replies) {
+        input += reply + '\n';
     }
     std::size_t left = 0;
     const Console console = capturedWithInput(input, [&] {
@@ -129,11 +129,11 @@ inline Paged paged(const std::vector<std::string>& answers, const std::function<
             ++left;
         }
     });
-    return {console.out, answers.size() - left};
+    return {console.out, replies.size() - left};
 }
 
-/// Sets the count of printed values, which all objects of the process share, back to 0: it prints
-/// until it is asked and goes on.
+/// Sets the count of printed values, which all objects of the process share, back to 0: prints until
+/// there is a prompt, and continues.
 inline void restartRowCounter()
 {
     FakeSqlDatabase database;

@@ -10,47 +10,47 @@
 
 namespace kd_test {
 
-/// Another process with a separate connection to a database file. It is made before this process
+/// Another process with a separate connection to a database file. It must be created before this process
 /// opens the file: SQLite's bookkeeping of locks must not cross a fork.
 class OtherProcess {
 public:
     explicit OtherProcess(const std::string& path)
     {
-        if (::pipe(Requests) == 0 && ::pipe(Answers) == 0) {
+        if (::pipe(Requests) == 0 && ::pipe(Replies) == 0) {
             Child = ::fork();
         }
         if (Child == 0) {
             serve(path);
         }
         ::close(Requests[0]);
-        ::close(Answers[1]);
+        ::close(Replies[1]);
     }
     /// Ends the other process, and with it its locks.
     ~OtherProcess()
     {
         ::close(Requests[1]);
-        ::close(Answers[0]);
+        ::close(Replies[0]);
         int status = 0;
         ::waitpid(Child, &status, 0);
     }
     OtherProcess(const OtherProcess&) = delete;
     OtherProcess& operator=(const OtherProcess&) = delete;
 
-    /// Runs SQL statements in the other process; returns SQLite's code, or -1 if none came.
+    /// Runs SQL statements in the other process; returns SQLite's code, or -1 if there was no reply.
     int run(const std::string& sql)
     {
         const std::string line = sql + '\n';
-        std::uint8_t answer = 0;
-        const bool answered = ::write(Requests[1], line.data(), line.size()) == static_cast<ssize_t>(line.size()) &&
-                              ::read(Answers[0], &answer, 1) == 1;
-        return answered ? answer : -1;
+        std::uint8_t reply = 0;
+        const bool replied = ::write(Requests[1], line.data(), line.size()) == static_cast<ssize_t>(line.size()) &&
+                             ::read(Replies[0], &reply, 1) == 1;
+        return replied ? reply : -1;
     }
 
 private:
     [[noreturn]] void serve(const std::string& path)
     {
         ::close(Requests[1]);
-        ::close(Answers[0]);
+        ::close(Replies[0]);
         sqlite3* handle = nullptr;
         sqlite3_open(path.c_str(), &handle);
         std::string sql;
@@ -59,9 +59,9 @@ private:
                 sql += c;
                 continue;
             }
-            const auto answer = static_cast<std::uint8_t>(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr));
+            const auto reply = static_cast<std::uint8_t>(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr));
             sql.clear();
-            if (::write(Answers[1], &answer, 1) != 1) {
+            if (::write(Replies[1], &reply, 1) != 1) {
                 break;
             }
         }
@@ -69,7 +69,7 @@ private:
     }
 
     int Requests[2] = {-1, -1};
-    int Answers[2] = {-1, -1};
+    int Replies[2] = {-1, -1};
     pid_t Child = -1;
 };
 

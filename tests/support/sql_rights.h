@@ -4,8 +4,8 @@
 
 namespace kd_test {
 
-/// Makes this process, where it belongs to root, one of a user without rights. There is no way back, so
-/// only a death test's child may do it.
+/// If this process belongs to root, makes it a process of a user without rights. There is no way back, so
+/// only the child process of a death test may do it.
 inline void giveUpRights()
 {
     constexpr unsigned nobody = 65534;

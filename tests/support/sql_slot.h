@@ -21,7 +21,7 @@ std::size_t virtualSlot(Operation operation)
     return (offset & ~std::size_t{1}) / sizeof(void*);
 }
 
-/// Expects the operations of the database frame in the first slots of `Class`.
+/// Expects the operations of `Database` in the first slots of `Class`.
 template <class Class>
 void expectFrameSlots()
 {
@@ -36,7 +36,7 @@ void expectFrameSlots()
     EXPECT_EQ(8U, virtualSlot(&Class::createDatabase));
 }
 
-/// Expects these and after them the operations of an SQL database.
+/// Expects these, followed by the operations of `SqlDatabase`.
 template <class Class>
 void expectSqlSlots()
 {

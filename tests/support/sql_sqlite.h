@@ -42,8 +42,8 @@ inline std::string bareQuery(sqlite3* handle, const std::string& sql)
         }
         return 0;
     };
-    const int answer = sqlite3_exec(handle, sql.c_str(), append, &rows, nullptr);
-    EXPECT_EQ(SQLITE_OK, answer) << sqlite3_errmsg(handle);
+    const int code = sqlite3_exec(handle, sql.c_str(), append, &rows, nullptr);
+    EXPECT_EQ(SQLITE_OK, code) << sqlite3_errmsg(handle);
     return rows;
 }
 

@@ -51,7 +51,7 @@ protected:
     SQLite3 Database;
 };
 
-/// A database file with two rows that another process has open, too.
+/// A database file with two rows that another process has also opened.
 class SqliteStatementLock : public testing::Test {
 protected:
     void SetUp() override

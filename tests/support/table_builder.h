@@ -1,5 +1,5 @@
 /// \file
-/// Tables opened on files made of bytes, whole walks as values, and the damage that tests do to files.
+/// Tables opened on files of given bytes, the values of whole walks, and the damage that tests do to files.
 #pragma once
 
 #include "support/console_capture.h"
@@ -43,7 +43,7 @@ inline bool openQuietly(kd_lib::FileTable& table, const ScopedDirectory& directo
     return opened;
 }
 
-/// A table opened on a scratch file of these bytes; the file vanishes with the scope.
+/// A table opened on a scratch file of these bytes; the file is removed at the end of the scope.
 template <class Table>
 class Opened {
 public:
@@ -146,9 +146,9 @@ std::string caseName(const testing::TestParamInfo<Case>& row)
     return row.param.name;
 }
 
-/// The slot of a virtual operation in its class's table of operations, where the two kinds of
-/// destructor take slots 0 and 1; 0 for an operation that is not virtual. It reads the pointer as the
-/// common C++ binary interface lays it out.
+/// The slot of a virtual operation in its class's table of operations; the two kinds of destructor
+/// take slots 0 and 1. 0 for an operation that is not virtual. It reads the pointer in the layout of the
+/// common C++ binary interface.
 template <class Operation>
 std::size_t slotOf(Operation operation)
 {

@@ -44,16 +44,16 @@ Console displayOf(const std::string& text)
 }
 
 /// The result and the output of `more` with these bytes in a file as standard input.
-struct Answer {
+struct Outcome {
     bool goesOn = false;
     Console console;
 };
 
-Answer moreWithInput(const std::string& input)
+Outcome moreWithInput(const std::string& input)
 {
-    Answer answer;
-    answer.console = capturedWithInput(input, [&answer] { answer.goesOn = kd_lib::more(); });
-    return answer;
+    Outcome outcome;
+    outcome.console = capturedWithInput(input, [&outcome] { outcome.goesOn = kd_lib::more(); });
+    return outcome;
 }
 
 /// A pseudo-terminal; a child process runs `more` on it.
@@ -76,7 +76,7 @@ public:
 
     int descriptor() const { return Slave; }
 
-    /// Reading a key ends after this time (tenths of a second) even when none was pressed.
+    /// Reading a key ends after this time (tenths of a second) even if none was pressed.
     void stopWaitingAfter(unsigned char tenths)
     {
         AtStart.c_cc[VMIN] = 0;
@@ -89,7 +89,7 @@ public:
         ASSERT_EQ(static_cast<ssize_t>(keys.size()), ::write(Master, keys.data(), keys.size()));
     }
 
-    /// Waits until a process takes single keys without echo; false after ten seconds.
+    /// Waits until a process reads single keys without echo; false after ten seconds.
     bool waitsForKey() const
     {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
@@ -104,7 +104,7 @@ public:
         return false;
     }
 
-    /// Whether lines are edited and echoed as at the start.
+    /// Whether lines are edited and echoed as at the beginning.
     bool isAsAtStart() const
     {
         termios now{};
@@ -138,7 +138,7 @@ private:
 constexpr int goesOnStatus = 41;
 constexpr int stopsStatus = 42;
 
-/// A child process that asks `more` with these descriptors and ends with one of the two statuses.
+/// A child process that calls `more` with these descriptors and ends with one of two statuses.
 class AskingProcess {
 public:
     AskingProcess(int standardInput, int standardOutput)
@@ -155,7 +155,7 @@ public:
         }
     }
 
-    /// Waits for the end; -1 when it did not end by itself.
+    /// Waits for the end; -1 if it did not end by itself.
     int status() const
     {
         int status = 0;
@@ -169,7 +169,7 @@ private:
 
 constexpr const char* promptOnTerminal = "-- more (Enter goes on, q stops) --\r\n";
 
-/// Types the keys at the prompt and checks everything that can be seen.
+/// Types the keys at the prompt and checks all output.
 void expectAfterKeys(const std::string& keys, int expectedStatus)
 {
     const Terminal terminal;
@@ -339,27 +339,27 @@ TEST(MoreFromAFile, EndOfInputContinues)
 
 TEST(MoreFromAFile, PrintsNoPrompt)
 {
-    const Answer answer = moreWithInput("y\n");
-    EXPECT_EQ("", answer.console.out);
-    EXPECT_EQ("", answer.console.err);
+    const Outcome outcome = moreWithInput("y\n");
+    EXPECT_EQ("", outcome.console.out);
+    EXPECT_EQ("", outcome.console.err);
 }
 
 TEST(MoreFromAFile, ReadsOneLinePerCall)
 {
-    std::string answers;
-    capturedWithInput("yes\nno\n\nquit\n", [&answers] {
+    std::string results;
+    capturedWithInput("yes\nno\n\nquit\n", [&results] {
         for (int call = 0; call < 6; ++call) {
-            answers += kd_lib::more() ? '+' : '-';
+            results += kd_lib::more() ? '+' : '-';
         }
     });
-    EXPECT_EQ("+-+-++", answers);
+    EXPECT_EQ("+-+-++", results);
 }
 
 TEST(MoreFromAFile, ReadsALineEvenIfOutputIsATerminal)
 {
     const Terminal terminal;
     const kd_test::ScopedDirectory scratch;
-    const OpenFile input(scratch.write("answers", "no\n"), O_RDONLY);
+    const OpenFile input(scratch.write("replies", "no\n"), O_RDONLY);
     const AskingProcess process(input.descriptor(), terminal.descriptor());
     EXPECT_EQ(stopsStatus, process.status());
     EXPECT_EQ("", terminal.printed());

@@ -12,9 +12,9 @@
 
 namespace {
 
-enum class Answer { NoEntry, NoDirectory, Failure, Directory };
+enum class Reply { NoEntry, NoDirectory, Failure, Directory };
 
-Answer answer = Answer::NoEntry;
+Reply reply = Reply::NoEntry;
 std::string directory = "/of/the/entry";
 
 std::string expanded(std::string path)
@@ -29,23 +29,23 @@ std::string expanded(std::string path)
 extern "C" int getpwuid_r(uid_t, passwd* entry, char*, size_t, passwd** found)
 {
     *entry = passwd{};
-    *found = answer == Answer::NoDirectory || answer == Answer::Directory ? entry : nullptr;
-    entry->pw_dir = answer == Answer::Directory ? directory.data() : nullptr;
-    return answer == Answer::Failure ? EIO : 0;
+    *found = reply == Reply::NoDirectory || reply == Reply::Directory ? entry : nullptr;
+    entry->pw_dir = reply == Reply::Directory ? directory.data() : nullptr;
+    return reply == Reply::Failure ? EIO : 0;
 }
 
 namespace {
 
 TEST(UserDatabase, ItsDirectoryReplacesTheTilde)
 {
-    answer = Answer::Directory;
+    reply = Reply::Directory;
     EXPECT_EQ("/of/the/entry/file", expanded("~/file"));
 }
 
 TEST(UserDatabase, WithoutAnEntryWithADirectoryTheTildeStays)
 {
-    for (const Answer each : {Answer::NoEntry, Answer::NoDirectory, Answer::Failure}) {
-        answer = each;
+    for (const Reply each : {Reply::NoEntry, Reply::NoDirectory, Reply::Failure}) {
+        reply = each;
         EXPECT_EQ("~/file", expanded("~/file"));
         EXPECT_EQ("~", expanded("~"));
     }

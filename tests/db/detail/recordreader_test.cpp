@@ -1,4 +1,4 @@
-// Records of any stated length: the length is an upper bound, and memory is allocated as bytes are read.
+// Records of any given length: the length is an upper bound, and memory is allocated as bytes are read.
 #include "support/table_builder.h"
 
 #include <kd_lib/asciitable.h>
@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::uint64_t thousandMillion = 1000000000;
 
-/// How much the largest memory of this process grows by `work`, in KiB.
+/// The growth of this process's peak memory during `work`, in KiB.
 long growthBy(const std::function<void()>& work)
 {
     struct rusage before = {};
@@ -35,7 +35,7 @@ long growthBy(const std::function<void()>& work)
     return after.ru_maxrss - before.ru_maxrss;
 }
 
-/// Much less than the length; an address sanitizer needs an eighth of it more.
+/// Much less than the length; an address sanitizer needs an eighth of the length in addition.
 constexpr long littleGrowth = 300 * 1024;
 
 /// The state of a stream that reads one line with `limit` bytes of room.

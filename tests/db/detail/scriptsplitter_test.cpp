@@ -10,7 +10,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-/// The statements of a script that arrives in blocks of this size; the unfinished rest is the last.
+/// The statements of a script that arrives in blocks of this size; the last element is the unfinished rest.
 Texts statementsOf(std::string_view script, std::size_t blockSize)
 {
     Texts statements;

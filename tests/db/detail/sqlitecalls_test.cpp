@@ -6,7 +6,7 @@ using kd_lib::detail::retriedWhileBusy;
 
 namespace {
 
-/// Calls a function that returns busy `times` times and then done; returns the result and the number of calls.
+/// Calls a function that returns "busy" `times` times and then "done"; returns the result and the number of calls.
 std::pair<int, int> callsWhenBusy(int times)
 {
     int calls = 0;

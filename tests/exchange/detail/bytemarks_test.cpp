@@ -31,7 +31,7 @@ void expectAllFound()
         std::string block(blockSize, 'a');
         bool high = false;
         for (char& c : block) {
-            // Bytes close to the marks, and above 127, are the ones that tricks with words get wrong.
+            // Operations on whole words could be wrong for bytes close to the marks and above 127.
             c = round % 4 == 0 ? static_cast<char>(std::rand() % 256)
                                : std::string_view(",\"\n\r-!\x0B\x0C#+\xAC\xA2\x8A\x8D\0\x01",
                                                   16)[static_cast<std::size_t>(std::rand() % 16)];

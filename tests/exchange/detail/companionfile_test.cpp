@@ -15,7 +15,7 @@ using kd_lib::exchange::detail::findCompanion;
 
 class CompanionFileTest : public testing::Test {
 protected:
-    /// The name of the file found beside a table, in a folder of these files.
+    /// The name of the file found for a table, in a folder of these files.
     std::string found(const std::string& table, std::initializer_list<std::string_view> extensions) const
     {
         const auto path = findCompanion(Folder.file(table), extensions);

@@ -57,7 +57,7 @@ TEST(FieldTexts, NumbersAgreeWithTheRuleForAllTexts)
             ASSERT_EQ(expected.Value.Kind, CellKind::Number) << field;
             ASSERT_EQ(expected.Value.Text, digits) << field;
         } else {
-            // Everything left to the rule is not a number, or has another normal form.
+            // All other texts are not numbers, or have another normal form.
             ASSERT_NE(expected.Value.Kind, CellKind::Null) << field;
             ASSERT_NE(expected.Value.Text, withoutPadding(field)) << field;
         }

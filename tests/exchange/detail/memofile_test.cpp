@@ -15,7 +15,7 @@ using kd_lib::formats::MemoKind;
 
 class DetailMemoFileTest : public testing::Test {
 protected:
-    /// The value of a block in a file of these bytes; "!" and the reason where it cannot be read.
+    /// The value of a block in a file of these bytes; "!" and the reason if it cannot be read.
     std::string value(const std::string& name, const std::string& bytes, MemoKind kind, std::uint64_t block) const
     {
         MemoFile file(Folder.write(name, bytes), kind);

@@ -1,5 +1,5 @@
 /// \file
-/// A source and a target in memory, for tests of the code between sources and targets.
+/// A source in memory, for tests of the code between sources and targets.
 #pragma once
 
 #include <kd_lib/exchange/source.h>

@@ -13,7 +13,7 @@
 
 namespace kd_test {
 
-/// A cell as a short text that shows its kind, so that different cells never look the same.
+/// A cell as a short text that shows its kind, so that different cells have different texts.
 inline std::string cellText(const kd_lib::exchange::Cell& cell)
 {
     using kd_lib::exchange::CellKind;
@@ -73,7 +73,7 @@ struct Reading {
         return cells;
     }
 
-    /// Whether the first `Rows` contain nothing else.
+    /// The only cell; "not one cell" if there are more or none.
     std::string only() const { return Rows.size() == 1 && Rows[0].size() == 1 ? Rows[0][0] : "not one cell"; }
 };
 
@@ -117,13 +117,13 @@ inline std::string rewrite(const ScopedDirectory& folder, const std::string& nam
     return folder.write(name, bytes);
 }
 
-/// The whole of a file.
+/// Everything that the source of a file returns.
 inline Reading readFileAs(const std::string& path, const kd_lib::exchange::SourceOptions& options = {})
 {
     return readAll(*kd_lib::exchange::openSource(path, options));
 }
 
-/// Why a file cannot be opened or read, without its name; empty if it can.
+/// The reason why a file cannot be opened or read, without its name; empty if it can be read.
 inline std::string failureOf(const std::string& path, const kd_lib::exchange::SourceOptions& options = {})
 {
     try {

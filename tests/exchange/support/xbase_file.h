@@ -29,7 +29,7 @@ inline std::string littleDouble(double value)
     return little(std::bit_cast<std::uint64_t>(value), 8);
 }
 
-/// A .dbf file of any kind. Every number of the header can be set to something else before `bytes` is called.
+/// A .dbf file of any kind. Every number of the header can be changed before `bytes` is called.
 class XbaseFile {
 public:
     struct Field {
@@ -138,7 +138,7 @@ private:
     }
 };
 
-/// A dBase III memo file; a text that fits in one block has the number of its place.
+/// A dBase III memo file. If every text fits in one block, the n-th text is in block n.
 inline std::string memo3(const std::vector<std::string>& texts)
 {
     std::string bytes(512, '\0');

@@ -1,4 +1,4 @@
-// Draws warnings that the libraries' own code may not: they must not stop an embedding project.
+// Causes warnings that are errors in the libraries' code: they must not be errors in a project that embeds them.
 #include <kd_lib/kd_db.h>
 
 unsigned careless(double value)
