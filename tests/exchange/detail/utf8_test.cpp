@@ -11,7 +11,7 @@ namespace {
 
 using namespace kd_lib::exchange::detail;
 
-/// The library utf8proc must agree about a text.
+/// `takeCharacter`, which uses utf8proc, must agree about a text.
 void expectAlike(const std::string& text)
 {
     std::string_view rest = text;
