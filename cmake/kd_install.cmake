@@ -6,7 +6,7 @@ set(kd_config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kd_lib)
 set(kd_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 set(kd_generated ${kd_lib_BINARY_DIR}/package)
 
-# pkg-config: the prefix is found from the place of the file itself.
+# pkg-config: the prefix is derived from the place of the file itself.
 file(RELATIVE_PATH kd_prefix_from_pc /prefix/${kd_pkgconfig_dir} /prefix)
 string(REGEX REPLACE "/$" "" kd_prefix_from_pc ${kd_prefix_from_pc})
 
@@ -22,7 +22,7 @@ endfunction()
 foreach(library IN ITEMS kd_udf kd_db kd_exchange)
     kd_install_library(${library} kd_libTargets development)
 endforeach()
-# Where the loader of shared libraries finds it: `.load kd_tables` needs no folder.
+# The loader of shared libraries searches this folder: `.load kd_tables` needs no path.
 install(TARGETS kd_tables LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT kd_exchange)
 # Each in separate files: users of the other libraries need neither them nor their client libraries.
 foreach(library IN LISTS kd_server_libraries)
@@ -48,7 +48,7 @@ else()
     set(kd_doc_dir ${CMAKE_INSTALL_DOCDIR})
 endif()
 
-# Documents, in the folders of the sources, so that their links lead somewhere; and the reference, if it is built.
+# Documents, in the same folders as in the sources, so that their links work; and the reference, if it is built.
 install(FILES ${kd_lib_SOURCE_DIR}/README.md ${kd_lib_SOURCE_DIR}/CONTRIBUTING.md ${kd_lib_SOURCE_DIR}/CHANGELOG.md
     ${kd_lib_SOURCE_DIR}/SECURITY.md DESTINATION ${kd_doc_dir} COMPONENT documentation)
 install(FILES ${kd_lib_SOURCE_DIR}/tests/README.md DESTINATION ${kd_doc_dir}/tests COMPONENT documentation)
@@ -61,7 +61,7 @@ if(KD_BUILD_DOCS)
     install(DIRECTORY ${kd_lib_BINARY_DIR}/docs/reference/html DESTINATION ${kd_doc_dir} COMPONENT documentation)
 endif()
 
-# The program: it finds the libraries beside itself; its manual page, which Debian has compressed.
+# The program, which finds the libraries relative to itself, and its manual page, compressed as in Debian.
 if(TARGET kd_db_program)
     file(RELATIVE_PATH kd_lib_from_bin /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
     set_target_properties(kd_db_program PROPERTIES INSTALL_RPATH $ORIGIN/${kd_lib_from_bin})

@@ -1,4 +1,4 @@
-# How the code of the libraries is compiled: standard, visibility, warnings.
+# The compilation of the libraries' code: standard, visibility, warnings.
 function(kd_configure_code name)
     target_compile_features(${name} PUBLIC cxx_std_20)
     target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:kd_warnings>)

@@ -2,7 +2,7 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kd-lib)
 set(CPACK_PACKAGE_VERSION ${kd_lib_VERSION})
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has a separate one
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(KD_MAINTAINER "kd_db developers <developers@kd-db.invalid>" CACHE STRING "The maintainer that the packages name")
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${KD_MAINTAINER})
@@ -39,7 +39,7 @@ function(kd_package component name section summary description)
     if(section STREQUAL libs)
         set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_CONTROL_EXTRA ${kd_generated}/triggers PARENT_SCOPE)
     endif()
-    # What its user does first. The documents' own README is that of the project.
+    # The README of each package: the first steps of its user. That of the documents is the project's README.
     set(readme library)
     if(component MATCHES "_development$")
         set(readme server_development)

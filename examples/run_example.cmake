@@ -1,7 +1,7 @@
 # Runs one example in a fresh directory and compares what it prints, byte for byte.
 #   cmake -D PROGRAM=... -D EXPECTED=... -D DIRECTORY=... -D DATA=... -P run_example.cmake
-# EXPECTED is the path of the expected files without their endings: .out, and where the example has
-# them .err (standard error; nothing is expected without it) and .in (standard input).
+# EXPECTED is the path of the expected files without their endings: .out and, if the example has them, .err (standard
+# error; without it nothing is expected there) and .in (standard input).
 file(REMOVE_RECURSE ${DIRECTORY})
 file(MAKE_DIRECTORY ${DIRECTORY}/work)
 file(GLOB samples ${DATA}/*)

@@ -1,4 +1,4 @@
-# For the scripts of this folder. SCRATCH is the folder that a script works in, empty at its start.
+# For the scripts of this folder. SCRATCH is the folder that a script works in, which is empty at first.
 set -euo pipefail
 
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -12,7 +12,7 @@ fail()
     exit 1
 }
 
-# quietly COMMAND...: shows what the command says only where it fails.
+# quietly COMMAND...: shows the command's output only if it fails.
 quietly()
 {
     "$@" >"$SCRATCH/command.log" 2>&1 || { cat "$SCRATCH/command.log" >&2; fail "failed: $*"; }
@@ -27,7 +27,7 @@ expectOutput()
     [ "$output" = "$expected" ] || fail "$1 printed: $output"
 }
 
-# installLibraries BUILD_TREE PREFIX: what a client and the program need, without the program.
+# installLibraries BUILD_TREE PREFIX: the files that a client and the program need, without the program.
 installLibraries()
 {
     local component
@@ -62,7 +62,7 @@ consume()
     done
 }
 
-# expectOfServers PATTERN PROGRAM: what the program reports of ports where no server is.
+# expectOfServers PATTERN PROGRAM: the program's messages about ports without a server.
 expectOfServers()
 {
     local scheme reported

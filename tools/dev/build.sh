@@ -3,8 +3,8 @@
 # The physical folder of the checkout, whatever link it was called through.
 top=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/../.." && pwd -P)
 
-# The folder for all builds: KD_BUILD_DIR, or build/ in the checkout, or, where the checkout cannot be written, a
-# folder of this checkout's own among the user's caches.
+# The folder for all builds: KD_BUILD_DIR, or build/ in the checkout. If the checkout cannot be written, it is a folder for
+# this checkout among the user's caches.
 buildRoot()
 {
     if [ -n "${KD_BUILD_DIR:-}" ]; then
@@ -31,7 +31,7 @@ useFolder()
     fi
 }
 
-# showCounter DONE ALL WHAT: on a terminal a line that is overwritten, else a line every 15 seconds.
+# showCounter DONE ALL WHAT: on a terminal a line that is overwritten, otherwise a line every 15 seconds.
 counterShown=$SECONDS
 showCounter()
 {
@@ -60,7 +60,7 @@ buildIn()
     done || status=1
     clearCounter
     if [ $status -ne 0 ]; then
-        # From the first failed step on, without successful steps.
+        # The lines from the first failed step on, without successful steps.
         if grep -q '^FAILED: ' "$log"; then
             sed -n '/^FAILED: /,$p' "$log" | grep -vE '^\[[0-9]+/[0-9]+\] ' >&2
         else
