@@ -81,7 +81,7 @@ class CutDatabaseTest(support.FaultTest):
 
 
 class FailingScriptTest(support.FaultTest):
-    """All or nothing, whatever transactions the script makes itself."""
+    """All or nothing, whatever transactions the script contains."""
 
     SCRIPTS = {
         "outside a transaction": "CREATE TABLE a (x); INSERT INTO kept VALUES (1, 2); INSERT INTO nowhere VALUES (1);",

@@ -17,7 +17,7 @@ class DiskFullTest(support.FaultTest):
     def test_full_disk_leaves_everything_as_it_was(self):
         for work in ("script", "load", "load anew", "import", "import anew"):
             with self.subTest(work), support.small_disk(64 + self.table.stat().st_size // 1024) as disk:
-                # A third of the table's size is free: less than any of the works needs.
+                # A third of the table's size is free: less than any of the commands needs.
                 shutil.copy(self.table, disk)
                 if work != "script":
                     (disk / "input.dbf").write_bytes(b"x" * (self.table.stat().st_size * 2 // 3))
@@ -40,12 +40,12 @@ class DiskFullTest(support.FaultTest):
                           ("script", self.table)):
             with self.subTest(arguments[0]), open("/dev/full", "wb") as full:
                 self.assert_error_line(kd_db(*arguments, stdout=full), "standard output")
-        # The script itself was whole before its path was to be printed.
+        # The script was complete before its path was printed.
         self.assertEqual(self.table.with_suffix(".sql").read_bytes(), self.script.read_bytes())
 
 
 class ReadOnlyFolderTest(support.FaultTest):
-    """Permissions, also for root, who is run without the right to ignore them."""
+    """Permissions. If the tests run as root, the program runs without the right to ignore them."""
 
     PREFIX = ("setpriv", "--bounding-set=-dac_override,-dac_read_search") if os.geteuid() == 0 else ()
 
@@ -114,7 +114,7 @@ class SweptLimit(support.FaultTest):
                     self.assertEqual(support.content(self.database), kept)
             met.update([name] if 1 in statuses else [])
             self.assertEqual(statuses[-1], 0, f"{name}: the sweep ended too low")
-        # Some works need no more than the program's start.
+        # Some commands need no more than the program's start.
         self.assertTrue(met, "the sweep began too high")
 
     def assert_done(self, name):
@@ -127,7 +127,7 @@ class SweptLimit(support.FaultTest):
 
 @unittest.skipIf(support.SANITIZED, "a sanitizer needs descriptors of its own")
 class DescriptorLimitTest(SweptLimit):
-    """ulimit -n; the loader of shared libraries needs the fourth descriptor itself."""
+    """ulimit -n; the loader of shared libraries already needs the fourth descriptor."""
 
     def test_every_number_of_descriptors_ends_well(self):
         self.sweep(resource.RLIMIT_NOFILE, range(4, 16))

@@ -14,7 +14,7 @@ MOMENTS = 20
 
 
 class Killed(support.FaultTest):
-    """kill -9 at random moments of a work that is done once undisturbed to learn how long it takes."""
+    """kill -9 at random moments of a command, which first runs once undisturbed to measure its time."""
 
     RECORDS = 200000
 
@@ -81,12 +81,12 @@ class KilledScriptTest(Killed):
 
 
 class EndingSignalTest(support.FaultTest):
-    """SIGINT, SIGTERM and SIGHUP in the middle of a work."""
+    """SIGINT, SIGTERM and SIGHUP in the middle of the work."""
 
     RECORDS = 400000
 
     def wait_until_at_work(self, child, before):
-        """Until a file that was not there before, or one without a name, has content."""
+        """Waits until a new file, or one without a name, has content."""
         deadline = time.monotonic() + 60
         while time.monotonic() < deadline and child.poll() is None:
             if any(self.sizes_of_nameless(child)):
@@ -100,12 +100,12 @@ class EndingSignalTest(support.FaultTest):
 
     @staticmethod
     def sizes_of_nameless(child):
-        """The sizes of the files that the process writes and that no folder holds."""
+        """The sizes of the files without a name that the process writes."""
         try:
             for descriptor in os.scandir(f"/proc/{child.pid}/fd"):
                 state = os.stat(descriptor.path)
                 yield state.st_size if stat.S_ISREG(state.st_mode) and state.st_nlink == 0 else 0
-        except OSError:  # the process or a file of it has gone
+        except OSError:  # the process has ended, or has closed the file
             return
 
     def interrupt(self, number, arguments):
@@ -127,7 +127,7 @@ class EndingSignalTest(support.FaultTest):
         for number in (signal.SIGINT, signal.SIGTERM):
             with self.subTest(signal=number):
                 child = start("list", self.table)
-                child.stdout.read(1000)  # at work, and soon waiting for its reader
+                child.stdout.read(1000)  # it works, and will soon wait for its reader
                 child.send_signal(number)
                 self.assertEqual(child.wait(30), 128 + number)
                 child.stdout.close()
@@ -143,7 +143,7 @@ class EndingSignalTest(support.FaultTest):
 
 
 class ClosedPipeTest(support.FaultTest):
-    """A reader that has seen enough."""
+    """A reader that stops reading."""
 
     def test_the_program_ends_quietly(self):
         many = "WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c LIMIT 1000000) SELECT n FROM c"

@@ -1,4 +1,4 @@
-"""Running the console program under faults, and what must hold after every one of them."""
+"""Running the console program under faults, and the checks after each of them."""
 
 import contextlib
 import os
@@ -42,7 +42,7 @@ def make_table(path, count):
 
 
 def make_database(path):
-    """A database that holds something already."""
+    """A database that is not empty."""
     connection = sqlite3.connect(path)
     connection.executescript("CREATE TABLE kept (a, b); INSERT INTO kept VALUES ('r1c1', 'r1c2'), ('r2c1', 'r2c2');")
     connection.close()
@@ -59,7 +59,7 @@ def content(path):
 
 
 def rows_in(path, table):
-    """The number of rows; None where there is no such table."""
+    """The number of rows; None if there is no such table."""
     connection = sqlite3.connect(path)
     try:
         if not connection.execute("SELECT 1 FROM sqlite_master WHERE name = ?", (table,)).fetchone():
@@ -84,7 +84,7 @@ def small_disk(kibibytes):
 
 
 class FaultTest(unittest.TestCase):
-    """A folder with a table, a script and a database that holds something."""
+    """A folder with a table, a script and a database that is not empty."""
 
     RECORDS = 20000
 
@@ -108,7 +108,7 @@ class FaultTest(unittest.TestCase):
         self.table.with_suffix(".sql").rename(self.script)
 
     def works(self):
-        """The three works that write: into a fresh script, the database that is there, and a new one."""
+        """The three commands that write: a new script, an existing database and a new one."""
         return {
             "script": ("script", self.table),
             "load": ("load", self.table, "--into", self.database),
@@ -134,7 +134,7 @@ class FaultTest(unittest.TestCase):
 
     @contextlib.contextmanager
     def unchanged(self):
-        """Neither the files nor the content of the database differ afterwards."""
+        """Checks that neither the files nor the content of the database have changed."""
         files, kept = self.files(), content(self.database)
         yield
         self.assertEqual(self.files(), files)
@@ -147,7 +147,7 @@ class FaultTest(unittest.TestCase):
 
 
 def main():
-    """As unittest.main, but a run whose tests were all skipped says so to CTest."""
+    """As unittest.main, but reports to CTest if all tests were skipped."""
     result = unittest.main(exit=False).result
     if not result.wasSuccessful():
         sys.exit(1)

@@ -1,4 +1,4 @@
-"""The peak memory of a work at 10,000 and at 1,000,000 records differs by less than 4 MiB."""
+"""The peak memory of a command at 10,000 and at 1,000,000 records differs by less than 4 MiB."""
 
 import argparse
 import subprocess
@@ -8,7 +8,7 @@ import tempfile
 FEW, MANY = 10_000, 1_000_000
 LIMIT_KIB = 4096
 
-# The input of each work.
+# The input of each command.
 INPUTS = {"walk": "make-dbf", "walk-text": "make-text", "convert": "make-dbf", "load": "make-dbf",
           "import": "make-script", "query": None}
 
@@ -22,7 +22,7 @@ def run(command):
 
 
 def peak(arguments, count):
-    """Peak memory in KiB of the work on a fresh input of this many records."""
+    """Peak memory in KiB of the command on a new input of this number of records."""
     with tempfile.TemporaryDirectory(prefix="kd_flat_") as folder:
         if INPUTS[arguments.name]:
             run([arguments.work, INPUTS[arguments.name], str(count), folder])

@@ -1,4 +1,4 @@
-"""Compares the reader, value by value, with an independent program on tables of several makers: ours
+"""Compares the reader, value by value, with an independent program, on tables that several programs wrote: ours
 (oracle_tables), shapelib's tools and python3-dbf. ASCII content. One argument chooses the oracle."""
 
 import argparse
@@ -32,7 +32,7 @@ def dbf_module():
 
 
 class Table:
-    """What our reader says about a table."""
+    """The result of our reader for a table."""
 
     def __init__(self, dump, path):
         lines = run(dump, "read", path.parent, path.stem).split("\n")
@@ -90,7 +90,7 @@ def ours_for_dbfdump(table):
 
 
 def read_with_dbview(path, table):
-    """Live records only; the delimiter is a control character, which no value holds."""
+    """Only records that are not deleted; the delimiter is a control character, which no value contains."""
     records = []
     for line in run("dbview", "-b", "-d", "\x01", path).split("\n"):
         values = line.split("\x01")[:-1]
@@ -160,7 +160,7 @@ def read_with_sqlite3(path, _):
 
 
 def ours_for_sqlite3(table):
-    """A deleted record repeats the record before it in the script."""
+    """In the script, a deleted record repeats the previous record."""
     rows, values = [], [""] * len(table.names)
     for deleted, read in table.records:
         values = values if deleted else read

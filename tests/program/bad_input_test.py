@@ -1,5 +1,5 @@
-"""Bent and missing files: one error line that names the file, exit status 1, nothing left; or what can be carried, and
-status 3 with a word on the rest."""
+"""Damaged and missing files. Either one error line names the file, with exit status 1 and nothing left; or everything
+that can be carried is carried, and the rest is reported with status 3."""
 import os
 import unittest
 
@@ -143,7 +143,7 @@ class NoFile(ProgramTest):
     def test_folder(self):
         for arguments in self.COMMANDS:
             if arguments[0] in ['load', 'query', 'show']:
-                continue  # a folder is the tables in it
+                continue  # a folder means the tables in it
             with self.subTest(arguments):
                 os.mkdir(arguments[1])
                 self.check_failure(arguments, arguments[1] + ': Is a directory')

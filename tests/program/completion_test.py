@@ -107,7 +107,7 @@ class Offers(ProgramTest):
 
 
 class InShells(ProgramTest):
-    """The completion files at work."""
+    """The completion files in their shells."""
 
     def setUp(self):
         super().setUp()

@@ -85,7 +85,7 @@ class OtherLimits(Faults):
 
 @unittest.skipUnless(os.path.exists('/proc/mounts'), 'needs Linux')
 class FullDisk(Faults):
-    """On a file system of one megabyte, where one can be mounted."""
+    """On a file system of one megabyte, if one can be mounted."""
 
     def setUp(self):
         super().setUp()
@@ -113,7 +113,7 @@ class FullDisk(Faults):
 
 
 class Rights(Faults):
-    """As another user, where the tests run as root."""
+    """As another user, if the tests run as root."""
 
     def run_program(self, *arguments, **settings):
         if os.geteuid() == 0 and 'user' not in settings and stat.S_IMODE(os.stat('.').st_mode) == 0o555:
@@ -140,7 +140,7 @@ class Rights(Faults):
 
 
 class Locked(Faults):
-    """Another process holds the database."""
+    """Another process locks the database."""
 
     def locked(self):
         other = sqlite3.connect('old.db', isolation_level=None)

@@ -1,4 +1,4 @@
-"""inspect: the bytes of a file, and what is damaged."""
+"""inspect: the bytes of a file, and its damage."""
 import unittest
 
 from support import ProgramTest, bent, make_data, sample, table, write

@@ -1,4 +1,4 @@
-"""load: every value arrives, and all or nothing does; many files, each for itself."""
+"""load: every value arrives, all or nothing; many files are loaded one by one."""
 import os
 import subprocess
 import unittest
@@ -199,7 +199,7 @@ class AllOrNothing(ProgramTest):
 
 
 class TwoAtOnce(ProgramTest):
-    """Two processes load into one new database; what one stored, the other does not remove."""
+    """Two processes load into one new database; neither removes the other's records."""
     PAIRS = int(os.environ.get('KD_PAIRS', '40'))
 
     def test_stored_tables_stay(self):

@@ -13,7 +13,7 @@ CTRL_C = b'\x03'
 
 
 def computed(process):
-    """The seconds that a process has computed."""
+    """The processor time of a process, in seconds."""
     try:
         with open(f'/proc/{process.pid}/stat', encoding='utf-8') as file:
             fields = file.read().rsplit(') ', 1)[1].split()
@@ -25,7 +25,7 @@ def computed(process):
 class Terminal:
     """A command at the terminal that controls it: Ctrl-C and new sizes reach it, and its children, as signals.
 
-    `text` is what it has printed; with `raw` the bytes are as they were written, else lines end as on a terminal.
+    `text` is its output; with `raw` the bytes are unchanged, otherwise lines end as on a terminal.
     """
 
     def __init__(self, *command, columns=80, rows=24, environment=None, raw=True, **streams):
@@ -51,7 +51,7 @@ class Terminal:
         os.write(self.master, keys)
 
     def read(self, until=None, after=0):
-        """Reads until `until` has come after so many characters, or all that is printed until the command ends."""
+        """Reads until `until` has appeared after so many characters, or everything until the command ends."""
         if not self.read_for(until, PATIENCE, after):
             raise AssertionError(f'{until!r} did not come: {self.text[-2000:]!r}')
         return self.text
@@ -67,7 +67,7 @@ class Terminal:
         return True
 
     def read_some(self):
-        """Reads what is there. False: nothing can come any more."""
+        """Reads the available output. False: there will be no more."""
         ended = self.process.poll() is not None
         if not select.select([self.master], [], [], 0 if ended else 0.05)[0]:
             return not ended
@@ -83,7 +83,7 @@ class Terminal:
         return self.process.wait(timeout=PATIENCE)
 
     def wait_until_busy(self, seconds=0.2):
-        """Waits until the command has computed for so long."""
+        """Waits until the command has used so much processor time."""
         deadline = time.monotonic() + PATIENCE
         while computed(self.process) < seconds and self.process.poll() is None and time.monotonic() < deadline:
             self.read_some()

@@ -1,4 +1,4 @@
-"""What cannot be carried: messages, statuses, and the file of --rejects."""
+"""Values that cannot be carried: messages, statuses, and the file of --rejects."""
 import os
 import unittest
 

@@ -1,4 +1,4 @@
-"""script: what is written, and where."""
+"""script: its output, and the path of the output."""
 import os
 import unittest
 

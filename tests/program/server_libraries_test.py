@@ -14,7 +14,7 @@ CLIENTS = re.compile(r'\b(libkd_postgresql|libpq|libkd_mariadb|libmariadb)\.so')
 
 
 def uri(scheme):
-    """A database on a port where no server is."""
+    """A database on a port without a server."""
     return f'{scheme}://clerk:S3cret@127.0.0.1:1/shop'
 
 
@@ -90,7 +90,7 @@ class Unopened(ProgramTest):
         self.environment['LD_LIBRARY_PATH'] = ':'.join(folders)
 
     def check_server(self, name, reason):
-        """The reason is what follows the name of the package."""
+        """The reason follows the name of the package."""
         server, _ = SERVERS[name]
         shown = uri(name).replace(':S3cret', '')
         line = f'kd_db: {shown}: the {server} library cannot be opened (Debian package libkd-{name}1): '

@@ -1,4 +1,4 @@
-"""show: what a file is."""
+"""show: the description of a file."""
 import unittest
 
 from support import ProgramTest, make_data, sample, table, write

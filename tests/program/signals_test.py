@@ -26,7 +26,7 @@ class Signals(ProgramTest):
         self.before = content('old.db')
 
     def duration(self, arguments):
-        """How long the whole work takes here; its output is removed."""
+        """The time of the whole work on this machine; its output is removed."""
         begin = time.monotonic()
         self.assertEqual(self.run_program(*arguments).code, 0)
         return time.monotonic() - begin
@@ -36,13 +36,13 @@ class Signals(ProgramTest):
             time.sleep(moment)
             process.send_signal(number)
             out, err = process.communicate(timeout=120)
-            # As a shell reports it: a signal that comes before main ends the process by itself.
+            # As a shell reports it: a signal that arrives before main ends the process directly.
             code = process.returncode if process.returncode >= 0 else 128 - process.returncode
             return code, out.decode(), err.decode()
 
     def moments(self, arguments, rounds):
         whole = self.duration(arguments)
-        # Evenly spread, each somewhere in its share, so that every stage of the work is met.
+        # Evenly spread, each at a random place in its share, so that every stage of the work is hit.
         return [whole * (i + self.random.random()) / rounds for i in range(rounds)]
 
     def loaded(self, database):
@@ -139,7 +139,7 @@ class Ended(Signals):
 
 
 class Waiting(ProgramTest):
-    """Work that waits for its input, or for the reader of its output, ends as soon as it is asked to."""
+    """Work that waits for its input, or for the reader of its output, ends as soon as a signal arrives."""
 
     def check_ended(self, arguments, number, **streams):
         with started(*arguments, stderr=subprocess.PIPE, **streams) as process:

@@ -22,7 +22,7 @@ from pseudoterminal import computed  # noqa: E402
 
 PROGRAM = os.environ['KD_DB']
 SANITIZED = bool(os.environ.get('KD_SANITIZE'))
-# In memory where that is possible: a database syncs with every transaction.
+# In memory if possible: a database syncs with every transaction.
 FOLDERS = '/dev/shm' if os.access('/dev/shm', os.W_OK) else None
 for variable in ['PAGER', 'LESS', 'NO_COLOR', 'COLUMNS', 'LINES']:
     os.environ.pop(variable, None)
@@ -53,14 +53,14 @@ class ProgramTest(unittest.TestCase):
         self.addCleanup(os.chdir, before)
 
     def run_program(self, *arguments, stdin=b'', **settings):
-        """`stdin` is what the program may read: bytes, or an open file."""
+        """`stdin` is the program's input: bytes, or an open file."""
         settings.setdefault('stdout', subprocess.PIPE)
         source = {'input': stdin} if isinstance(stdin, bytes) else {'stdin': stdin}
         done = subprocess.run([PROGRAM, *arguments], stderr=subprocess.PIPE, timeout=120, **source, **settings)
         return Result(done.returncode, decoded(done.stdout), decoded(done.stderr))
 
     def check(self, arguments, out='', err='', code=0, **settings):
-        """Runs the program and compares everything that comes back, byte for byte."""
+        """Runs the program and compares its whole output, byte for byte."""
         result = self.run_program(*arguments, **settings)
         self.assertEqual((result.code, result.out, result.err), (code, out, err))
 
@@ -140,7 +140,7 @@ def limits(**values):
 
 
 def wait_until_watching(process, seconds=60):
-    """Waits until the program receives signals itself: before, they end it like any other process."""
+    """Waits until the program handles signals: before that, they end it like any other process."""
     interrupt = 1 << (signal.SIGINT - 1)
     deadline = time.monotonic() + seconds
     while process.poll() is None and time.monotonic() < deadline:
@@ -153,7 +153,7 @@ def wait_until_watching(process, seconds=60):
 
 
 def wait_until_busy(process, seconds=60):
-    """Waits until the program has computed for so long that it is inside its work, not at its start."""
+    """Waits until the program has used so much processor time that it is inside its work, not at its start."""
     deadline = time.monotonic() + seconds
     while process.poll() is None and time.monotonic() < deadline:
         if computed(process) >= 0.2:
@@ -164,7 +164,7 @@ def wait_until_busy(process, seconds=60):
 
 @contextlib.contextmanager
 def started(*arguments, **settings):
-    """The program running beside the test."""
+    """The program, running in parallel with the test."""
     with subprocess.Popen([PROGRAM, *arguments], **settings) as process:
         try:
             yield process

@@ -30,7 +30,7 @@ class AtTerminal(ProgramTest):
         return terminal.text
 
     def feed(self, terminal, text, seconds=0.0):
-        """Writes a piece to the program's input, again and again for so long."""
+        """Writes a piece to the program's input again and again, for this time."""
         deadline = time.monotonic() + seconds
         while True:
             terminal.process.stdin.write(text)
@@ -40,7 +40,7 @@ class AtTerminal(ProgramTest):
             terminal.read_some()
 
     def load_with_a_bar(self, *more, **settings):
-        """A load from a pipe whose progress bar is there."""
+        """A load from a pipe whose progress bar is shown."""
         terminal = self.start('load', '-', '--from', 'csv', '--table', 't', '--into', 'p.db', *more,
                               stdin=subprocess.PIPE, **settings)
         self.feed(terminal, b'x\n')
@@ -160,7 +160,7 @@ class Progress(AtTerminal):
 
 
 class Resizing(AtTerminal):
-    """The window gets another size while the program runs."""
+    """The size of the window changes while the program runs."""
 
     def setUp(self):
         super().setUp()
@@ -217,7 +217,7 @@ class Resizing(AtTerminal):
         terminal = self.start('query', 'a.db', NUMBERS.format(500), rows=10)
         terminal.read('  7\x1b')
         self.assertNotIn(' 30\x1b', terminal.text)
-        # A signal between the page and the wait for a key is without effect until the next one comes.
+        # A signal between the page and the wait for a key has no effect until the next one arrives.
         for rows in range(50, 60):
             terminal.resize(80, rows)
             if terminal.read_for(' 40\x1b', 2):
@@ -275,7 +275,7 @@ class CtrlC(AtTerminal):
         terminal.send(CTRL_C)
         deadline = time.monotonic() + PATIENCE
         while '(END)' not in terminal.text and time.monotonic() < deadline:
-            terminal.send(b'G')  # keys that come while less is interrupted are lost
+            terminal.send(b'G')  # keys that are typed while less is interrupted are lost
             terminal.read_some()
         self.assertIn('(END)', terminal.text)
         self.assertIsNone(terminal.process.poll())

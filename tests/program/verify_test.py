@@ -1,4 +1,4 @@
-"""verify: does the table hold what the file holds?"""
+"""verify: compares a table with its file."""
 import sqlite3
 import unittest
 

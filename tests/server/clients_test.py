@@ -1,4 +1,4 @@
-"""What the client libraries find by themselves, and how much memory the program needs beside a server."""
+"""The settings that the client libraries find themselves, and the memory that the program needs."""
 import os
 import pathlib
 import subprocess

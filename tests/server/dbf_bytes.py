@@ -14,7 +14,7 @@ def descriptor(column):
 
 
 def padded(value, column):
-    """Numbers to the right, everything else to the left, as writers do; whole values stay as they are."""
+    """Numbers to the right, everything else to the left, as in real files; values of full length are unchanged."""
     value = value if isinstance(value, bytes) else value.encode('latin-1')
     assert len(value) <= column['length'], (value, column)
     return value.rjust(column['length']) if column['kind'] in (b'N', b'F') else value.ljust(column['length'])

@@ -1,4 +1,4 @@
-"""What a hazard of real data is, and how a value that a database gives back is compared with the one expected."""
+"""Defines a hazard of real data, and compares a value that a database returns with the expected one."""
 import datetime
 import decimal
 import math
@@ -19,11 +19,11 @@ class Clock(str):
 
 
 class Hazard:
-    """A file, and what each database holds once it is carried there.
+    """A file, and the contents of each database after the file was carried into it.
 
     `rows`: the values expected; for a target that differs, `rows_TARGET`. `rejects`: how many cells and records are
     reported, `rejects_TARGET` likewise. `status`: of the program; by default 3 with rejects and 0 without.
-    `columns`: the names expected, where they matter. `fails`: targets that take nothing, with status 1.
+    `columns`: the expected names, if they matter. `fails`: targets that refuse the file, with status 1.
     """
 
     def __init__(self, group, title, files, rows=None, options=(), columns=None, rejects=0, status=None, fails=(),
@@ -44,7 +44,7 @@ class Hazard:
 
 
 def agrees(expected, actual):
-    """`actual` is what a database gave: its own type from SQLite, a text or bytes from a server."""
+    """`actual` is the database's value: of SQLite's own type, or a text or bytes from a server."""
     if expected is None or actual is None:
         return expected is None and actual is None
     if isinstance(expected, bool):

@@ -1,9 +1,9 @@
-"""hazards_test.py script|load TARGET [WORD...]    every hazard (of whose titles a WORD is part) into a real database
+"""hazards_test.py script|load TARGET [WORD...]    every hazard (whose title contains a WORD) into a real database
 hazards_test.py document                           docs/hazards.md, on standard output
-hazards_test.py documented                         fails when docs/hazards.md is another text
+hazards_test.py documented                         fails if docs/hazards.md differs from that
 
-`script`: `kd_db convert`, and the script through the database's own client, with settings that get in its way. `load`:
-`kd_db load` and `kd_db verify`. Then names and every value are compared with those expected.
+`script`: `kd_db convert`, and the script through the database's own client, with unfavourable settings. `load`:
+`kd_db load` and `kd_db verify`. Then names and every value are compared with the expected ones.
 """
 import datetime
 import json
@@ -66,7 +66,7 @@ class Trial:
         return says
 
     def carried(self, mode):
-        """What the program says; the database holds the table then, unless the hazard fails there."""
+        """The program's messages; afterwards the database has the table, unless the hazard fails there."""
         options = [*self.hazard.options, '--rejects', str(self.rejects)]
         if mode == 'load':
             return self.program('load', self.file, '--into', self.database.uri, *options)
@@ -95,7 +95,7 @@ class Trial:
 
     @staticmethod
     def without_policy(words):
-        """The options of a source; None where `verify` cannot know which records are there."""
+        """The options of a source; None if `verify` cannot know which records there are."""
         if '--on-error' in words:
             return None
         left_out = ('--names', '--table')

@@ -1,4 +1,4 @@
-"""The lines of README.md that show the two servers run as they are, with the passwords in the files they name."""
+"""The lines of README.md that show the two servers run unchanged, with the passwords in the files that they name."""
 import os
 import pathlib
 import re
@@ -36,7 +36,7 @@ class ReadmeTest(unittest.TestCase):
         self.secret('.pgpass', 'localhost:*:shop:me:of postgresql\n')
         self.secret('.my.cnf', f'[client]\nuser=me\npassword="of mariadb"\nsocket={self.mariadb.socket()}\n')
         programs = [pathlib.Path(os.environ['KD_DB']).parent, self.postgresql._programs(), os.environ['PATH']]
-        # What `me` on the machine of a default server would have.
+        # The environment that `me` would have on the machine of a default server.
         self.environment = {**os.environ, 'HOME': str(self.home), 'PATH': ':'.join(map(str, programs)),
                             'PGHOST': 'localhost', 'PGPORT': str(self.postgresql.port), 'PGUSER': 'me'}
 

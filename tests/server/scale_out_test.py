@@ -1,4 +1,4 @@
-"""Tables that are spread over several servers, and slices of one file side by side, as docs/scale-out.md shows."""
+"""Tables that are spread over several servers, and slices of one file in parallel, as docs/scale-out.md shows."""
 import os
 import pathlib
 import subprocess
@@ -45,8 +45,8 @@ class ScaleOut(unittest.TestCase):
         return result
 
     def check_a_death_in_commit(self):
-        """The shard that dies keeps nothing, the other one all of its part or nothing. The load fails, `verify` shows
-        what is there, and when the rows are deleted the load is right."""
+        """The shard that dies keeps nothing; the other keeps all of its part or nothing. The load fails, `verify` shows
+        which rows exist, and after they are deleted the load succeeds."""
         kept = []
         for dying, other in (self.shards, self.shards[::-1]):
             result = self.fail_in_commit(dying)
@@ -207,7 +207,7 @@ class SpiderTest(ScaleOut):
                              )[0][0] != '0'
 
     def test_a_shard_that_dies_during_commit(self):
-        """Spider commits the other shard all the same."""
+        """Spider commits the other shard anyway."""
         kept = self.check_a_death_in_commit()
         self.assertEqual(sum(kept), COUNT)
         self.assertGreater(min(kept), 0)
@@ -229,7 +229,7 @@ class SlicesTest(ScaleOut):
                 self.assertEqual(process.returncode, 0, err)
             rows = self.sorted_rows(server.execute('SELECT n, t FROM people', name))
             self.assertEqual(rows, self.expected)
-            # A slice again: the key refuses it whole.
+            # A slice is loaded again: the key refuses all of it.
             again = self.append(uri, '--records', f'{edges[2][0]}-{edges[2][1]}')
             self.assertEqual(again.code, 1, again.err)
             self.assertIn(f'record {edges[2][0]}', again.err)

@@ -1,5 +1,5 @@
-"""Scripts through the databases' own clients: into a table that exists or not, and through clients that go on after an
-error or have other settings."""
+"""Scripts through the databases' own clients: into a table that exists or not, and through clients that continue
+after an error or have other settings."""
 import os
 import pathlib
 import sqlite3
@@ -16,14 +16,14 @@ ROWS = [('1', 'Ann'), ('2', 'O\'Brien, the "old"'), ('3', None)]
 
 
 def ran(words, script, environment):
-    """The client's status and what it says."""
+    """The client's status and messages."""
     with open(script, 'rb') as source:
         done = subprocess.run(words, stdin=source, capture_output=True, env=environment, check=False, timeout=300)
     return done.returncode, done.stderr.decode(errors='replace')
 
 
 class Scripts:
-    """Tests of every database. `run` is the client with its own settings, `go_on` one that goes on after an error."""
+    """Tests of every database. `run_script` runs the client; with `go_on` the client continues after an error."""
 
     TARGET = ''
     MARK = '"'
@@ -133,7 +133,7 @@ class Scripts:
 
 
 class GoesOn:
-    """A client that goes on after an error."""
+    """A client that continues after an error."""
 
     def test_an_existing_table_stays(self):
         self.sql("CREATE TABLE people (id int, name varchar(30))")
@@ -205,7 +205,7 @@ class PostgreSQLScripts(Scripts, GoesOn, unittest.TestCase):
 class PostgreSQLInserts(PostgreSQLScripts):
     OPTIONS = ('--inserts',)
 
-    # It is for clients that know no commands of psql, so it cannot make psql stop.
+    # Such a script contains no commands of psql, so it cannot make psql stop.
     test_through_a_client_with_savepoints = None
 
 

@@ -1,4 +1,4 @@
-"""Loads, queries and imports of the program while servers refuse, fail and vanish: what is said, and what is left.
+"""Loads, queries and imports of the program while servers refuse, fail and disappear: the messages, and the remains.
 
 Each class has a separate server, whose settings it changes and which it kills.
 """
@@ -43,7 +43,7 @@ def kd_db(*words, stdin=b'', environment=None):
 
 
 class SlowLoad:
-    """A load whose table comes through a pipe, so that something can happen in its middle."""
+    """A load whose table comes through a pipe, so that a test can act in the middle of it."""
 
     COUNT = 300000
 
@@ -78,7 +78,7 @@ def until(condition, seconds=60):
 
 
 class OnServer:
-    """What holds for both servers."""
+    """Tests for both servers."""
 
     @classmethod
     def setUpClass(cls):
@@ -156,7 +156,7 @@ class OnServer:
             self.assertIn(result.code, (1, 2), result.err)
             self.assertNotIn('S3cret', result.err)
 
-    # Gone while it runs
+    # The server disappears while it runs
 
     def test_server_gone_during_a_load(self):
         load = SlowLoad(self.uri)

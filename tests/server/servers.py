@@ -37,7 +37,7 @@ import time
 import urllib.parse
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
-# Where ./test unpacks what it does not install
+# The folder into which ./test unpacks programs that it does not install
 PROGRAMS = pathlib.Path(os.environ.get('KD_SERVER_PROGRAMS') or TOP / 'build' / 'server-programs')
 READY_WITHIN = 120  # seconds, as on a busy machine
 STOP_WITHIN = 60
@@ -84,7 +84,7 @@ def _give(path):
 
 
 class Server:
-    """What both servers have in common. `folder`: an empty one for the data, instead of a new one; `tcp`: listens on
+    """The common part of both servers. `folder`: an empty one for the data, instead of a new one; `tcp`: listens on
     the loopback too; `options`: words for the server's command line; `owner`: the process that it ends with."""
 
     SETTINGS = ('folder', 'sockets', 'port', 'password', 'options', 'owner')
@@ -129,7 +129,7 @@ class Server:
             raise ServerError(f'{self.KIND}: no data folder: {done.stdout}{done.stderr}')
 
     def _keep(self):
-        """Starts the keeper, and returns once the server takes connections."""
+        """Starts the keeper, and returns when the server accepts connections."""
         keeper = subprocess.Popen([sys.executable, '-B', __file__, 'keep'], stdin=subprocess.PIPE,
                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
         with keeper.stdin as state:
@@ -141,7 +141,7 @@ class Server:
         self._prepare()
 
     def wait(self):
-        """Returns once the server takes connections."""
+        """Returns when the server accepts connections."""
         end = time.monotonic() + READY_WITHIN
         while not self._ready():
             if time.monotonic() > end or not self.pid():
@@ -163,7 +163,7 @@ class Server:
             return 0
 
     def kill(self):
-        """Ends the server as a failure of the machine would."""
+        """Ends the server like a failure of the machine."""
         pid = self.pid()
         if pid:
             os.kill(pid, signal.SIGKILL)
@@ -208,7 +208,7 @@ class Server:
     # Its use
 
     def log(self):
-        """What the server has written so far."""
+        """The server's log so far."""
         try:
             return (pathlib.Path(self.folder) / 'log').read_text(errors='replace')
         except OSError:
@@ -253,7 +253,7 @@ class Server:
                 process.kill()
 
     def state(self):
-        """What describes the server to another process."""
+        """A description of the server for another process."""
         return {'kind': self.KIND, **{name: getattr(self, name) for name in self.SETTINGS + ('keeper',)
                                       if hasattr(self, name)}}
 
@@ -374,7 +374,7 @@ class MariaDB(Server):
 
     @staticmethod
     def _rows(output):
-        """Tab, line end, backslash and zero byte come escaped, NULL as the word."""
+        """Tab, line end, backslash and zero byte are escaped, NULL is the word."""
         plain = {'t': '\t', 'n': '\n', '0': '\0', '\\': '\\'}
 
         def cell(text):
@@ -401,7 +401,7 @@ KINDS = {kind.KIND: kind for kind in (PostgreSQL, MariaDB)}
 
 
 def _runs(pid):
-    """Whether the process runs; a child of this process is reaped where it has ended."""
+    """Whether the process runs; a child of this process is reaped if it has ended."""
     with contextlib.suppress(ChildProcessError):
         os.waitpid(pid, os.WNOHANG)
     return os.path.exists(f'/proc/{pid}')

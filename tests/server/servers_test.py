@@ -1,4 +1,4 @@
-"""The private servers: they run without root's rights, side by side, and end with whoever started them."""
+"""The private servers: they run without root's rights, in parallel, and end with the process that started them."""
 import contextlib
 import os
 import signal
@@ -18,7 +18,7 @@ time.sleep(600)
 
 
 def owned(kind):
-    """A server in the hands of another process: that process, the keeper, the server and the two folders."""
+    """A server that another process owns: that process, the keeper, the server and the two folders."""
     owner = subprocess.Popen([sys.executable, '-B', '-c', OWNER, kind.KIND], stdout=subprocess.PIPE, text=True,
                              env={**os.environ, 'PYTHONPATH': os.path.dirname(servers.__file__)})
     keeper, server, *folders = owner.stdout.readline().split()

@@ -1,4 +1,4 @@
-"""TLS as a URI asks for it: accepted with the right authority, refused with another one or if the server has none."""
+"""TLS that a URI requires: accepted with the right authority, refused with another one or if the server has none."""
 import os
 import pathlib
 import subprocess
