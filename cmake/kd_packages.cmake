@@ -91,7 +91,7 @@ foreach(server client IN ZIP_LISTS kd_server_titles kd_server_clients)
     list(APPEND kd_server_packages "libkd-${name}1 ${kd_same}")
 endforeach()
 kd_package(program kd-db database "shows, converts and loads xBase and text tables"
-    "Lists xBase and text tables, turns them into SQL scripts, loads them into\nSQLite databases and prints the answers of queries."
+    "Lists xBase and text tables, turns them into SQL scripts, loads them into\nSQLite databases and prints the results of queries."
     "libkd-exchange1 ${kd_same}" "libkd-db1 ${kd_same}" "libkd-udf1 ${kd_same}")
 # The program opens these libraries when it needs them.
 list(JOIN kd_server_packages ", " CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS)
