@@ -154,7 +154,7 @@ Mysql openMariadb(const MariadbSettings& settings, std::string& reason)
     }
     // libmariadb continues without TLS if the server has none, although the option to enforce it is set.
     if (requiresTls(settings) && mysql_get_ssl_cipher(handle.get()) == nullptr) {
-        reason = "the server does not offer TLS, which the URI asks for";
+        reason = "the server does not offer TLS, which the URI requires";
         return nullptr;
     }
     mysql_set_local_infile_handler(handle.get(), refuseFile, readNothing, endFile, sayRefused, nullptr);

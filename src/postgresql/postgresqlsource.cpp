@@ -138,7 +138,7 @@ bool PostgresqlSource::take()
         throw SqlError(Session.name(), "there is no statement", std::nullopt);
     }
     if (status == PGRES_COPY_IN || status == PGRES_COPY_OUT || status == PGRES_COPY_BOTH) {
-        throw SqlError(Session.name(), "COPY has neither a reader nor a writer of its rows here", std::nullopt);
+        throw SqlError(Session.name(), "COPY cannot be used here", std::nullopt);
     }
     if (status != PGRES_TUPLES_OK && status != PGRES_COMMAND_OK) {
         Session.checkStop();

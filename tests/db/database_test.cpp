@@ -11,11 +11,11 @@
 namespace {
 
 using kd_lib::DatabaseTable;
-using Frame = kd_lib::Database<DatabaseTable>;
+using Base = kd_lib::Database<DatabaseTable>;
 using Log = std::vector<std::string>;
 
-static_assert(!std::is_copy_constructible_v<Frame>, "a frame owns its tables");
-static_assert(!std::is_copy_assignable_v<Frame>, "a frame owns its tables");
+static_assert(!std::is_copy_constructible_v<Base>, "a database owns its tables");
+static_assert(!std::is_copy_assignable_v<Base>, "a database owns its tables");
 
 /// A table that logs its calls.
 class LoggingTable : public DatabaseTable {
@@ -39,11 +39,11 @@ private:
 };
 
 /// A back end whose `connect` fails and remembers the settings.
-class FailingBackEnd : public Frame {
+class FailingBackEnd : public Base {
 public:
     std::string Met;
 
-    using Frame::connect;
+    using Base::connect;
 
     bool connect() override
     {
@@ -52,46 +52,46 @@ public:
     }
 };
 
-void expectDefaults(const Frame& frame)
+void expectDefaults(const Base& base)
 {
-    EXPECT_EQ("", frame.engine);
-    EXPECT_EQ("localhost", frame.host);
-    EXPECT_EQ("anonymous", frame.user);
-    EXPECT_EQ("", frame.password);
-    EXPECT_EQ("", frame.database);
+    EXPECT_EQ("", base.engine);
+    EXPECT_EQ("localhost", base.host);
+    EXPECT_EQ("anonymous", base.user);
+    EXPECT_EQ("", base.password);
+    EXPECT_EQ("", base.database);
 }
 
 TEST(Database, NewObjectHasTheDefaultSettingsAndNoTables)
 {
-    const Frame frame;
-    expectDefaults(frame);
-    EXPECT_TRUE(frame.tableList.empty());
+    const Base base;
+    expectDefaults(base);
+    EXPECT_TRUE(base.tableList.empty());
 }
 
 TEST(Database, DeliberatelyANewObjectIsConnectedAndDisconnectedAtTheSameTime)
 {
-    const Frame frame;
-    EXPECT_TRUE(frame.isConnected());
-    EXPECT_TRUE(frame.isDisconnected());
+    const Base base;
+    EXPECT_TRUE(base.isConnected());
+    EXPECT_TRUE(base.isDisconnected());
 }
 
 TEST(Database, ConnectWithoutArgumentsReturnsTrueAndChangesNothing)
 {
-    Frame frame;
-    EXPECT_TRUE(frame.connect());
-    expectDefaults(frame);
+    Base base;
+    EXPECT_TRUE(base.connect());
+    expectDefaults(base);
 }
 
 TEST(Database, ConnectWithArgumentsAssignsTheFourSettings)
 {
-    Frame frame;
-    frame.engine = "e";
-    EXPECT_TRUE(frame.connect("h", "u", "p", "d"));
-    EXPECT_EQ("h", frame.host);
-    EXPECT_EQ("u", frame.user);
-    EXPECT_EQ("p", frame.password);
-    EXPECT_EQ("d", frame.database);
-    EXPECT_EQ("e", frame.engine);
+    Base base;
+    base.engine = "e";
+    EXPECT_TRUE(base.connect("h", "u", "p", "d"));
+    EXPECT_EQ("h", base.host);
+    EXPECT_EQ("u", base.user);
+    EXPECT_EQ("p", base.password);
+    EXPECT_EQ("d", base.database);
+    EXPECT_EQ("e", base.engine);
 }
 
 TEST(Database, ConnectWithArgumentsAssignsFirstAndIgnoresTheResultOfTheVirtualConnect)
@@ -104,49 +104,49 @@ TEST(Database, ConnectWithArgumentsAssignsFirstAndIgnoresTheResultOfTheVirtualCo
 
 TEST(Database, DisconnectReturnsToTheDefaultsAndForgetsTheEngineAndTheTables)
 {
-    Frame frame;
-    frame.engine = "e";
-    frame.connect("h", "u", "p", "d");
-    frame.linkTable("t");
-    EXPECT_TRUE(frame.disconnect());
-    expectDefaults(frame);
-    EXPECT_TRUE(frame.tableList.empty());
+    Base base;
+    base.engine = "e";
+    base.connect("h", "u", "p", "d");
+    base.linkTable("t");
+    EXPECT_TRUE(base.disconnect());
+    expectDefaults(base);
+    EXPECT_TRUE(base.tableList.empty());
 }
 
 TEST(Database, DefaultSetLeavesTheLinkedTables)
 {
-    Frame frame;
-    frame.engine = "e";
-    frame.connect("h", "u", "p", "d");
-    const DatabaseTable* table = frame.linkTable("t");
-    frame.defaultSet();
-    expectDefaults(frame);
-    ASSERT_EQ(1U, frame.tableList.size());
-    EXPECT_EQ(table, frame.tableList[0]);
+    Base base;
+    base.engine = "e";
+    base.connect("h", "u", "p", "d");
+    const DatabaseTable* table = base.linkTable("t");
+    base.defaultSet();
+    expectDefaults(base);
+    ASSERT_EQ(1U, base.tableList.size());
+    EXPECT_EQ(table, base.tableList[0]);
     EXPECT_EQ("d", table->Path);
 }
 
 TEST(Database, UseDatabaseAndCreateDatabaseOnlyAssignTheName)
 {
-    Frame frame;
-    EXPECT_TRUE(frame.useDatabase("used"));
-    EXPECT_EQ("used", frame.database);
-    EXPECT_TRUE(frame.createDatabase("created"));
-    EXPECT_EQ("created", frame.database);
-    EXPECT_EQ("localhost", frame.host);
-    EXPECT_EQ("anonymous", frame.user);
+    Base base;
+    EXPECT_TRUE(base.useDatabase("used"));
+    EXPECT_EQ("used", base.database);
+    EXPECT_TRUE(base.createDatabase("created"));
+    EXPECT_EQ("created", base.database);
+    EXPECT_EQ("localhost", base.host);
+    EXPECT_EQ("anonymous", base.user);
 }
 
 TEST(Database, LinkTableCreatesATableWithItsNameAndTheDatabaseAsPath)
 {
-    Frame frame;
-    frame.database = "first";
-    const DatabaseTable* one = frame.linkTable("One");
-    frame.database = "second";
-    const DatabaseTable* two = frame.linkTable("Two");
-    ASSERT_EQ(2U, frame.tableList.size());
-    EXPECT_EQ(one, frame.tableList[0]);
-    EXPECT_EQ(two, frame.tableList[1]);
+    Base base;
+    base.database = "first";
+    const DatabaseTable* one = base.linkTable("One");
+    base.database = "second";
+    const DatabaseTable* two = base.linkTable("Two");
+    ASSERT_EQ(2U, base.tableList.size());
+    EXPECT_EQ(one, base.tableList[0]);
+    EXPECT_EQ(two, base.tableList[1]);
     EXPECT_EQ("One", one->Name);
     EXPECT_EQ("first", one->Path) << "the path is a copy";
     EXPECT_EQ("Two", two->Name);
@@ -156,75 +156,75 @@ TEST(Database, LinkTableCreatesATableWithItsNameAndTheDatabaseAsPath)
 
 TEST(Database, LinkingANameTwiceCreatesTwoTables)
 {
-    Frame frame;
-    const DatabaseTable* first = frame.linkTable("same");
-    const DatabaseTable* second = frame.linkTable("same");
+    Base base;
+    const DatabaseTable* first = base.linkTable("same");
+    const DatabaseTable* second = base.linkTable("same");
     EXPECT_NE(first, second);
-    EXPECT_EQ(2U, frame.tableList.size());
+    EXPECT_EQ(2U, base.tableList.size());
 }
 
 TEST(Database, ClearTableListClosesOnlyOpenTablesButDeletesEveryTable)
 {
     Log log;
-    Frame frame;
-    frame.tableList.push_back(new LoggingTable("a", true, log));
-    frame.tableList.push_back(new LoggingTable("b", false, log));
-    frame.tableList.push_back(new LoggingTable("c", true, log));
-    EXPECT_TRUE(frame.clearTableList());
+    Base base;
+    base.tableList.push_back(new LoggingTable("a", true, log));
+    base.tableList.push_back(new LoggingTable("b", false, log));
+    base.tableList.push_back(new LoggingTable("c", true, log));
+    EXPECT_TRUE(base.clearTableList());
     EXPECT_EQ((Log{"close a", "delete a", "delete b", "close c", "delete c"}), log);
-    EXPECT_TRUE(frame.tableList.empty());
+    EXPECT_TRUE(base.tableList.empty());
 }
 
 TEST(Database, ClearTableListIgnoresNullPointers)
 {
     Log log;
-    Frame frame;
-    frame.tableList.push_back(nullptr);
-    frame.tableList.push_back(new LoggingTable("a", false, log));
-    EXPECT_TRUE(frame.clearTableList());
+    Base base;
+    base.tableList.push_back(nullptr);
+    base.tableList.push_back(new LoggingTable("a", false, log));
+    EXPECT_TRUE(base.clearTableList());
     EXPECT_EQ(Log{"delete a"}, log);
-    EXPECT_TRUE(frame.tableList.empty());
+    EXPECT_TRUE(base.tableList.empty());
 }
 
 TEST(Database, ClearTableListOfAnEmptyListReturnsTrue)
 {
-    Frame frame;
-    EXPECT_TRUE(frame.clearTableList());
+    Base base;
+    EXPECT_TRUE(base.clearTableList());
 }
 
 TEST(Database, ClearTableListLeavesTheSettings)
 {
-    Frame frame;
-    frame.engine = "e";
-    frame.connect("h", "u", "p", "d");
-    frame.clearTableList();
-    EXPECT_EQ("e", frame.engine);
-    EXPECT_EQ("h", frame.host);
-    EXPECT_EQ("d", frame.database);
+    Base base;
+    base.engine = "e";
+    base.connect("h", "u", "p", "d");
+    base.clearTableList();
+    EXPECT_EQ("e", base.engine);
+    EXPECT_EQ("h", base.host);
+    EXPECT_EQ("d", base.database);
 }
 
 TEST(Database, DisconnectClosesTheOpenTables)
 {
     Log log;
-    Frame frame;
-    frame.tableList.push_back(new LoggingTable("a", true, log));
-    frame.disconnect();
+    Base base;
+    base.tableList.push_back(new LoggingTable("a", true, log));
+    base.disconnect();
     EXPECT_EQ((Log{"close a", "delete a"}), log);
 }
 
 TEST(Database, DestructionThroughTheBaseClosesAndDeletesTheTables)
 {
     Log log;
-    Frame* frame = new FailingBackEnd;
-    frame->tableList.push_back(new LoggingTable("a", true, log));
-    frame->tableList.push_back(new LoggingTable("b", false, log));
-    delete frame;
+    Base* base = new FailingBackEnd;
+    base->tableList.push_back(new LoggingTable("a", true, log));
+    base->tableList.push_back(new LoggingTable("b", false, log));
+    delete base;
     EXPECT_EQ((Log{"close a", "delete a", "delete b"}), log);
 }
 
 TEST(Database, VirtualOperationsAreInTheirSlots)
 {
-    kd_test::expectFrameSlots<Frame>();
+    kd_test::expectFrameSlots<Base>();
 }
 
 }  // namespace

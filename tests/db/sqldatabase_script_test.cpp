@@ -205,7 +205,7 @@ TEST(SqlDatabaseImport, DeliberatelyAScriptThatStopsAtAFailingStatementReturnsTr
     EXPECT_TRUE(import.Returned);
     EXPECT_EQ("", import.Printed.out);
     EXPECT_EQ("Error executing statement\n", import.Printed.err);
-    EXPECT_EQ((Texts{"A;", "B;"}), database.Executed) << "what ran stays run, the rest is not run";
+    EXPECT_EQ((Texts{"A;", "B;"}), database.Executed) << "statements that ran stay, the others are not run";
 }
 
 TEST(SqlDatabaseImport, FailingLastByteOfTheFileStillReturnsTrue)

@@ -83,7 +83,7 @@ TEST(SqlDatabase, UseDatabaseExecutesUseWithTheNameInBackquotes)
     FakeSqlDatabase database;
     EXPECT_TRUE(database.useDatabase("shop"));
     EXPECT_EQ(Texts{"USE `shop`"}, database.Executed);
-    EXPECT_EQ("", database.database) << "the frame's assignment is replaced";
+    EXPECT_EQ("", database.database) << "the assignment of the base class is replaced";
 }
 
 TEST(SqlDatabase, CreateDatabaseExecutesCreateDatabaseWithTheNameInBackquotes)

@@ -598,7 +598,7 @@ TEST_F(SqliteStatement, QueryResultsPrintsARealResult)
 TEST_F(SqliteStatement, DeliberatelyQueryResultsOfAnExecutedChangeRunsItAgain)
 {
     ASSERT_TRUE(Database.execute("INSERT INTO t (b) VALUES (7)"));
-    ASSERT_EQ(1U, Database.resultRows) << "which stands for a result, too";
+    ASSERT_EQ(1U, Database.resultRows) << "which counts as a result";
     EXPECT_EQ("", printedBy([&] { EXPECT_TRUE(Database.queryResults()); }));
     EXPECT_EQ("NULL,7\nNULL,7\n", rows());
 }

@@ -305,7 +305,7 @@ TEST_F(DbfTypes, BinaryFlagMakesBytesOfText)
     const std::string bytes("\xFF\0 a ", 5);
     EXPECT_EQ(readOne(0x30, {"", 'C', 5, 0, 4}, bytes).only(), "bytes FF 00 20 61 20");
     EXPECT_EQ(readOne(0x30, {"", 'C', 5, 0, 6}, bytes).only(), "bytes FF 00 20 61 20");
-    EXPECT_EQ(readOne(3, {"", 'C', 3, 0, 4}, "ab ").only(), "'ab'") << "byte 18 is left-overs in dBase III";
+    EXPECT_EQ(readOne(3, {"", 'C', 3, 0, 4}, "ab ").only(), "'ab'") << "byte 18 has no meaning in dBase III";
 }
 
 TEST_F(DbfTypes, UnknownTypesAreBytesWithOneNote)
@@ -352,7 +352,7 @@ TEST_F(DbfTypes, LengthOfVaryingFieldAboveTheField)
     file.record({"abcd\x05", "\x01"}).record({"abcd\x04", "\x01"}).record({"abcd\xFF", "\x01"});
     const Reading reading = read(file);
     EXPECT_EQ(reading.column(), (std::vector<std::string>{"unreadable", "'abcd'", "unreadable"}));
-    EXPECT_EQ(reading.Flaws.front(), "1 V: the value's length is above that of its field");
+    EXPECT_EQ(reading.Flaws.front(), "1 V: the value's length is greater than that of its field");
 }
 
 TEST_F(DbfTypes, NullFlagsOfManyFieldsInAnyPlace)

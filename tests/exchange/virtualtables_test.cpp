@@ -401,7 +401,7 @@ TEST_F(VirtualTables, InvalidArgumentsAreErrors)
         {quoted(file) + ", colour=blue", "unknown argument colour=blue"},
         {quoted(file) + ", " + quoted(file), "unknown argument " + quoted(file)},
         {quoted(file) + ", deleted=maybe", "deleted=maybe makes no sense"},
-        {quoted(file) + ", deleted=keep, deleted=skip", "argument deleted comes twice"},
+        {quoted(file) + ", deleted=keep, deleted=skip", "argument deleted is given twice"},
         {quoted(file) + ", type=NR", "type=NR makes no sense"},
         {quoted(file) + ", header=perhaps", "header=perhaps makes no sense"},
         {"deleted=keep", "the name of a file is missing"},

@@ -214,7 +214,7 @@ TYPED_TEST(EngineContract, AnExecutedStatementCountsItsRows)
     EXPECT_TRUE(this->database.execute("INSERT INTO t VALUES (1, 'x'), (2, 'y'), (3, 'z')"));
     EXPECT_EQ(3U, this->database.resultRows);
     EXPECT_TRUE(this->database.execute("UPDATE t SET b = 'y' WHERE a > 1"));
-    EXPECT_EQ(2U, this->database.resultRows) << "also where a row has the value already";
+    EXPECT_EQ(2U, this->database.resultRows) << "even if a row has the value already";
     EXPECT_TRUE(this->database.execute("DELETE FROM t WHERE a = 7"));
     EXPECT_EQ(0U, this->database.resultRows);
     EXPECT_EQ(3, this->database.getRecords("t"));

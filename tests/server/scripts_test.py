@@ -235,7 +235,7 @@ class MySQLScripts(Scripts, unittest.TestCase):
         script.write_text(script.read_text().replace("('3',", "('3','4',"))
         self.assertNotEqual(self.run_script(script)[0], 0)
         self.assertEqual(self.rows(), [('9', 'old')])
-        self.assertEqual(self.run_script(self.convert('--replace'))[0], 0, 'what the failure left is in nobody\'s way')
+        self.assertEqual(self.run_script(self.convert('--replace'))[0], 0, 'the remains of the failure do not matter')
         self.assertEqual(self.rows(), ROWS)
         self.assertEqual(self.database.tables(), ['people'])
 

@@ -205,7 +205,7 @@ void RecordDecoder::setVarying(Field& field, const char* record, Record& to)
     if (!bytes.empty() && isSet(record, field.Bits.Varying)) {
         const std::size_t length = byteAt(bytes.data(), bytes.size() - 1);
         if (length >= bytes.size()) {
-            to.reject(field.Column, "the value's length is above that of its field");
+            to.reject(field.Column, "the value's length is greater than that of its field");
             return;
         }
         bytes = bytes.substr(0, length);

@@ -156,7 +156,7 @@ TableArguments parseTableArguments(const std::vector<std::string_view>& argument
             throw OptionError("", "unknown argument " + std::string(trimmed(text)));
         }
         if (!met.insert(argument.Name).second && argument.Name != "type") {
-            throw OptionError("", "argument " + argument.Name + " comes twice");
+            throw OptionError("", "argument " + argument.Name + " is given twice");
         }
         setter->second(table, argument);
     }

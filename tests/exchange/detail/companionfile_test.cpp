@@ -59,7 +59,7 @@ TEST_F(CompanionFileTest, AnotherCaseIsFound)
     make({"ALPHA.DBT", "Zeta.dBt", "az@[`{.dbt"});
     EXPECT_EQ(found("alpha.dbf", {"dbt"}), "ALPHA.DBT");
     EXPECT_EQ(found("zeta.DBF", {"dbt"}), "Zeta.dBt");
-    EXPECT_EQ(found("AZ@[`{.dbf", {"dbt"}), "az@[`{.dbt") << "the letters at both ends, and what is beside them";
+    EXPECT_EQ(found("AZ@[`{.dbf", {"dbt"}), "az@[`{.dbt") << "the letters at both ends, and their neighbours";
     EXPECT_EQ(found("az`{@[.dbf", {"dbt"}), "none");
 }
 

@@ -17,7 +17,7 @@ bool equal(ColumnType type, const Cell& a, const Cell& b)
     std::string second;
     detail::appendComparable(first, type, a);
     detail::appendComparable(second, type, b);
-    EXPECT_EQ(first == second, found) << "the forms are equal where the values are";
+    EXPECT_EQ(first == second, found) << "the forms are equal if the values are";
     return found;
 }
 
