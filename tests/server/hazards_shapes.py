@@ -112,7 +112,7 @@ DELIMITED = [
          says=';'),
     text('apostrophes as quotes', "id,town\n1,'Rome, Lazio'\n", [('1', 'Rome, Lazio')], '--quote', "'"),
     text('no quotes', 'id,town\n1,"Rome\n', [('1', '"Rome')], '--quote', 'none'),
-    text('UTF-16 without a word', '\ufeffid,town\n1,Rome\n'.encode('utf-16-le'),
+    text('UTF-16 without an option', '\ufeffid,town\n1,Rome\n'.encode('utf-16-le'),
          fails=('sqlite', 'postgresql', 'mysql'), says='UTF-16'),
     text('UTF-16', '\ufeffid,town\n1,K\u00f6ln\n'.encode('utf-16-le'), [('1', 'K\u00f6ln')], '--encoding', 'UTF-16'),
     text('Latin-1', 'id,town\n1,K\u00f6ln\n'.encode('latin-1'), [('1', 'K\u00f6ln')], '--encoding', 'latin1'),
@@ -128,9 +128,9 @@ DELIMITED = [
     text('a cell of a million bytes', 'a,b\n1,"' + 'x,"",\n' * 200000 + '"\n', [('1', 'x,",\n' * 200000)]),
     text('a zero byte in a cell', b'a,b\n1,x\0y\n', [('1', 'x\0y')], rows_postgresql=[('1', None)],
          rejects_postgresql=1),
-    text('a type asked for', 'a,b\n1,yes\n2,x\n', [(1, 'yes'), (2, 'x')], '--type', 'a=integer'),
+    text('a type by option', 'a,b\n1,yes\n2,x\n', [(1, 'yes'), (2, 'x')], '--type', 'a=integer'),
     text('a type that does not fit', 'a,b\n1,yes\nx,y\n', [(1, 'yes'), (None, 'y')], '--type', 'a=integer', rejects=1),
-    text('a time asked for', 'a\n13:14:15\n', [(Clock('13:14:15'),)], '--type', 'a=time'),
+    text('a time by option', 'a\n13:14:15\n', [(Clock('13:14:15'),)], '--type', 'a=time'),
 ]
 
 HAZARDS = SHAPES + OPTIONS + DELIMITED

@@ -187,10 +187,10 @@ def outcome(hazard, target):
 
 INTRODUCTION = """# Hazards of real data
 
-{} things that old tables hold and that other converters trip over, each with what the three databases
-must hold afterwards. `tests/server/hazards_test.py` makes each file, carries it into SQLite, PostgreSQL and MariaDB,
-by `kd_db convert` and the database's own client as well as by `kd_db load`, and compares every value. This page is
-made by `hazards_test.py document`, and a test compares the two.
+{} properties of old tables that are easy to get wrong, and the contents that the three databases must have afterwards.
+`tests/server/hazards_test.py` makes each file, carries it into SQLite, PostgreSQL and MariaDB, by `kd_db convert` and
+the database's own client as well as by `kd_db load`, and compares every value. This page is the output of
+`hazards_test.py document`, and a test compares the two.
 
 "N reported" means that N cells or records are reported on standard error and in `--rejects`, with status 3.
 """

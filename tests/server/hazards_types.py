@@ -72,8 +72,8 @@ NUMBERS = [
     whole('width 19', '9' * 19, int('9' * 19), 19),
     whole('width 20', '9' * 20, int('9' * 20), 20),
     whole('width 20, in 64 bits', '-9223372036854775808', -9223372036854775808, 20),
-    whole('decimals in a column without', '1.5', None, 9, rejects=1, rows_sqlite=None, rejects_sqlite=None),
-    whole('whole decimals in a column without', '15.0', 15, 9, rejects=None),
+    whole('decimals in a column without decimals', '1.5', None, 9, rejects=1, rows_sqlite=None, rejects_sqlite=None),
+    whole('decimals of zero in a column without decimals', '15.0', 15, 9, rejects=None),
     whole('an exponent beyond 32 bits in width 9', '1E12', None, 9, rejects=1, rows_sqlite=[(10 ** 12,)],
           rejects_sqlite=0),
     number('a wide decimal that is not a double', '123456789012345.6789', Decimal('123456789012345.6789'), 20, 4),
@@ -87,8 +87,9 @@ NUMBERS = [
     number('one third to nineteen places', '0.33333333333333333', Decimal('0.33333333333333333'), 19, 17),
 ]
 
-LOGICALS = [one('logicals', f'{raw!r} is {expected}', 'L', 1, raw, expected, rejects=rejects) for raw, expected,
-            rejects in [
+NAMES = {True: 'true', False: 'false', None: 'NULL'}
+LOGICALS = [one('logicals', f'{raw.decode()!r} is {NAMES[expected]}', 'L', 1, raw, expected, rejects=rejects)
+            for raw, expected, rejects in [
     (b'T', True, 0), (b't', True, 0), (b'Y', True, 0), (b'y', True, 0), (b'F', False, 0), (b'f', False, 0),
     (b'N', False, 0), (b'n', False, 0), (b'?', None, 0), (b' ', None, 0), (b'\0', None, 0), (b'1', None, 1),
     (b'J', None, 1)]]
@@ -101,14 +102,14 @@ DATES = [
     one('dates', 'blank', 'D', 8, '', None),
     one('dates', 'eight zeros', 'D', 8, '00000000', None),
     one('dates', 'zero bytes', 'D', 8, bytes(8), None),
-    one('dates', 'no leap year', 'D', 8, '20230229', None, rejects=1),
-    one('dates', '1900 was no leap year', 'D', 8, '19000229', None, rejects=1),
+    one('dates', '29 February in another year', 'D', 8, '20230229', None, rejects=1),
+    one('dates', '1900 was not a leap year', 'D', 8, '19000229', None, rejects=1),
     one('dates', '2000 was a leap year', 'D', 8, '20000229', datetime.date(2000, 2, 29)),
     one('dates', 'month 13 and day 99', 'D', 8, '20241399', None, rejects=1),
     one('dates', 'month 0', 'D', 8, '20240015', None, rejects=1),
     one('dates', 'day 0', 'D', 8, '20240500', None, rejects=1),
     one('dates', 'year 0', 'D', 8, '00000101', None, rejects=1),
-    one('dates', 'another form', 'D', 8, '2024-1-1', None, rejects=1),
+    one('dates', 'another form of date', 'D', 8, '2024-1-1', None, rejects=1),
     one('dates', 'cut short', 'D', 8, '202402', None, rejects=1),
 ]
 
@@ -161,7 +162,7 @@ SEVEN = [
     seven('@, 1970', '@', 8, bytes.fromhex('42CC418BA99A0000'), Moment('1970-01-01 00:00:00.000')),
     seven('@ to the millisecond', '@', 8, moment7(2024, 2, 29, 86399999), Moment('2024-02-29 23:59:59.999')),
     seven('@, all zero bytes', '@', 8, bytes(8), None),
-    Hazard('dBase 7', 'the driver name tells the code page', {'.dbf': table7([field('T', 'C', 6)], [[b'\x8c\xae\xe1']],
+    Hazard('dBase 7', 'the driver name gives the code page', {'.dbf': table7([field('T', 'C', 6)], [[b'\x8c\xae\xe1']],
                                                                              driver=b'DB866RU0')},
                                                                              [('\u041c\u043e\u0441',)]),
     Hazard('dBase 7', 'a driver of Windows', {'.dbf': table7([field('T', 'C', 6)], [[b'\x80']], driver=b'DBWINUS0')},
