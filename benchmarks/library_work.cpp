@@ -147,7 +147,7 @@ Tally walkFixed(const Files& files)
 
 Tally writeScript(const Files& files)
 {
-    // The script is written beside its table: a link keeps it out of the input's folder.
+    // The script is written into the folder of its table: a link keeps it out of the input's folder.
     const std::string link = files.output(".dbf");
     std::filesystem::remove(link);
     std::filesystem::create_symlink(std::filesystem::absolute(files.input(".dbf")), link);

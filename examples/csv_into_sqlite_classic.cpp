@@ -1,4 +1,4 @@
-// Delimited text into SQLite by the classic classes: a prepared insert that takes the fields of each record.
+// Delimited text into SQLite with the classic classes: a prepared insert that gets the fields of each record.
 #include <kd_lib/asciitable.h>
 #include <kd_lib/sqliteconnection.h>
 

@@ -34,7 +34,7 @@ void finding(const std::string& what)
     std::abort();
 }
 
-/// The rows of a statement, with the rowid first where it asks for it; nothing: it failed.
+/// The rows of a statement, with the rowid first if it selects that; nothing: it failed.
 std::optional<std::vector<std::string>> rowsOf(sqlite3* connection, const std::string& sql)
 {
     std::vector<std::string> rows;

@@ -14,7 +14,7 @@ constexpr int longestValue = 20000;
 
 int budget = callsPerInput;
 
-/// The file that may be attached, beside databases in memory; empty: none.
+/// The file that may be attached, in addition to databases in memory; empty: none.
 std::string allowedFile;
 
 bool isHarmless(const std::string& pragma)

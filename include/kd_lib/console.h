@@ -18,7 +18,7 @@ KD_LIB_EXPORT void message(const std::string& text);
 /// Writes one error line to standard error: `text` without a prefix, then one line end.
 KD_LIB_EXPORT void errorMessage(const std::string& text);
 
-/// Writes a block of report text, whose lines the caller has ended, to standard output as it is.
+/// Writes a block of report text to standard output unchanged; the caller has ended its lines.
 KD_LIB_EXPORT void display(const std::string& text);
 
 /// The process-wide switch for optional notes; false until `setVerbose(true)`.

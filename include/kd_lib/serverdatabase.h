@@ -24,7 +24,7 @@ struct ServerWords;
 /// holds a password.
 ///
 /// Servers differ from `SQLite3`:
-/// - `query` executes the statement. Rows come from the server as they are fetched, so memory does not grow with their
+/// - `query` executes the statement. `fetchRow` reads rows from the server, so memory does not grow with their
 ///   number. A new statement first reads the rest of an unfinished result.
 /// - `execute` succeeds for a statement that returns rows, and ignores them.
 /// - A parameter that is not bound is NULL. The same :name twice is one parameter. No ":" in square brackets

@@ -24,7 +24,7 @@ KD_LIB_EXPORT std::string convertField2Sql(TableField field);
 /// - timestamp: the trimmed text, quoted;
 /// - char, varchar, text: the text without trailing blanks, quoted; a single quote inside becomes a
 ///   backquote;
-/// - every other type: the value exactly as it is, without quotes.
+/// - every other type: the unchanged value, without quotes.
 ///
 /// A value of blanks becomes NULL, except for boolean and the types of the last line.
 /// A trimmed date of 1 to 5 characters and a trimmed time of 1 to 3 characters throw std::out_of_range.

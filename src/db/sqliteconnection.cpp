@@ -39,7 +39,7 @@ SQLite3::SQLite3()
 
 SQLite3::~SQLite3()
 {
-    // As disconnect, without its virtual calls: the overrides of a derived class no longer exist.
+    // Like disconnect, but without its virtual calls: the overrides of a derived class no longer exist.
     if (handle != nullptr && closeConnection(handle) != SQLITE_OK && sqlite3_errcode(handle) != SQLITE_OK) {
         message(errorOf(handle));
     }

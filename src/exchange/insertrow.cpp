@@ -211,7 +211,7 @@ private:
     }
 
     /// `begin`, followed by a number if the text contains it. Its only backslash is at its beginning, so the word
-    /// cannot arise where it meets the text either.
+    /// cannot arise at its borders with the text either.
     std::string unusedWord(const std::string& begin) const
     {
         std::size_t found = 0;

@@ -246,7 +246,7 @@ bool MariadbConnection::readRest()
             break;
         }
         Rows.reset();
-        // 0: one more result, -1: none, else a failure.
+        // 0: one more result, -1: none, any other number: a failure.
         const int more = mysql_next_result(handle());
         Open = more == 0;
         if (more > 0 || (more == 0 && !takeResult())) {

@@ -172,7 +172,7 @@ ORACLES = {"dbfdump": (read_with_dbfdump, ours_for_dbfdump), "dbview": (read_wit
            "python3-dbf": (read_with_python, ours_for_python), "sqlite3": (read_with_sqlite3, ours_for_sqlite3)}
 
 
-# Numbers go into a script unchecked, and dbfadd writes asterisks where there is none.
+# Numbers go into a script unchecked, and dbfadd writes asterisks for missing ones.
 NO_SQL = {"stars.dbf"}
 
 

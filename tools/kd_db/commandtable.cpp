@@ -91,7 +91,7 @@ const std::vector<CommandSpec>& commands()
          "FILE",
          "Writes the classic script of a .dbf table",
          "Writes FILE.sql next to the table, in the classic form, and prints its path. convert writes scripts that "
-         "servers accept as they are.",
+         "servers accept unchanged.",
          "kd_db script stock.dbf\n"
          "kd_db script stock.dbf --definition-only --key id",
          {&scriptOptions, &generalOptions},

@@ -67,7 +67,7 @@ KD_LIB_EXPORT const char* actionName(RejectAction action);
 struct Note {
     std::string Text;   ///< without the file's name
     bool Loss = false;  ///< something was lost or may be missing
-    bool Fact = false;  ///< one of the source's facts says the same
+    bool Fact = false;  ///< one of the source's facts repeats it
 };
 
 }  // namespace kd_lib::exchange

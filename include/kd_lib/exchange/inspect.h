@@ -28,7 +28,7 @@ using InspectLine = std::function<void(const InspectedBytes&)>;
 
 struct InspectOptions {
     std::string MemoFile;  ///< of a .dbf; empty: found in its folder
-    std::string Encoding;  ///< of a .dbf; empty: as the file says
+    std::string Encoding;  ///< of a .dbf; empty: as the file states
     std::stop_token Stop;  ///< when a stop is requested, `inspect` throws `Stopped`
 };
 

@@ -37,7 +37,7 @@ struct SourceOptions {
     std::vector<std::string> Select = {};  ///< only these columns, in this order; empty: all
     RecordRange Records = {};
     DeletedRecords Deleted = DeletedRecords::Skip;
-    std::string Encoding = {};  ///< a name that `CodePage` knows; empty: as the file says
+    std::string Encoding = {};  ///< a name that `CodePage` knows; empty: as the file states
     EncodingErrors OnEncodingError = EncodingErrors::Replace;
     std::vector<std::pair<std::string, std::string>> Types = {};  ///< column and type: text, integer, number, float,
                                                                   ///< boolean, date, time, timestamp, bytes

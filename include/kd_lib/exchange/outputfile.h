@@ -25,7 +25,7 @@ class NewFile;
 /// An operation that fails throws an `Error` that names the file. Threads: one thread per object.
 class KD_LIB_EXPORT OutputFile : public OutputBlock {
 public:
-    /// Opens the file for writing. An existing file stays as it is until `commit`.
+    /// Opens the file for writing. An existing file stays unchanged until `commit`.
     explicit OutputFile(const std::string& path);
 
     /// Discards the output unless it is committed.
@@ -38,7 +38,7 @@ public:
     /// Writes the rest and makes the file appear. Nothing can be written afterwards.
     void commit();
 
-    /// Discards the output; an existing file stays as it is.
+    /// Discards the output; an existing file stays unchanged.
     void abandon() noexcept;
 
     /// True if others may already read the output, because it is written directly.

@@ -20,7 +20,7 @@ namespace kd_lib::exchange {
 KD_LIB_EXPORT void writeCopyRow(const Record& record, OutputBlock& out);
 
 /// A line for MySQL's LOAD DATA with its default FIELDS and LINES, with the "\n" at its end: values between tabs, \\N
-/// for NULL. Bytes are written as they are, so the statement must name CHARACTER SET binary.
+/// for NULL. Bytes are written unchanged, so the statement must name CHARACTER SET binary.
 KD_LIB_EXPORT void writeLoadDataRow(const Record& record, OutputBlock& out);
 
 /// The values of a row between "(" and ")", as literals of the layout's dialect: (1,'a',NULL). PostgreSQL needs

@@ -33,7 +33,7 @@ public:
 
     const TableLayout& layout() const { return Layout; }
 
-    /// The table that takes the rows. If its name is not the layout's, it is renamed at the end.
+    /// The table that gets the rows. If its name is not the layout's, it is renamed at the end.
     const std::string& loaded() const { return Loaded; }
 
     virtual void begin() = 0;  ///< creates the table, or finds the columns of an existing one

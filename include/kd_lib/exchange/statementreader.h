@@ -34,7 +34,7 @@ namespace kd_lib::exchange {
 /// Memory: the current statement. Threads: one thread per object.
 class KD_LIB_EXPORT StatementReader {
 public:
-    /// SQLite accepts no longer statement.
+    /// The longest statement that SQLite accepts.
     static constexpr std::size_t longestStatement = 1'000'000'000;
 
     /// Errors name `file`. A statement of more than `longest` bytes is an error.

@@ -20,7 +20,7 @@ struct DelimitedForm {
     bool HasQuotes = true;
 };
 
-/// A cell as it is in the text.
+/// A cell of the text.
 struct DelimitedCell {
     const char* Begin;  ///< of the bytes between the quotes, or between the delimiters
     const char* End;

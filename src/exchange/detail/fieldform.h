@@ -16,7 +16,7 @@ enum class FieldForm : std::uint8_t {
     Number,       ///< digits
     Logical,      ///< a letter
     Date,         ///< eight digits
-    Bytes,        ///< as they are
+    Bytes,        ///< unchanged
     VaryingText,  ///< the null flags say whether the last byte is the length
     VaryingBytes,
     Integer,               ///< 32 bits, little-endian
