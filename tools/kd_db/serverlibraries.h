@@ -11,9 +11,9 @@ namespace kd_tool {
 
 namespace exchange = kd_lib::exchange;
 
-/// The server of a URI; null for the path of a SQLite file. A program with shared libraries opens that of the server
-/// here, at its first URI, so that it starts without client libraries of servers and also runs if they are missing. The
-/// library stays open until the program ends. Any thread may call this.
+/// The server of a URI; null for the path of a SQLite file. A program with shared libraries opens the server's library
+/// here, at the first URI, so that it starts without client libraries and also runs if they are missing. The library
+/// stays open until the program ends. Any thread may call this.
 std::unique_ptr<exchange::DatabaseServer> serverOf(const std::string& database);
 
 }  // namespace kd_tool

@@ -18,8 +18,8 @@ public:
     std::uint64_t changes() const override { return Changes; }
     Origin origin(std::size_t) const override { return {}; }
 
-    /// Going back runs the statement once more, in a session that refuses changes: a statement that changes data throws
-    /// a `SqlError` and has run once only.
+    /// Going back runs the statement again, in a session that refuses changes: a statement that changes data throws a
+    /// `SqlError` and has run only once.
     void seek(std::uint64_t number) override;
 
     std::uint64_t position() const override { return 0; }
