@@ -1,4 +1,5 @@
 """The three databases for a hazard test: run a script as its users do, list tables and columns, read values."""
+import contextlib
 import json
 import os
 import pathlib
@@ -66,15 +67,13 @@ class _OnServer:
 
     def __init__(self, server):
         self.server = server
-        self._made = server.database()
-        self.database = self._made.__enter__()
+        self._open = contextlib.ExitStack()
+        self.database = self._open.enter_context(server.database())
         self.uri = server.uri(self.database)
+        self._execute = self._open.enter_context(server.session(self.database))
 
     def close(self):
-        self._made.__exit__(None, None, None)
-
-    def _execute(self, sql):
-        return self.server.execute(sql, self.database)
+        self._open.close()
 
     def rows(self, table):
         types = self._types(table)

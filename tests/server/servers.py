@@ -235,16 +235,19 @@ class Server:
     @contextlib.contextmanager
     def session(self, database=None):
         """A session of the server's own client that stays open until the block's end: a function that sends it
-        statements and, unless it is not to wait, returns once they are done."""
+        statements and, unless it is not to wait, returns their rows; a value may not contain a line end."""
         with subprocess.Popen([*self.client(database), *self.LINE_BY_LINE], stdin=subprocess.PIPE,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
                               env=self._environment()) as process:
             def send(sql, wait=True):
                 process.stdin.write(f"{sql};\nSELECT 'done';\n")
                 process.stdin.flush()
+                lines = []
                 for line in iter(process.stdout.readline, 'done\n') if wait else ():
                     if not line or 'ERROR' in line:
                         raise ServerError(f'{self.KIND}: {line or "the session has ended"}')
+                    lines.append(line)
+                return self._rows(self.ROW_END.join(line[:-1] for line in lines) + self.ROW_END) if lines else []
             try:
                 yield send
             finally:
@@ -279,6 +282,7 @@ class PostgreSQL(Server):
     HALT = signal.SIGINT  # does not wait for clients
     END = signal.SIGQUIT
     LINE_BY_LINE = ('-R', '\n')
+    ROW_END = '\x1e'
 
     def _programs(self):
         return _newest('/usr/lib/postgresql/*/bin')
@@ -314,7 +318,7 @@ class PostgreSQL(Server):
 
     @staticmethod
     def _rows(output):
-        output = output.removesuffix('\n')
+        output = output.removesuffix('\n').removesuffix('\x1e')
         return [row.split('\x1f') for row in output.split('\x1e')] if output else []
 
     def drop(self, name):
@@ -335,6 +339,7 @@ class MariaDB(Server):
     HALT = signal.SIGTERM
     END = signal.SIGKILL
     LINE_BY_LINE = ('--unbuffered',)
+    ROW_END = '\n'
 
     def _making(self):
         return ['mariadb-install-db', '--no-defaults', f'--datadir={self.folder}/data', '--skip-test-db',
