@@ -188,6 +188,16 @@ TEST(FixedSource, TypesSelectionRangesSeeks)
     EXPECT_THROW(recordsOf("a", {.FixedColumns = "a:1", .Delimiter = ","}), OptionError);
 }
 
+TEST(FixedSource, Facts)
+{
+    const Text text("Ann  Rome\n", {.Encoding = "852", .FixedColumns = twoColumns});
+    std::string all;
+    for (const auto& fact : text.source.facts()) {
+        all += fact.Label + ": " + fact.Value + '\n';
+    }
+    EXPECT_EQ(all, "kind: text in fixed columns\ncode page: CP852 (as requested)\n");
+}
+
 TEST(FixedSource, LinesAcrossTheEndsOfBlocks)
 {
     std::string bytes;

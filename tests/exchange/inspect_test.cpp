@@ -188,6 +188,7 @@ TEST_F(InspectTest, DamagedRecords)
     lines("t.dbf", file.bytes());
     EXPECT_TRUE(Sound);
     EXPECT_EQ(Lines.back(), "124+4 rest of the file: not read");
+    EXPECT_EQ(Lines[Lines.size() - 2], "123+1 end of the records: ");
 }
 
 TEST_F(InspectTest, MemosOfATable)
@@ -264,6 +265,8 @@ TEST_F(InspectTest, MemoryVariables)
     EXPECT_EQ(damaged(), (Texts{"!51+1 variable 2: an unknown type; nothing can be explained from byte 40 on"}));
     lines("rest.mem", bytes + "junk");
     EXPECT_EQ(Lines.back(), "77+4 rest of the file: not read");
+    lines("text.mem", text + number + "\x1A");
+    EXPECT_EQ(Lines[4], "35+1   end of the value: ") << "of the first variable";
     lines("empty.mem", "");
     EXPECT_FALSE(Sound);
 }

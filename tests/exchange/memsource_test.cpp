@@ -218,6 +218,16 @@ TEST(MemSource, VariablesOfFoxPro)
     }
 }
 
+TEST(MemSource, AnEmptyTextOfFoxProIsOneZeroByteWhateverElseItsHeaderHolds)
+{
+    std::string empty = header("E", 'C', 1);
+    empty[15] = '\x01';  // as a length of four bytes it would be 257
+    const std::string next = foxText("T", std::string(223, 'y'));
+    ASSERT_EQ(next.size(), 256U) << "its zero byte is where a text of 257 bytes would end";
+    EXPECT_EQ(recordsOf(empty + '\0' + next + endMark),
+              "1 <E> <text> <>\n2 <T> <text> <" + std::string(223, 'y') + ">\n");
+}
+
 TEST(MemSource, AHugeLengthReadsNothing)
 {
     std::string bytes = header("C", 'C', 0xFFFF);

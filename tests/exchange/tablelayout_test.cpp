@@ -87,6 +87,8 @@ const std::vector<TypeCase> typeCases = {
     {column("", ColumnType::Text, 20), "text", "varchar(20)", "varchar(20)"},
     {column("", ColumnType::Text, 16383), "text", "varchar(16383)", "varchar(16383)"},
     {column("", ColumnType::Text, 16384), "text", "varchar(16384)", "longtext"},
+    {column("", ColumnType::Text, 10485760), "text", "varchar(10485760)", "longtext"},
+    {column("", ColumnType::Text, 10485761), "text", "text", "longtext"},
     {column("", ColumnType::Text), "text", "text", "longtext"},
     {column("", ColumnType::Number, 1), "integer", "integer", "int"},
     {column("", ColumnType::Number, 9), "integer", "integer", "int"},
