@@ -68,8 +68,7 @@ private:
         part(at + memfile::typeAt, 1, "  type",
              memTypeName(Reader.type()) + std::string(", form of ") + memFormName(Reader.form()));
         const std::uint64_t header = memfile::entrySize - memfile::typeAt - 1;
-        const std::string_view lengths = Window.view(at + memfile::lengthAt, 2);
-        part(at + memfile::typeAt + 1, header, "  lengths", lengths.size() == 2 ? lengthsMeaning(lengths) : "");
+        part(at + memfile::typeAt + 1, header, "  lengths", lengthsMeaning());
         const std::uint64_t valueAt = Reader.offsetOf(Reader.value());
         if (longName) {
             part(at + memfile::entrySize, valueAt - at - memfile::entrySize, "  name", name());
@@ -77,8 +76,9 @@ private:
         value(valueAt);
     }
 
-    std::string lengthsMeaning(std::string_view lengths) const
+    std::string lengthsMeaning() const
     {
+        const std::string_view lengths = Reader.lengths();
         const std::string first = std::to_string(formats::byteAt(lengths.data(), 0));
         const std::string second = std::to_string(formats::byteAt(lengths.data(), 1));
         switch (Reader.type()) {
@@ -113,7 +113,7 @@ private:
     /// The zero byte after a text, or the mark after digits.
     void endOfValue(std::uint64_t next)
     {
-        if (Number > 0 && next > Explained) {
+        if (next > Explained) {
             part(Explained, next - Explained, "  end of the value", "");
         }
     }

@@ -83,6 +83,11 @@ std::string_view MemReader::typeByte() const
     return bytes({memfile::typeAt, 1});
 }
 
+std::string_view MemReader::lengths() const
+{
+    return bytes({memfile::lengthAt, 2});
+}
+
 bool MemReader::hasBytesAfterEnd()
 {
     return has(2);

@@ -41,6 +41,7 @@ public:
     std::string_view name() const { return bytes(Name); }    ///< as it is in the file
     std::string_view value() const { return bytes(Value); }  ///< of C without the zero byte at its end
     std::string_view typeByte() const;                       ///< in the header
+    std::string_view lengths() const;                        ///< in the header: two bytes
     std::uint64_t offset() const { return Start; }           ///< of the variable's first byte in the file
     std::uint64_t offsetOf(std::string_view piece) const;    ///< of a piece of the variable
 
