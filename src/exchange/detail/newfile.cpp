@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -32,10 +33,8 @@ std::string folderOf(const std::string& path)
 /// The contents of a symbolic link; empty if it cannot be read.
 std::string linkText(const std::string& path)
 {
-    std::string text(4096, '\0');
-    const ssize_t size = ::readlink(path.c_str(), text.data(), text.size());
-    text.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
-    return text;
+    std::error_code error;
+    return std::filesystem::read_symlink(path, error).string();
 }
 
 /// The folder of a path, without symbolic links; empty if there is none.
