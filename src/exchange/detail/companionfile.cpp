@@ -1,5 +1,7 @@
 #include "companionfile.h"
 
+#include "lettercase.h"
+
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -12,20 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string lowerCase(std::string text)
-{
-    std::ranges::transform(text, text.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
-}
-
-std::string upperCase(std::string text)
-{
-    std::ranges::transform(text, text.begin(),
-                           [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-    return text;
-}
-
 bool isFile(const fs::path& path)
 {
     std::error_code error;
@@ -35,8 +23,8 @@ bool isFile(const fs::path& path)
 /// The extension in capitals if the table's extension is.
 std::string inCaseOf(const std::string& tableExtension, std::string_view extension)
 {
-    const bool capitals = tableExtension.size() > 1 && tableExtension == upperCase(tableExtension);
-    return capitals ? upperCase(std::string(extension)) : std::string(extension);
+    const bool capitals = tableExtension.size() > 1 && tableExtension == uppered(tableExtension);
+    return capitals ? uppered(extension) : std::string(extension);
 }
 
 /// The file of the folder that fits best: by its stem, then by its extension; of equals, the first by name.
@@ -44,15 +32,15 @@ std::optional<std::string> searchFolder(const fs::path& table, std::string_view 
 {
     const fs::path folder = table.has_parent_path() ? table.parent_path() : fs::path(".");
     const std::string stem = table.stem().string();
-    const std::string lowerStem = lowerCase(stem);
+    const std::string lowerStem = lowered(stem);
     const std::string likely = inCaseOf(table.extension().string(), extension);
     std::optional<std::pair<int, std::string>> best;
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
         const fs::path name = entry->path().filename();
         const std::string found = name.extension().string();
-        if (found.size() != extension.size() + 1 || lowerCase(found.substr(1)) != extension ||
-            lowerCase(name.stem().string()) != lowerStem || !isFile(entry->path())) {
+        if (found.size() != extension.size() + 1 || lowered(found.substr(1)) != extension ||
+            lowered(name.stem().string()) != lowerStem || !isFile(entry->path())) {
             continue;
         }
         const int rank = (name.stem().string() == stem ? 0 : 2) + (found.substr(1) == likely ? 0 : 1);

@@ -83,6 +83,13 @@ TEST_F(CompanionFileTest, CapitalsOfTheTableAreExpectedOfItsCompanion)
     EXPECT_EQ(found("U.dbf", {"dbt"}), "u.DBT") << "neither is of the table's case: by name";
 }
 
+TEST_F(CompanionFileTest, TheExpectedCaseOfTheExtensionDecidesBetweenStemsOfAnotherCase)
+{
+    make({"Ab.dbt", "ab.DBT", "Xy.DBT", "xy.dbt"});
+    EXPECT_EQ(found("AB.DBF", {"dbt"}), "ab.DBT");
+    EXPECT_EQ(found("XY.dbf", {"dbt"}), "xy.dbt");
+}
+
 TEST_F(CompanionFileTest, AFolderIsNotACompanion)
 {
     std::filesystem::create_directory(Folder.file("a.dbt"));
