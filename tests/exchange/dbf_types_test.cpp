@@ -300,6 +300,14 @@ TEST_F(DbfTypes, TimestampsOfDBase7)
     EXPECT_EQ(moment(std::numeric_limits<double>::infinity()), "unreadable");
 }
 
+TEST_F(DbfTypes, TimestampsOfDBase7OutsideTheCalendarHaveTheReason)
+{
+    for (const double milliseconds : {-1.0, 1e300}) {
+        const Reading reading = readOne(4, {"", '@', 8}, big(std::bit_cast<std::uint64_t>(milliseconds), 8));
+        EXPECT_EQ(reading.Flaws.at(0), "1 V: a moment outside the years 1 to 9999");
+    }
+}
+
 TEST_F(DbfTypes, BinaryFlagMakesBytesOfText)
 {
     const std::string bytes("\xFF\0 a ", 5);

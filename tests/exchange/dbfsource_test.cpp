@@ -292,6 +292,17 @@ TEST_F(DbfSourceTest, StandardInputInSmallPieces)
     EXPECT_EQ(::waitpid(child, nullptr, 0), child);
 }
 
+TEST_F(DbfSourceTest, StandardInputHasNoMemoFile)
+{
+    XbaseFile file(0x83, {{"N", 'M', 10}});
+    file.record({"         1"});
+    const StandardInput input(::open(write(file).c_str(), O_RDONLY));
+    SourceOptions options;
+    options.Kind = SourceKind::Dbf;
+    const Reading reading = kd_test::readFileAs("-", options);
+    EXPECT_EQ(reading.Notes, (Texts{"loss: memo file: none for standard input; its values cannot be read"}));
+}
+
 TEST_F(DbfSourceTest, DamageOfStandardInputIsReportedToo)
 {
     XbaseFile file = nine();

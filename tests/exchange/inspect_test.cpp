@@ -236,6 +236,11 @@ TEST_F(InspectTest, MemoFiles)
     EXPECT_TRUE(coversTo(fox.size()));
     EXPECT_NE(std::ranges::find(Lines, "584+6   value: 6 bytes: \"second\""), Lines.end());
 
+    lines("objects.fpt", memoFox({"ole"}, 64, 2));
+    EXPECT_NE(std::ranges::find(Lines, "512+8 block 8: object of 3 bytes"), Lines.end());
+    lines("types.fpt", memoFox({"ole"}, 64, 3));
+    EXPECT_NE(std::ranges::find(Lines, "512+8 block 8: of an unknown type, or not in use"), Lines.end());
+
     std::string unusedBlock = fox;
     unusedBlock.replace(576, 14, 14, '\0');
     lines("unused.fpt", unusedBlock);

@@ -29,7 +29,20 @@ bool namelessFiles = true;
 /// Whether standard input is closed when a folder is opened, which then has its descriptor.
 bool foldersAreInput = false;
 
+/// Whether only the group of a file may be changed, as for a user without privileges.
+bool ownersAreFixed = false;
+
 }  // namespace
+
+extern "C" int fchown(int descriptor, uid_t owner, gid_t group) noexcept
+{
+    if (ownersAreFixed && owner != static_cast<uid_t>(-1)) {
+        errno = EPERM;
+        return -1;
+    }
+    static const auto real = reinterpret_cast<int (*)(int, uid_t, gid_t)>(dlsym(RTLD_NEXT, "fchown"));
+    return real(descriptor, owner, group);
+}
 
 extern "C" int open(const char* path, int flags, ...)
 {
@@ -187,6 +200,19 @@ TEST_P(OutputFileTest, KeepsTheOwnerIfPermitted)
     EXPECT_EQ(status.st_uid, 12345U);
     EXPECT_EQ(status.st_gid, 23456U);
     EXPECT_EQ(status.st_mode & 07777U, 0640U);
+}
+
+TEST_P(OutputFileTest, KeepsTheGroupAndItsRightsIfTheOwnerCannotBeKept)
+{
+    Folder.write("a", "old");
+    ::chmod(path("a").c_str(), 0664);
+    ownersAreFixed = true;
+    put(path("a"), "new");
+    ownersAreFixed = false;
+    struct stat status = {};
+    ASSERT_EQ(::stat(path("a").c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, ::geteuid());
+    EXPECT_EQ(status.st_mode & 07777U, 0664U);
 }
 
 TEST_P(OutputFileTest, WritesThroughSymbolicLinks)

@@ -129,6 +129,17 @@ TEST(RecordTest, NamesAreExactFirstAndThenWithoutCase)
     EXPECT_EQ(failure([&] { record["b"]; }), "column b: no such column");
 }
 
+TEST(RecordTest, OnlyLettersHaveACase)
+{
+    const std::vector<Column> columns{{"AZ", ColumnType::Text, 0, 0, 0, 0}, {"@[", ColumnType::Text, 0, 0, 0, 0}};
+    Record record;
+    record.Columns = &columns;
+    record.Cells = {Cell::text("letters"), Cell::text("marks")};
+    EXPECT_EQ(record["az"].text(), "letters");
+    EXPECT_EQ(record["@["].text(), "marks");
+    EXPECT_EQ(failure([&] { record["`{"]; }), "column `{: no such column");
+}
+
 TEST(ErrorTest, IsOneLineOfPlaceAndReason)
 {
     EXPECT_STREQ(Error("a.dbf", "No such file or directory").what(), "a.dbf: No such file or directory");

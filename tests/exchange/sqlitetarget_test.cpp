@@ -319,6 +319,7 @@ TEST_F(SqliteTargetTest, AppendedValuesThatTheColumnWouldChangeAreUnreadable)
     const Column real = column("c", ColumnType::Float);
     const std::vector<Case> cases = {
         {"INTEGER", text, Cell::text("007"), "null NULL"},
+        {"INTEGER", text, Cell::text("07"), "null NULL"},
         {"INTEGER", text, Cell::text(" 7"), "null NULL"},
         {"INTEGER", text, Cell::text("1e3"), "null NULL"},
         {"INTEGER", text, Cell::text("-0"), "null NULL"},

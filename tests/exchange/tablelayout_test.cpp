@@ -151,6 +151,16 @@ TEST(TableLayoutTypes, MySqlGetsLongTextIfThePageWouldBeTooShort)
     EXPECT_EQ(TableLayout(mySql, "a.dbf", fewer, {}).columns()[0].Type, "varchar(63)");
 }
 
+TEST(TableLayoutTypes, MySqlMayFillThePageToItsLastByte)
+{
+    // 24 bytes of the row, 5 of its bits, 32 x 253 of texts and 1 of a boolean are 8126.
+    std::vector<Column> columns(32, column("a", ColumnType::Text, 63));
+    columns.push_back(column("b", ColumnType::Boolean));
+    EXPECT_EQ(TableLayout(mySql, "a.dbf", columns, {}).columns()[0].Type, "varchar(63)");
+    columns.push_back(column("c", ColumnType::Boolean));
+    EXPECT_EQ(TableLayout(mySql, "a.dbf", columns, {}).columns()[0].Type, "longtext");
+}
+
 TEST(TableLayoutTypes, MySqlIsSetToBeLenientWithManyColumns)
 {
     const auto lenient = [](std::size_t count, const Column& of) {

@@ -364,6 +364,8 @@ TEST_F(VirtualTables, ArgumentsAreTheOptionsOfSources)
     const Case cases[] = {
         {"", "SELECT hex(name) FROM t", {"E280A0"}},
         {", encoding=cp852", "SELECT name FROM t", {"\xC4\x87"}},
+        {", encoding=ascii, encoding_errors=replace", "SELECT name FROM t", {"\xEF\xBF\xBD"}},
+        {", encoding=ascii, encoding_errors=escape", "SELECT name FROM t", {"\\x86"}},
         {", Encoding = 'cp852'", "SELECT name FROM t", {"\xC4\x87"}},
         {", deleted=keep", "SELECT \"a\"\"b,c\" FROM t", {"1", "2"}},
         {", deleted=MARK", "SELECT _deleted FROM t", {"0", "1"}},

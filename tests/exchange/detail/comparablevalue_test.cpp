@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -49,6 +50,22 @@ TEST(ComparableValueTest, NumbersByTheirValue)
     EXPECT_FALSE(equal(ColumnType::Number, Cell::number("12345678901234567890"), Cell::text("12345678901234567891")));
     EXPECT_TRUE(equal(ColumnType::Number, Cell::number("12345678901234567890.0"), Cell::text("12345678901234567890")));
     EXPECT_TRUE(equal(ColumnType::Float, Cell::real(0.0), Cell::real(-0.0)));
+}
+
+TEST(ComparableValueTest, ValuesThatAreNotMomentsDifferInAColumnOfMoments)
+{
+    for (const ColumnType type : {ColumnType::Date, ColumnType::Time, ColumnType::Timestamp}) {
+        EXPECT_FALSE(equal(type, Cell::number("1"), Cell::number("2")));
+        EXPECT_FALSE(equal(type, Cell::number("1"), Cell::null()));
+        EXPECT_FALSE(equal(type, Cell::bytes("a"), Cell::bytes("b")));
+        EXPECT_TRUE(equal(type, Cell::number("1"), Cell::number("1.0")));
+    }
+}
+
+TEST(ComparableValueTest, BytesAreShownInHexadecimal)
+{
+    EXPECT_EQ(detail::shownValue(Cell::bytes(std::string_view("\x00\x0A\x5F\xFF", 4))), "x'000a5fff'");
+    EXPECT_EQ(detail::shownValue(Cell::bytes("")), "x''");
 }
 
 }  // namespace

@@ -51,6 +51,15 @@ TEST(ConvertedInput, Utf16InBothOrders)
     EXPECT_EQ(textOf("", "utf-16"), "");
 }
 
+TEST(ConvertedInput, Utf32InBothOrders)
+{
+    const std::string marked = "\xEF\xBB\xBF"
+                               "a";
+    EXPECT_EQ(textOf(std::string("\0\0\xFE\xFF\0\0\0a", 8), "utf-32"), marked);
+    EXPECT_EQ(textOf(std::string("\xFF\xFE\0\0a\0\0\0", 8), "utf-32"), marked);
+    EXPECT_EQ(textOf(std::string("a\0\0\0", 4), "utf-32"), "a");
+}
+
 TEST(ConvertedInput, LongTextsInSmallPieces)
 {
     std::string bytes;

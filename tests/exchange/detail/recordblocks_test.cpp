@@ -58,6 +58,14 @@ TEST_F(RecordBlocksTest, GoesAnywhere)
     EXPECT_TRUE(blocks.ahead(1).empty());
 }
 
+TEST_F(RecordBlocksTest, AfterASeekARequestMayBeALittleLargerThanTheBuffer)
+{
+    RecordBlocks blocks(File);
+    EXPECT_EQ(blocks.ahead(9000), Content.substr(0, 9000));
+    blocks.seek(50000);
+    EXPECT_EQ(blocks.ahead(9127), Content.substr(50000, 9127)) << "nothing is written past the end of the buffer";
+}
+
 TEST_F(RecordBlocksTest, LargerThanABlock)
 {
     RecordBlocks blocks(File);

@@ -159,6 +159,7 @@ TEST(Values, WholeNumbersHave64Bits)
     EXPECT_EQ(whole("9223372036854775807"), "9223372036854775807");
     EXPECT_EQ(whole("-9223372036854775808"), "-9223372036854775808");
     EXPECT_EQ(whole("9223372036854775808"), "the number does not fit in 64 bits");
+    EXPECT_EQ(whole(std::string_view("429999999999999999999", 2)), "42") << "the text ends there";
     EXPECT_EQ(whole("x"), "not a number");
     EXPECT_EQ(whole(" "), "NULL");
 }
@@ -281,6 +282,8 @@ TEST(Values, CellsOfOtherTypes)
     EXPECT_EQ(converted(Cell::real(0), ColumnType::Text), "0");
     EXPECT_EQ(converted(Cell::boolean(true), ColumnType::BigInteger), "1");
     EXPECT_EQ(converted(Cell::boolean(false), ColumnType::Text), "false");
+    EXPECT_EQ(converted(Cell::boolean(true), ColumnType::Date), "a value of another type");
+    EXPECT_EQ(converted(Cell::real(20240305), ColumnType::Date), "a value of another type");
     EXPECT_EQ(converted(Cell::date(day), ColumnType::Timestamp), "2024-03-05 00:00:00.000");
     EXPECT_EQ(converted(Cell::date(day), ColumnType::Text), "2024-03-05");
     EXPECT_EQ(converted(Cell::date(day), ColumnType::Number), "a value of another type");

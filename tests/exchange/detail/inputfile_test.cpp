@@ -1,0 +1,44 @@
+#include "detail/inputfile.h"
+
+#include "support/scoped_directory.h"
+
+#include <kd_lib/exchange/error.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using kd_lib::exchange::Error;
+using kd_lib::exchange::detail::InputFile;
+
+TEST(InputFileTest, AFolderIsRefusedAtOnce)
+{
+    const kd_test::ScopedDirectory folder;
+    try {
+        const InputFile file(folder.path());
+        FAIL() << "the folder was opened";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.what(), folder.path() + ": Is a directory");
+    }
+}
+
+TEST(InputFileTest, AFileOfTheKernelIsReadLikeAPipe)
+{
+    InputFile file("/proc/self/cmdline");
+    EXPECT_FALSE(file.seekable()) << "its length is 0, whatever it holds";
+    EXPECT_FALSE(file.size());
+    char byte = 0;
+    EXPECT_EQ(file.read(&byte, 1), 1U);
+}
+
+TEST(InputFileTest, AnOrdinaryFileHasItsSize)
+{
+    const kd_test::ScopedDirectory folder;
+    const InputFile file(folder.write("f", "abc"));
+    EXPECT_TRUE(file.seekable());
+    EXPECT_EQ(file.size(), 3U);
+}
+
+}  // namespace
