@@ -72,12 +72,19 @@ public:
 
     std::size_t room() const { return Buffer.size() - static_cast<std::size_t>(To - Buffer.data()); }
 
-    /// Makes room if the converter writes more than expected.
+    /// Makes room, and keeps the text.
     void grow()
     {
         const auto used = static_cast<std::size_t>(To - Buffer.data());
         Buffer.resize(Buffer.size() * 2);
         To = Buffer.data() + used;
+    }
+
+    /// Makes room, and discards the text, but not the place of the first unknown byte, which remains the same.
+    void restart()
+    {
+        grow();
+        To = Buffer.data();
     }
 
     CodePage::Decoded decoded() const
@@ -193,7 +200,9 @@ std::size_t unknownLength(const Table& table, std::string_view rest)
     return two ? 2 : 1;
 }
 
-void decodeMultiByte(detail::SystemConverter& converter, const Table& table, std::string_view bytes, Output& to)
+/// False if there is too little room. The rest cannot be added then: a converter may hold back characters (that of TSCII
+/// does), and lose some of them.
+bool fitsMultiByte(detail::SystemConverter& converter, const Table& table, std::string_view bytes, Output& to)
 {
     using Stop = detail::SystemConverter::Stop;
     converter.reset();
@@ -204,19 +213,24 @@ void decodeMultiByte(detail::SystemConverter& converter, const Table& table, std
         const Stop stop = converter.convert(from, left, to.To, room);
         bytes = {from, left};
         if (stop == Stop::Full) {
-            to.grow();
-        } else if (stop != Stop::Done) {
+            return false;
+        }
+        if (stop != Stop::Done) {
             const std::size_t length = stop == Stop::Incomplete ? left : unknownLength(table, bytes);
             if (!to.addUnknown(bytes.substr(0, length))) {
-                return;
+                return true;
             }
             bytes.remove_prefix(length);
         }
     }
     std::size_t room = to.room();
-    while (converter.finish(to.To, room) == Stop::Full) {
-        to.grow();
-        room = to.room();
+    return converter.finish(to.To, room) != Stop::Full;
+}
+
+void decodeMultiByte(detail::SystemConverter& converter, const Table& table, std::string_view bytes, Output& to)
+{
+    while (!fitsMultiByte(converter, table, bytes, to)) {
+        to.restart();
     }
 }
 

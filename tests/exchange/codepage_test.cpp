@@ -230,6 +230,27 @@ TEST(CodePage, ADoubleByteCharacterThatThePageLacks)
     EXPECT_EQ(decoded("gbk", "x\xC4 y"), "x" + replacement + " y");  // the blank is not a second byte, so it stays
 }
 
+TEST(CodePage, BytesThatBecomeSeveralCharacters)
+{
+    std::string expected;
+    for (int i = 0; i < 1000; ++i) {
+        expected += "\u0BB8\u0BCD\u0BB0\u0BC0";
+    }
+    EXPECT_TRUE(decoded("tscii", std::string(1000, '\x82')) == expected) << "twelve bytes for one";
+    for (std::size_t size = 1; size < 100; ++size) {
+        EXPECT_EQ(decoded("tscii", std::string(size, '\x82')), expected.substr(0, size * 12)) << size;
+    }
+    std::string escapes;
+    for (int i = 0; i < 9; ++i) {
+        escapes += "\\xFF";
+    }
+    std::string scratch;
+    const std::string bytes = "\x82\x82" + std::string(9, '\xFF');
+    const std::string_view text = CodePage("tscii").decode(bytes, EncodingErrors::Escape, scratch).Text;
+    EXPECT_EQ(text, expected.substr(0, 24) + escapes);
+    EXPECT_LE(text.size(), scratch.size());
+}
+
 TEST(CodePage, PagesThatAreNotAsciiBased)
 {
     EXPECT_FALSE(CodePage("utf-16le").isAsciiBased());

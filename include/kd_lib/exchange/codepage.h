@@ -88,9 +88,10 @@ public:
     };
 
     /// Decodes. The text is `bytes` itself if that is the same in UTF-8. Otherwise it is in `scratch`, which only
-    /// grows, to at most four times the size of `bytes` and a few bytes more. Do not use the contents of `scratch`
-    /// directly. One U+FFFD replaces each unknown character: a byte of a page with one byte per character; a
-    /// double-byte character, even if the end cuts it; the longest beginning of a character in UTF-8.
+    /// grows, to at most four times the size of `bytes` and a few bytes more; further only if bytes of the page become
+    /// several characters. Do not use the contents of `scratch` directly. One U+FFFD replaces each unknown character: a
+    /// byte of a page with one byte per character; a double-byte character, even if the end cuts it; the longest
+    /// beginning of a character in UTF-8.
     Decoded decode(std::string_view bytes, EncodingErrors onError, std::string& scratch) const
     {
         if (AsciiBased && isAscii(bytes)) {
