@@ -200,8 +200,8 @@ std::size_t unknownLength(const Table& table, std::string_view rest)
     return two ? 2 : 1;
 }
 
-/// False if there is too little room. The rest cannot be added then: a converter may hold back characters (that of TSCII
-/// does), and lose some of them.
+/// False if there is too little room. Then the text must be decoded again: a converter that holds characters back, as
+/// that of TSCII does, may have lost some of them.
 bool fitsMultiByte(detail::SystemConverter& converter, const Table& table, std::string_view bytes, Output& to)
 {
     using Stop = detail::SystemConverter::Stop;

@@ -43,6 +43,13 @@ std::size_t unitOf(const CodePage& encoding)
     return encoding.isSingleByte() ? 1 : 0;
 }
 
+/// The room that each byte of the file needs; 0: the room may end anywhere. The converter of TSCII holds back up to
+/// three characters, and loses some of them when the room ends. None of its bytes becomes more than twelve.
+std::size_t roomOfByte(const CodePage& encoding)
+{
+    return encoding.name() == "TSCII" ? 16 : 0;
+}
+
 /// The first bytes of a file, which show the byte order.
 std::string beginningOf(InputFile& file)
 {
@@ -54,7 +61,8 @@ std::string beginningOf(InputFile& file)
 }  // namespace
 
 ConvertedInput::ConvertedInput(InputFile& file, const CodePage& encoding)
-    : File(file), Raw(beginningOf(file)), Converter(converterName(encoding, Raw)), Unit(unitOf(encoding))
+    : File(file), Raw(beginningOf(file)), Converter(converterName(encoding, Raw)), Unit(unitOf(encoding)),
+      RoomOfByte(roomOfByte(encoding))
 {
 }
 
@@ -84,9 +92,11 @@ void ConvertedInput::convert(char*& to, std::size_t room)
     using Stop = SystemConverter::Stop;
     const char* const start = to;
     const char* from = Raw.data() + RawAt;
-    std::size_t left = Raw.size() - RawAt;
+    const std::size_t all = Raw.size() - RawAt;
+    const std::size_t piece = RoomOfByte > 0 ? std::min(all, room / RoomOfByte) : all;
+    std::size_t left = piece;
     const Stop stop = Converter.convert(from, left, to, room);
-    RawAt = Raw.size() - left;
+    RawAt += piece - left;
     if (stop == Stop::Incomplete && !AtEnd) {
         readMore();
     } else if (to == start && (stop == Stop::Incomplete || stop == Stop::Unknown)) {

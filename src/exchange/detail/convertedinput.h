@@ -46,7 +46,8 @@ private:
     bool AtEnd = false;
     bool Finished = false;
     SystemConverter Converter;
-    std::size_t Unit;  // bytes of a character in the file; 2: UTF-16; 0: not known
+    std::size_t Unit;        // bytes of a character in the file; 2: UTF-16; 0: not known
+    std::size_t RoomOfByte;  // that a byte of the file needs; 0: no matter
 };
 
 /// Text of a `ConvertedInput`, with its marks replaced as `onError` says.

@@ -51,6 +51,17 @@ TEST(ConvertedInput, Utf16InBothOrders)
     EXPECT_EQ(textOf("", "utf-16"), "");
 }
 
+TEST(ConvertedInput, BytesThatBecomeSeveralCharacters)
+{
+    std::string bytes;
+    std::string expected;
+    for (int i = 0; i < 200; ++i) {
+        bytes += i % 3 == 0 ? "\x82x" : "\x82";
+        expected += i % 3 == 0 ? "\u0BB8\u0BCD\u0BB0\u0BC0x" : "\u0BB8\u0BCD\u0BB0\u0BC0";
+    }
+    EXPECT_EQ(textOf(bytes, "tscii"), expected);
+}
+
 TEST(ConvertedInput, Utf32InBothOrders)
 {
     const std::string marked = "\xEF\xBB\xBF"
