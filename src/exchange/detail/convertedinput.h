@@ -29,9 +29,6 @@ public:
     /// Reads up to `count` bytes of UTF-8, which must be 64 or more; fewer if a pipe has no more yet. 0: the end.
     std::size_t readSome(char* to, std::size_t count);
 
-    /// Starts again at the beginning of the file. Needs a file that is `seekable`.
-    void restart();
-
     /// How many bytes of the file correspond to a piece of its text; nothing for encodings where that cannot be known.
     std::optional<std::uint64_t> sizeInFile(std::string_view text) const;
 
