@@ -53,7 +53,7 @@ TEST(ServerScript, PostgresqlsOwnQuotesCommentsAndBodies)
     EXPECT_EQ((Texts{"f $$a;b$$", "g $x$ ; $$ ; $x$", "h $1"}),
               statements("f $$a;b$$; g $x$ ; $$ ; $x$; h $1;", Engine::PostgreSql));
     EXPECT_EQ((Texts{"h $1$$;$$", "i $9$$;$$", "j"}), statements("h $1$$;$$; i $9$$;$$; j;", Engine::PostgreSql))
-        << "a parameter does not begin of a text";
+        << "a parameter does not begin a text";
     EXPECT_EQ((Texts{"a$b$c", "d$b$ e"}), statements("a$b$c; d$b$ e;", Engine::PostgreSql)) << "parts of names";
     EXPECT_EQ((Texts{"\x7F$$;$$"}), statements("\x7F$$;$$;", Engine::PostgreSql));
     EXPECT_EQ((Texts{"\x80$$", "$$;"}), statements("\x80$$;$$;", Engine::PostgreSql));
