@@ -272,7 +272,7 @@ TEST_F(InspectTest, MemoryVariables)
     EXPECT_EQ(Lines.back(), "77+4 rest of the file: not read");
     lines("text.mem", text + number + "\x1A");
     EXPECT_EQ(Lines[4], "35+1   end of the value: ") << "of the first variable";
-    lines("empty.mem", "");
+    EXPECT_EQ(lines("empty.mem", ""), Texts{"!0+0 end of the file: there are neither variables nor an end mark"});
     EXPECT_FALSE(Sound);
 }
 

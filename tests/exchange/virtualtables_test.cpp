@@ -17,6 +17,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -382,6 +383,17 @@ TEST_F(VirtualTables, ArgumentsAreTheOptionsOfSources)
         EXPECT_EQ(connection.rows("CREATE VIRTUAL TABLE t USING kd(" + quoted(file) + of.Arguments + ")"), Values{})
             << of.Arguments;
         EXPECT_EQ(connection.rows(of.Sql), of.Found) << of.Arguments;
+    }
+}
+
+TEST_F(VirtualTables, AKindCanBeNamedForAFileWithAnyExtension)
+{
+    const std::string file = Folder.write("kinds.data", "a,b\tc\n1,2\t3\n");
+    const std::pair<const char*, const char*> cases[] = {{"csv", "a|b\tc"}, {"tsv", "a,b|c"}};
+    for (const auto& [kind, columns] : cases) {
+        Connection connection;
+        connection.rows("CREATE VIRTUAL TABLE t USING kd(" + quoted(file) + ", from=" + kind + ")");
+        EXPECT_EQ(connection.rows("SELECT group_concat(name, '|') FROM pragma_table_info('t')"), Values{columns});
     }
 }
 
