@@ -5,6 +5,7 @@
 
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace kd_lib::exchange;
@@ -201,6 +202,35 @@ TEST(TableLayoutNames, AreCutBetweenCharacters)
     EXPECT_EQ(namesIn(postgreSql, {repeated("\xC3\xA4", 32)}), Texts{repeated("\xC3\xA4", 31)});
     EXPECT_EQ(namesIn(mySql, {repeated("\xC3\xA4", 65)}), Texts{repeated("\xC3\xA4", 64)});
     EXPECT_EQ(namesIn(sqlite, {repeated("x", 300)}), Texts{repeated("x", 300)});
+}
+
+/// A character of two or three bytes.
+std::string utf8Of(unsigned character)
+{
+    const auto rest = [](unsigned bits) { return static_cast<char>(0x80U | (bits & 0x3FU)); };
+    if (character < 0x800U) {
+        return {static_cast<char>(0xC0U | character >> 6U), rest(character)};
+    }
+    return {static_cast<char>(0xE0U | character >> 12U), rest(character >> 6U), rest(character)};
+}
+
+// MySQL names a table's file with three bytes for the letters of these ranges, and with five for others: 64 characters
+// or 50 in the 251 bytes that a name may have.
+TEST(TableLayoutNames, OfMySqlTablesAreCutByTheBytesOfTheirFiles)
+{
+    const std::pair<unsigned, unsigned> ranges[] = {{0xC0, 0xD6},   {0xD8, 0xF6},   {0xF8, 0x12F},    {0x131, 0x1BE},
+                                                    {0x38E, 0x3A1}, {0x3A3, 0x3CE}, {0x3FB, 0x481},   {0x48A, 0x4CE},
+                                                    {0x531, 0x555}, {0x561, 0x585}, {0x1E00, 0x1E9B}, {0x1EA0, 0x1EF9}};
+    const auto kept = [](unsigned character) {
+        const std::string one = utf8Of(character);
+        return mySql.cutTableName(repeated(one, 64)).size() / one.size();
+    };
+    for (const auto& [first, last] : ranges) {
+        EXPECT_EQ(kept(first), 64U) << first;
+        EXPECT_EQ(kept(last), 64U) << last;
+        EXPECT_EQ(kept(first - 1), 50U) << first - 1;
+        EXPECT_EQ(kept(last + 1), 50U) << last + 1;
+    }
 }
 
 TEST(TableLayoutNames, AreCutWithRoomForASuffix)
