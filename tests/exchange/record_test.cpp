@@ -116,12 +116,19 @@ TEST(RecordTest, AnUnreadableCellIsNeverNull)
     EXPECT_EQ(failure([&] { cell.value().real(); }), "record 7, column Price: the cell is unreadable");
 }
 
-TEST(RecordTest, NamesAreExactFirstAndThenWithoutCase)
+/// A record that views `columns`.
+Record textRecord(const std::vector<Column>& columns, const std::vector<Cell>& cells)
 {
-    const std::vector<Column> columns{{"a", ColumnType::Text, 0, 0, 0, 0}, {"A", ColumnType::Text, 0, 0, 0, 0}};
     Record record;
     record.Columns = &columns;
-    record.Cells = {Cell::text("small"), Cell::text("large")};
+    record.Cells = cells;
+    return record;
+}
+
+TEST(RecordTest, NamesAreExactFirstAndThenWithoutCase)
+{
+    const std::vector<Column> columns{{.Name = "a"}, {.Name = "A"}};
+    const Record record = textRecord(columns, {Cell::text("small"), Cell::text("large")});
     EXPECT_EQ(record["A"].text(), "large");
     EXPECT_EQ(record["a"].text(), "small");
     EXPECT_EQ(record[1].text(), "large");
@@ -131,10 +138,8 @@ TEST(RecordTest, NamesAreExactFirstAndThenWithoutCase)
 
 TEST(RecordTest, OnlyLettersHaveACase)
 {
-    const std::vector<Column> columns{{"AZ", ColumnType::Text, 0, 0, 0, 0}, {"@[", ColumnType::Text, 0, 0, 0, 0}};
-    Record record;
-    record.Columns = &columns;
-    record.Cells = {Cell::text("letters"), Cell::text("marks")};
+    const std::vector<Column> columns{{.Name = "AZ"}, {.Name = "@["}};
+    const Record record = textRecord(columns, {Cell::text("letters"), Cell::text("marks")});
     EXPECT_EQ(record["az"].text(), "letters");
     EXPECT_EQ(record["@["].text(), "marks");
     EXPECT_EQ(failure([&] { record["`{"]; }), "column `{: no such column");

@@ -4,8 +4,8 @@
 
 namespace kd_test {
 
-/// If this process belongs to root, makes it a process of a user without rights. There is no way back, so
-/// only the child process of a death test may do it.
+/// If this process runs as root, makes it run as a user without rights. This cannot be undone, so only the child
+/// process of a death test may call it.
 inline void giveUpRights()
 {
     constexpr unsigned nobody = 65534;
