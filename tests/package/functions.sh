@@ -55,9 +55,10 @@ consume()
     local program
     for program in by-cmake/consumer by-pkg-config/consumer; do
         if [ "$kind" = shared ]; then
-            readelf -d $program | grep -q 'NEEDED.*libkd_db\.so\.1\]' || fail "$program: not linked to libkd_db.so.1"
+            grep -q 'NEEDED.*libkd_db\.so\.1\]' <<<"$(readelf -d $program)" ||
+                fail "$program: not linked to libkd_db.so.1"
         else
-            ! readelf -d $program | grep -q 'NEEDED.*libkd_' || fail "$program: needs a shared library"
+            ! grep -q 'NEEDED.*libkd_' <<<"$(readelf -d $program)" || fail "$program: needs a shared library"
         fi
     done
 }
