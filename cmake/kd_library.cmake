@@ -18,6 +18,9 @@ function(kd_configure_library name)
     target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${kd_lib_SOURCE_DIR}/include FILES ${ARGN})
     set_target_properties(${name} PROPERTIES
         VERSION ${kd_lib_VERSION}
-        SOVERSION ${kd_lib_VERSION_MAJOR}
-        INSTALL_RPATH $ORIGIN)
+        SOVERSION ${kd_lib_VERSION_MAJOR})
+    # libkd_udf is linked with no other library of the project.
+    if(NOT name STREQUAL kd_udf)
+        set_target_properties(${name} PROPERTIES INSTALL_RPATH $ORIGIN)
+    endif()
 endfunction()

@@ -27,6 +27,15 @@ expectOutput()
     [ "$output" = "$expected" ] || fail "$1 printed: $output"
 }
 
+# makePackages: makes the Debian packages and sets `made` to their build tree. If they were made before, only changed
+# files are compiled.
+makePackages()
+{
+    made=$top/build/packages
+    [ -w "$top" ] || made=$SCRATCH/made
+    quietly "$top/tools/dev/packages" "$made"
+}
+
 # installLibraries BUILD_TREE PREFIX: the files that a client and the program need, without the program.
 installLibraries()
 {
