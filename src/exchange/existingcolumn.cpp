@@ -1,6 +1,7 @@
 #include <kd_lib/exchange/existingcolumn.h>
 
 #include "detail/digits.h"
+#include "detail/misfit.h"
 #include "detail/moments.h"
 #include "detail/scan.h"
 #include "detail/unicode.h"
@@ -14,9 +15,9 @@ namespace kd_lib::exchange {
 
 namespace {
 
+namespace misfit = detail::misfit;
 using Kind = ExistingColumn::Kind;
 
-constexpr std::uint32_t digitsOfDouble = 15;
 constexpr std::uint32_t digitsOfFraction = 3;  // that a cell can have
 
 const char* againstMoment(const ExistingColumn& column, std::uint32_t milliseconds)
@@ -35,26 +36,25 @@ const char* againstMoment(const ExistingColumn& column, std::uint32_t millisecon
 const char* againstNumber(const ExistingColumn& column, std::string_view& digits)
 {
     if (column.Keeps == Kind::Whole) {
-        return detail::takeZeroDecimals(digits) ? nullptr : "a column of whole numbers does not hold decimals";
+        return detail::takeZeroDecimals(digits) ? nullptr : misfit::notWhole;
     }
     if (column.Keeps == Kind::Decimal) {
-        return detail::countDigits(digits).After <= column.Limit ? nullptr : "more digits than the column holds";
+        return detail::countDigits(digits).After <= column.Limit ? nullptr : misfit::tooManyDigits;
     }
-    if (column.Keeps == Kind::Float && column.Limit < digitsOfDouble) {
-        return detail::countDigits(digits).Significant <= column.Limit ? nullptr : "more digits than the column holds";
+    if (column.Keeps == Kind::Float && column.Limit < detail::digitsOfDouble) {
+        return detail::countDigits(digits).Significant <= column.Limit ? nullptr : misfit::tooManyDigits;
     }
-    return column.Keeps != Kind::Float || detail::isExactAsDouble(digits) ? nullptr
-                                                                          : "more digits than the column holds";
+    return column.Keeps != Kind::Float || detail::isExactAsDouble(digits) ? nullptr : misfit::tooManyDigits;
 }
 
 const char* againstReal(const ExistingColumn& column, double value)
 {
     if (column.Keeps == Kind::Whole || column.Keeps == Kind::Decimal) {
         const double scaled = value * std::pow(10.0, column.Keeps == Kind::Whole ? 0 : column.Limit);
-        return std::floor(scaled) == scaled ? nullptr : "more digits than the column holds";
+        return std::floor(scaled) == scaled ? nullptr : misfit::tooManyDigits;
     }
-    if (column.Keeps == Kind::Float && column.Limit < digitsOfDouble && std::isfinite(value)) {
-        return static_cast<double>(static_cast<float>(value)) == value ? nullptr : "more digits than the column holds";
+    if (column.Keeps == Kind::Float && column.Limit < detail::digitsOfDouble && std::isfinite(value)) {
+        return static_cast<double>(static_cast<float>(value)) == value ? nullptr : misfit::tooManyDigits;
     }
     return nullptr;
 }
@@ -62,10 +62,10 @@ const char* againstReal(const ExistingColumn& column, double value)
 const char* againstText(const ExistingColumn& column, std::string_view text, Engine engine)
 {
     if (engine == Engine::PostgreSql && detail::containsByte(text, '\0')) {
-        return "a zero byte in a text";
+        return misfit::zeroByte;
     }
     const bool limited = column.Keeps == Kind::Text && column.Limit != 0 && text.size() > column.Limit;
-    return limited && detail::countCharacters(text) > column.Limit ? "longer than the column" : nullptr;
+    return limited && detail::countCharacters(text) > column.Limit ? misfit::tooLong : nullptr;
 }
 
 const char* reasonAgainst(const ExistingColumn& column, Cell& cell, Engine engine)
@@ -77,7 +77,7 @@ const char* reasonAgainst(const ExistingColumn& column, Cell& cell, Engine engin
         return againstNumber(column, cell.Text);
     case CellKind::Float:
         if (engine == Engine::MySql && !std::isfinite(cell.Float)) {
-            return std::isnan(cell.Float) ? "the target has no NaN" : "the target has no infinity";
+            return std::isnan(cell.Float) ? misfit::noNan : misfit::noInfinity;
         }
         return againstReal(column, cell.Float);
     case CellKind::Time:

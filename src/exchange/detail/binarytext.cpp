@@ -24,6 +24,16 @@ void writePieces(std::string_view bytes, OutputBlock& out, Put put)
     }
 }
 
+char* putHex(char* to, std::string_view bytes)
+{
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        *to++ = hexDigits[byte >> 4U];
+        *to++ = hexDigits[byte & 0xFU];
+    }
+    return to;
+}
+
 std::uint32_t byteOrZero(std::string_view bytes, std::size_t at)
 {
     return at < bytes.size() ? static_cast<unsigned char>(bytes[at]) : 0U;
@@ -33,14 +43,14 @@ std::uint32_t byteOrZero(std::string_view bytes, std::size_t at)
 
 void writeHex(std::string_view bytes, OutputBlock& out)
 {
-    writePieces<2>(bytes, out, [](char* to, std::string_view piece) {
-        for (const char c : piece) {
-            const auto byte = static_cast<unsigned char>(c);
-            *to++ = hexDigits[byte >> 4U];
-            *to++ = hexDigits[byte & 0xFU];
-        }
-        return to;
-    });
+    writePieces<2>(bytes, out, [](char* to, std::string_view piece) { return putHex(to, piece); });
+}
+
+std::string hexText(std::string_view bytes)
+{
+    std::string text(2 * bytes.size(), '\0');
+    putHex(text.data(), bytes);
+    return text;
 }
 
 void writeBase64(std::string_view bytes, OutputBlock& out)

@@ -2,6 +2,7 @@
 
 #include "../../formats/languagebytes.h"
 #include "codepagetables.h"
+#include "digits.h"
 #include "lettercase.h"
 #include "systemconverter.h"
 
@@ -36,18 +37,13 @@ std::string trimmedUpper(std::string_view name)
     return uppered(name.substr(first, name.find_last_not_of(blanks) - first + 1));
 }
 
-bool allDigits(std::string_view text)
-{
-    return !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
-}
-
 /// The digits of a key such as "852", "cp852", "ansi1252"; empty if it is something else.
 std::string_view pageNumber(std::string_view key)
 {
     constexpr std::string_view prefixes[] = {"",    "cp",  "ansi",    "oem",      "ibm", "dos",
                                              "win", "iso", "windows", "codepage", "mac", "xcp"};
     for (const std::string_view prefix : prefixes) {
-        if (key.starts_with(prefix) && allDigits(key.substr(prefix.size()))) {
+        if (key.starts_with(prefix) && isDigits(key.substr(prefix.size()))) {
             return key.substr(prefix.size());
         }
     }

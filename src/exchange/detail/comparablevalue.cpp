@@ -1,5 +1,6 @@
 #include "comparablevalue.h"
 
+#include "binarytext.h"
 #include "digits.h"
 #include "sqlitevalue.h"
 
@@ -37,11 +38,6 @@ void appendDouble(std::string& to, double value)
     appendForm(to, 'r', {reinterpret_cast<const char*>(&bits), sizeof bits});
 }
 
-bool isDigits(std::string_view text)
-{
-    return !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
-}
-
 /// Whether a text has the form of an exact number, perhaps with surplus zeros.
 bool isNumber(std::string_view text)
 {
@@ -69,7 +65,7 @@ void appendNumber(std::string& to, std::string_view digits)
     }
 }
 
-std::optional<double> doubleOf(std::string_view text)
+std::optional<double> readDouble(std::string_view text)
 {
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -103,7 +99,7 @@ bool appendAsNumber(std::string& to, const Cell& cell)
         appendNumber(to, cell.Text);
         return true;
     }
-    const std::optional<double> value = doubleOf(cell.Text);
+    const std::optional<double> value = readDouble(cell.Text);
     if (value) {
         appendDigitsOf(to, *value);
     }
@@ -117,7 +113,7 @@ bool appendAsDouble(std::string& to, const Cell& cell)
         return true;
     }
     const bool readable = cell.Kind == CellKind::Number || cell.Kind == CellKind::Text;
-    const std::optional<double> value = readable ? doubleOf(cell.Text) : std::nullopt;
+    const std::optional<double> value = readable ? readDouble(cell.Text) : std::nullopt;
     if (value) {
         appendDouble(to, *value);
     }
@@ -226,17 +222,6 @@ std::string inQuotes(std::string_view text)
     return quoted;
 }
 
-std::string hexadecimal(std::string_view bytes)
-{
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (const char byte : bytes) {
-        text += digits[static_cast<unsigned char>(byte) / 16U];
-        text += digits[static_cast<unsigned char>(byte) % 16U];
-    }
-    return text;
-}
-
 }  // namespace
 
 void appendComparable(std::string& to, ColumnType type, const Cell& cell)
@@ -268,7 +253,7 @@ std::string shownValue(const Cell& cell)
     case CellKind::Text:
         return inQuotes(cell.Text);
     case CellKind::Bytes:
-        return 'x' + inQuotes(hexadecimal(cell.Text));
+        return 'x' + inQuotes(hexText(cell.Text));
     case CellKind::Number:
         return std::string(cell.Text);
     case CellKind::Boolean:

@@ -1,11 +1,11 @@
 #include "databasefile.h"
 
+#include "filepath.h"
 #include "sqlitedatabase.h"
 
 #include <kd_lib/exchange/error.h>
 
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <fcntl.h>
 #include <random>
@@ -18,22 +18,7 @@ namespace kd_lib::exchange::detail {
 namespace {
 
 constexpr mode_t databaseMode = 0644;
-constexpr int mostLinks = 40;
 constexpr int mostAttempts = 100;
-
-std::string folderOf(const std::string& path)
-{
-    return path.substr(0, path.rfind('/') + 1);
-}
-
-/// The destination of a symbolic link; empty: `path` is not a link.
-std::string linkTarget(const std::string& path)
-{
-    std::string target(PATH_MAX, '\0');
-    const ssize_t size = ::readlink(path.c_str(), target.data(), target.size());
-    target.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
-    return target.empty() || target.front() == '/' ? target : folderOf(path) + target;
-}
 
 std::string randomName()
 {

@@ -1,6 +1,7 @@
 #include "dbflayout.h"
 
 #include "../../formats/numbers.h"
+#include "../../formats/zeroend.h"
 #include "inputfile.h"
 #include "wording.h"
 
@@ -58,11 +59,6 @@ void readNumbersOf2(DbfLayout& layout, const char* bytes)
     layout.RecordCount = little16(bytes + dbf2header::recordCountAt);
     layout.HeaderLength = dbf2header::length;
     layout.RecordLength = little16(bytes + dbf2header::recordLengthAt);
-}
-
-std::string upToZero(std::string_view bytes)
-{
-    return std::string(bytes.substr(0, bytes.find('\0')));
 }
 
 DbfField fieldAt(std::string_view bytes, std::size_t at, const DescriptorShape& shape)

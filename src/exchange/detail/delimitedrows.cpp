@@ -1,20 +1,10 @@
 #include "delimitedrows.h"
 
+#include "utf8.h"
+
 #include <kd_lib/exchange/error.h>
 
 namespace kd_lib::exchange::detail {
-
-namespace {
-
-constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
-constexpr std::string_view dosEndMark = "\x1A";
-
-std::string_view between(const char* from, const char* to)
-{
-    return {from, static_cast<std::size_t>(to - from)};
-}
-
-}  // namespace
 
 std::string_view unquoted(const DelimitedCell& cell, char quote, std::string& scratch)
 {
@@ -113,7 +103,7 @@ bool DelimitedRows::next()
 
 std::string_view DelimitedRows::text() const
 {
-    return between(Reader.rowBegin(), Reader.rowEnd());
+    return {Reader.rowBegin(), Reader.rowEnd()};
 }
 
 bool DelimitedRows::isEndMark() const
@@ -126,7 +116,7 @@ std::optional<std::uint64_t> DelimitedRows::offsetOf(const char* at) const
     if (Window.converted() == nullptr) {
         return Window.offsetOf(at);
     }
-    const std::optional<std::uint64_t> before = sizeInFile(between(Reader.rowBegin(), at));
+    const std::optional<std::uint64_t> before = sizeInFile({Reader.rowBegin(), at});
     return RowOffset && before ? std::optional(*RowOffset + *before) : std::nullopt;
 }
 

@@ -8,15 +8,11 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-/// Every decimal number of at most this many digits survives conversion to a double and back, even if the conversion
-/// has an error of one unit in the last place.
-constexpr std::size_t digitsOfDouble = 15;
-
 // Well within the range of a double that is not denormal.
 constexpr std::size_t mostDigitsBefore = 300;
 constexpr std::size_t mostZerosAfter = 290;
 
-constexpr std::size_t none = std::string_view::npos;
+constexpr std::size_t nowhere = std::string_view::npos;
 
 }  // namespace
 
@@ -26,7 +22,7 @@ DigitCounts countDigits(std::string_view number)
         number.remove_prefix(1);
     }
     const std::size_t first = number.find_first_not_of("0.");
-    if (first == none) {
+    if (first == nowhere) {
         return {0, 0, 0, 0};
     }
     const std::size_t point = std::min(number.find('.'), number.size());
@@ -42,10 +38,10 @@ DigitCounts countDigits(std::string_view number)
 bool takeZeroDecimals(std::string_view& number)
 {
     const std::size_t point = number.find('.');
-    if (point == none) {
+    if (point == nowhere) {
         return true;
     }
-    if (number.find_first_not_of('0', point + 1) != none) {
+    if (number.find_first_not_of('0', point + 1) != nowhere) {
         return false;
     }
     number = number.substr(0, point);

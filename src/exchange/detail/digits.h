@@ -1,7 +1,8 @@
 /// \file
-/// Exact numbers as digits, in the form of `Cell::Text`.
+/// Digits, and exact numbers made of them in the form of `Cell::Text`.
 #pragma once
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
@@ -9,6 +10,30 @@
 #include <system_error>
 
 namespace kd_lib::exchange::detail {
+
+/// Every decimal number of at most this many digits survives conversion to a double and back, even if the conversion
+/// has an error of one unit in the last place.
+constexpr std::uint32_t digitsOfDouble = 15;
+
+constexpr bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+/// Whether a text is one digit or more, and nothing else.
+inline bool isDigits(std::string_view text)
+{
+    return !text.empty() && std::ranges::all_of(text, isDigit);
+}
+
+/// Takes the digits at the beginning of `rest`.
+inline std::string_view takeDigits(std::string_view& rest)
+{
+    const std::size_t count = static_cast<std::size_t>(std::ranges::find_if_not(rest, isDigit) - rest.begin());
+    const std::string_view digits = rest.substr(0, count);
+    rest.remove_prefix(count);
+    return digits;
+}
 
 struct DigitCounts {
     std::size_t Before;       ///< digits before the point; 0 for a single zero
@@ -31,7 +56,7 @@ bool fits(std::string_view number)
     return error == std::errc() && stop == end;
 }
 
-/// True if a double converts back to the digits: at most 15 significant ones, within the range of a double.
+/// True if a double converts back to the digits: at most `digitsOfDouble` significant ones, within the range of a double.
 bool isExactAsDouble(std::string_view number);
 
 /// How SQLite keeps a number in a column without a type.

@@ -2,6 +2,7 @@
 
 #include "digits.h"
 #include "lanes.h"
+#include "misfit.h"
 #include "scan.h"
 #include "unicode.h"
 
@@ -19,23 +20,15 @@ constexpr std::size_t digitsOfPostgreSqlAfterPoint = 16383;
 /// At least a digit and the point come before the decimals.
 constexpr std::size_t digitAndPoint = 2;
 
-constexpr const char* tooLong = "longer than the column";
-constexpr const char* zeroByte = "a zero byte in a text";
-constexpr const char* notWhole = "a column of whole numbers does not hold decimals";
-constexpr const char* tooLarge = "outside the range of the column";
-constexpr const char* tooManyDigits = "more digits than the column holds";
-constexpr const char* noNan = "the target has no NaN";
-constexpr const char* noInfinity = "the target has no infinity";
-
 const char* againstCharacters(std::string_view text, std::size_t limit)
 {
-    return text.size() > limit && countCharacters(text) > limit ? tooLong : nullptr;
+    return text.size() > limit && countCharacters(text) > limit ? misfit::tooLong : nullptr;
 }
 
 const char* againstZeroByte(std::string_view text, std::size_t limit)
 {
     if (containsByte(text, '\0')) {
-        return zeroByte;
+        return misfit::zeroByte;
     }
     return limit != 0 ? againstCharacters(text, limit) : nullptr;
 }
@@ -45,23 +38,23 @@ const char* againstWhole(std::string_view& digits)
 {
     constexpr std::size_t alwaysFits = std::numeric_limits<Integer>::digits10;
     if (containsByte(digits, '.') && !takeZeroDecimals(digits)) {
-        return notWhole;
+        return misfit::notWhole;
     }
-    return digits.size() <= alwaysFits || fits<Integer>(digits) ? nullptr : tooLarge;
+    return digits.size() <= alwaysFits || fits<Integer>(digits) ? nullptr : misfit::tooLarge;
 }
 
 const char* againstDigits(std::string_view digits, std::size_t before, std::size_t after)
 {
     const DigitCounts counts = countDigits(digits);
-    return counts.Before <= before && counts.After <= after ? nullptr : tooManyDigits;
+    return counts.Before <= before && counts.After <= after ? nullptr : misfit::tooManyDigits;
 }
 
 const char* againstFinite(double value, bool infinities)
 {
     if (std::isnan(value)) {
-        return noNan;
+        return misfit::noNan;
     }
-    return infinities || std::isfinite(value) ? nullptr : noInfinity;
+    return infinities || std::isfinite(value) ? nullptr : misfit::noInfinity;
 }
 
 }  // namespace
@@ -159,7 +152,7 @@ const char* FitChecks::reasonAgainst(ColumnCheck& check, Cell& cell)
     case FitRule::PostgreSqlNumeric:
         return againstDigits(cell.Text, digitsOfPostgreSqlBeforePoint, digitsOfPostgreSqlAfterPoint);
     case FitRule::ExactAsDouble:
-        return isExactAsDouble(cell.Text) ? nullptr : tooManyDigits;
+        return isExactAsDouble(cell.Text) ? nullptr : misfit::tooManyDigits;
     case FitRule::DoubleOrText:
         check.KeptAsText += sqliteFormOf(cell.Text) == SqliteForm::Text ? 1U : 0U;
         return nullptr;

@@ -20,7 +20,7 @@ std::string_view trimmed(std::string_view text)
 }
 
 /// A number up to `furthestByte`.
-std::optional<std::uint32_t> numberOf(std::string_view text)
+std::optional<std::uint32_t> positionIn(std::string_view text)
 {
     text = trimmed(text);
     std::uint32_t number = 0;
@@ -49,7 +49,7 @@ std::vector<FixedColumn> parseClassic(std::string_view list)
     std::vector<FixedColumn> columns;
     std::uint32_t before = 0;
     while (!list.empty()) {
-        const std::optional<std::uint32_t> position = numberOf(takePiece(list, classicSeparators));
+        const std::optional<std::uint32_t> position = positionIn(takePiece(list, classicSeparators));
         if (!position || *position <= before || *position > furthestByte / 2) {
             return {};
         }
@@ -66,9 +66,9 @@ std::optional<FixedColumn> parseNamed(std::string_view piece)
         return std::nullopt;
     }
     std::string_view range = piece.substr(colon + 1);
-    const std::optional<std::uint32_t> first = numberOf(takePiece(range, "-"));
+    const std::optional<std::uint32_t> first = positionIn(takePiece(range, "-"));
     const std::optional<std::uint32_t> last =
-        piece.find('-', colon) == std::string_view::npos ? first : numberOf(range);
+        piece.find('-', colon) == std::string_view::npos ? first : positionIn(range);
     if (!first || !last || *first == 0 || *last < *first) {
         return std::nullopt;
     }

@@ -5,11 +5,15 @@
 #include <kd_lib/exchange/cell.h>
 #include <kd_lib/exchange/inspect.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace kd_lib::exchange::detail {
+
+/// How many bytes of a long part are passed on.
+constexpr std::size_t bytesShown = 64;
 
 /// Passes lines to the callback, and remembers whether one reported damage.
 class Inspection {

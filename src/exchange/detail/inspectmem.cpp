@@ -18,8 +18,6 @@ namespace {
 
 namespace memfile = formats::memfile;
 
-constexpr std::size_t bytesShown = 64;
-
 /// The variables of a .mem file, one after the other.
 class MemInspection {
 public:

@@ -17,8 +17,6 @@ namespace {
 
 using namespace formats;
 
-constexpr std::size_t bytesShown = 64;
-
 /// Explains a memo file from its first block to its last. Only the table knows which blocks are in use, so everything
 /// that looks like a value is explained as one.
 class MemoInspection {

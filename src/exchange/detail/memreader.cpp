@@ -2,6 +2,7 @@
 
 #include "../../formats/memfile.h"
 #include "../../formats/numbers.h"
+#include "../../formats/zeroend.h"
 #include "lettercase.h"
 
 #include <algorithm>
@@ -11,17 +12,13 @@ namespace kd_lib::exchange::detail {
 namespace {
 
 namespace memfile = formats::memfile;
+using formats::upToZero;
 
 constexpr std::size_t blockOfFile = 65536;
 
 bool isType(char letter)
 {
     return letter == 'C' || letter == 'N' || letter == 'D' || letter == 'L';
-}
-
-std::string_view upToZero(std::string_view text)
-{
-    return text.substr(0, text.find('\0'));
 }
 
 }  // namespace

@@ -11,8 +11,8 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-constexpr const char* notADate = "not a day of the calendar";
-constexpr const char* notABoolean = "neither 0 nor 1";
+constexpr const char* noSuchDay = "not a day of the calendar";
+constexpr const char* notZeroOrOne = "neither 0 nor 1";
 
 /// The day of a Julian day number; an empty date is 0.
 Converted dayOf(double julian)
@@ -23,7 +23,7 @@ Converted dayOf(double julian)
     const bool inRange =
         julian >= static_cast<double>(formats::firstJulianDay) && julian <= static_cast<double>(formats::lastJulianDay);
     if (!inRange || std::trunc(julian) != julian) {
-        return Converted::failed(notADate);
+        return Converted::failed(noSuchDay);
     }
     const formats::CalendarDay day = formats::calendarDay(static_cast<std::int64_t>(julian));
     return Cell::date({static_cast<std::int16_t>(day.Year), static_cast<std::uint8_t>(day.Month),
@@ -34,7 +34,7 @@ Converted valueOfBytes(char type, std::string_view bytes)
 {
     if (type == 'L') {
         return bytes[0] == 0 || bytes[0] == 1 ? Converted(Cell::boolean(bytes[0] == 1))
-                                              : Converted::failed(notABoolean);
+                                              : Converted::failed(notZeroOrOne);
     }
     const double number = std::bit_cast<double>(formats::little64(bytes.data()));
     return type == 'D' ? dayOf(number) : Cell::real(number);

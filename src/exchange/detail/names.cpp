@@ -15,7 +15,7 @@ namespace {
 constexpr int lastOfBasicPlane = 0xFFFF;
 
 constexpr const char* twice = "the name comes twice";
-constexpr const char* tooLong = "the name is too long";
+constexpr const char* nameTooLong = "the name is too long";
 constexpr const char* refused = "the database does not accept such a name";
 
 std::string inCase(std::string_view name, NameCase nameCase)
@@ -67,7 +67,7 @@ const char* adapt(std::string& name, const Dialect& dialect)
     }
     const char* const reason = changed != name ? refused : nullptr;
     name = dialect.cutName(changed);
-    return name != changed ? tooLong : reason;
+    return name != changed ? nameTooLong : reason;
 }
 
 std::string changeOf(const std::string& what, const std::string& old, const std::string& name, const char* reason)
@@ -195,7 +195,7 @@ std::string tableName(const std::string& file, const TableOptions& options, cons
     const bool cut = dialect.cutTableName(name).size() != name.size();
     name = name.empty() ? "table_1" : std::string(dialect.cutTableName(name));
     if (name != wanted) {
-        notes.push_back({changeOf("table", wanted, name, cut ? tooLong : refused)});
+        notes.push_back({changeOf("table", wanted, name, cut ? nameTooLong : refused)});
     }
     return name;
 }

@@ -1,5 +1,7 @@
 #include "newfile.h"
 
+#include "filepath.h"
+
 #include <kd_lib/exchange/error.h>
 
 #include <atomic>
@@ -9,7 +11,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
-#include <filesystem>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -22,20 +23,6 @@ namespace {
 constexpr mode_t ordinaryMode = 0666;
 constexpr mode_t ownerOnly = 0600;
 constexpr mode_t permissions = 0777;
-constexpr int mostLinks = 40;
-
-std::string folderOf(const std::string& path)
-{
-    const std::size_t slash = path.find_last_of('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
-}
-
-/// The contents of a symbolic link; empty if it cannot be read.
-std::string linkText(const std::string& path)
-{
-    std::error_code error;
-    return std::filesystem::read_symlink(path, error).string();
-}
 
 /// The folder of a path, without symbolic links; empty if there is none.
 std::string realFolderOf(const std::string& path)
@@ -85,12 +72,12 @@ Destination follow(const std::string& path)
             to.OpenFile = true;
             return to;
         }
-        const std::string text = linkText(to.Path);
-        if (links == mostLinks || text.empty()) {
+        std::string target = linkTarget(to.Path);
+        if (links == mostLinks || target.empty()) {
             to.Error = ELOOP;
             return to;
         }
-        to.Path = text.starts_with('/') ? text : folderOf(to.Path) + '/' + text;
+        to.Path = std::move(target);
     }
 }
 
@@ -101,7 +88,7 @@ std::string unusedName(const std::string& folder)
     struct timespec now = {};
     ::clock_gettime(CLOCK_MONOTONIC, &now);
     char name[64];
-    std::snprintf(name, sizeof name, "/.kd_db-%lx-%lx-%x", static_cast<unsigned long>(::getpid()),
+    std::snprintf(name, sizeof name, ".kd_db-%lx-%lx-%x", static_cast<unsigned long>(::getpid()),
                   static_cast<unsigned long>(now.tv_nsec), count++);
     return folder + name;
 }

@@ -1,6 +1,8 @@
 #include "recorddecoder.h"
 
+#include "binarytext.h"
 #include "fieldtexts.h"
+#include "lettercase.h"
 #include "recordblocks.h"
 
 #include <algorithm>
@@ -23,17 +25,6 @@ bool isAll(std::string_view bytes, char c)
 bool isEmptyMoment(std::string_view bytes)
 {
     return isAll(bytes, '\0') || isAll(bytes, ' ');
-}
-
-std::string hexadecimal(std::string_view bytes)
-{
-    constexpr char digits[] = "0123456789ABCDEF";
-    std::string text;
-    for (const char c : bytes) {
-        text += digits[static_cast<std::uint8_t>(c) >> 4];
-        text += digits[static_cast<std::uint8_t>(c) & 15U];
-    }
-    return text;
 }
 
 }  // namespace
@@ -280,7 +271,7 @@ void RecordDecoder::convertCell(Field& field, std::string_view bytes, Record& to
     const Cell& cell = to.Cells[field.Column];
     if (cell.Kind == CellKind::Unreadable && field.Type == ColumnType::Text && !isMemo(field.Form)) {
         std::erase_if(to.Flaws, [&field](const Flaw& flaw) { return flaw.Column == field.Column; });
-        field.Conversion = hexadecimal(bytes);
+        field.Conversion = uppered(hexText(bytes));
         to.Cells[field.Column] = Cell::text(field.Conversion);
         return;
     }

@@ -2,8 +2,10 @@
 
 #include "digits.h"
 #include "lettercase.h"
+#include "misfit.h"
 
-#include <algorithm>
+#include <kd_lib/blanks.h>
+
 #include <cmath>
 #include <string>
 
@@ -11,43 +13,22 @@ namespace kd_lib::exchange::detail {
 
 namespace {
 
-constexpr const char* tooManyDigits = "more digits than the column holds";
 constexpr const char* textWouldChange = "the column would change the text to another number";
-constexpr const char* noNan = "the target has no NaN";
-
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-void skipDigits(std::string_view& text)
-{
-    text.remove_prefix(static_cast<std::size_t>(std::ranges::find_if_not(text, isDigit) - text.begin()));
-}
 
 /// Whether SQLite treats a text as a number, which may have blanks around it, a sign, decimals and an exponent.
 bool looksLikeNumber(std::string_view text)
 {
-    constexpr std::string_view blanks = " \t\n\v\f\r";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) {
-        return false;
-    }
-    text = text.substr(first, text.find_last_not_of(blanks) - first + 1);
+    text = allTrimView(text);
     text.remove_prefix(text.starts_with('-') || text.starts_with('+') ? 1 : 0);
-    const std::size_t whole = text.size();
-    skipDigits(text);
-    std::size_t digits = whole - text.size();
+    std::size_t digits = takeDigits(text).size();
     if (text.starts_with('.')) {
         text.remove_prefix(1);
-        const std::size_t decimals = text.size();
-        skipDigits(text);
-        digits += decimals - text.size();
+        digits += takeDigits(text).size();
     }
     if (digits > 0 && (text.starts_with('e') || text.starts_with('E'))) {
         text.remove_prefix(1);
         text.remove_prefix(text.starts_with('-') || text.starts_with('+') ? 1 : 0);
-        skipDigits(text);
+        takeDigits(text);
     }
     return digits > 0 && text.empty();
 }
@@ -58,14 +39,14 @@ bool isPlainNumber(std::string_view text)
     text.remove_prefix(text.starts_with('-') ? 1 : 0);
     const std::size_t point = text.find('.');
     const std::string_view whole = text.substr(0, point);
-    if (whole.empty() || !std::ranges::all_of(whole, isDigit) || (whole.size() > 1 && whole.front() == '0')) {
+    if (!isDigits(whole) || (whole.size() > 1 && whole.front() == '0')) {
         return false;
     }
     if (point == std::string_view::npos) {
         return true;
     }
     const std::string_view decimals = text.substr(point + 1);
-    return !decimals.empty() && std::ranges::all_of(decimals, isDigit) && (decimals == "0" || decimals.back() != '0');
+    return isDigits(decimals) && (decimals == "0" || decimals.back() != '0');
 }
 
 bool isKept(Affinity affinity, std::string_view digits)
@@ -106,13 +87,13 @@ Affinity affinityOf(std::string_view declaredType)
 const char* reasonAgainst(Affinity affinity, const Cell& cell)
 {
     if (cell.Kind == CellKind::Float) {
-        return std::isnan(cell.Float) ? noNan : nullptr;
+        return std::isnan(cell.Float) ? misfit::noNan : nullptr;
     }
     if (affinity == Affinity::None || affinity == Affinity::Text) {
         return nullptr;
     }
     if (cell.Kind == CellKind::Number) {
-        return isKept(affinity, cell.Text) ? nullptr : tooManyDigits;
+        return isKept(affinity, cell.Text) ? nullptr : misfit::tooManyDigits;
     }
     return cell.Kind != CellKind::Text || isKeptAsText(affinity, cell.Text) ? nullptr : textWouldChange;
 }

@@ -2,6 +2,8 @@
 
 #include "lettercase.h"
 
+#include <kd_lib/blanks.h>
+
 #include <algorithm>
 #include <set>
 #include <utility>
@@ -9,15 +11,6 @@
 namespace kd_lib::exchange::detail {
 
 namespace {
-
-constexpr std::string_view blanks = " \t\n\v\f\r";
-
-std::string_view trimmed(std::string_view text)
-{
-    const std::size_t first = text.find_first_not_of(blanks);
-    return first == std::string_view::npos ? std::string_view()
-                                           : text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
 
 /// A text in SQL's quotes, or without any.
 std::string unquoted(std::string_view text)
@@ -43,12 +36,12 @@ struct Argument {
 
 Argument parse(std::string_view text)
 {
-    text = trimmed(text);
+    text = allTrimView(text);
     const std::size_t equals = text.find_first_of("='\"");
     if (equals == std::string_view::npos || text[equals] != '=') {
         return {{}, unquoted(text)};
     }
-    return {lowered(trimmed(text.substr(0, equals))), unquoted(trimmed(text.substr(equals + 1)))};
+    return {lowered(allTrimView(text.substr(0, equals))), unquoted(allTrimView(text.substr(equals + 1)))};
 }
 
 [[noreturn]] void refuse(const Argument& argument)
@@ -153,7 +146,7 @@ TableArguments parseTableArguments(const std::vector<std::string_view>& argument
         const auto* const setter =
             std::ranges::find(setters, argument.Name, &std::pair<std::string_view, Setter>::first);
         if (setter == std::end(setters)) {
-            throw OptionError("", "unknown argument " + std::string(trimmed(text)));
+            throw OptionError("", "unknown argument " + std::string(allTrimView(text)));
         }
         if (!met.insert(argument.Name).second && argument.Name != "type") {
             throw OptionError("", "argument " + argument.Name + " is given twice");

@@ -3,6 +3,7 @@
 #include "../../formats/languagedriver.h"
 #include "companionfile.h"
 #include "inputfile.h"
+#include "utf8.h"
 #include "wording.h"
 
 #include <kd_lib/exchange/codepage.h>
@@ -21,8 +22,8 @@ std::string readCpg(const std::string& path)
     InputFile file(path);
     std::string text(longestName, '\0');
     text.resize(file.read(text.data(), text.size()));
-    if (text.starts_with("\xEF\xBB\xBF")) {
-        text.erase(0, 3);
+    if (text.starts_with(utf8Mark)) {
+        text.erase(0, utf8Mark.size());
     }
     text.resize(std::min(text.size(), text.find_first_of(std::string_view("\r\n\x1A\0", 4))));
     std::erase_if(text, [](char c) { return c < ' ' || c > '~'; });

@@ -1,5 +1,7 @@
 #include "targettype.h"
 
+#include "digits.h"
+
 #include <algorithm>
 
 namespace kd_lib::exchange::detail {
@@ -8,7 +10,6 @@ namespace {
 
 constexpr std::uint32_t digitsOfInteger = 9;      // any 9 digits fit in 32 bits
 constexpr std::uint32_t digitsOfBigInteger = 18;  // any 18 digits fit in 64 bits
-constexpr std::uint32_t digitsOfDouble = 15;
 
 constexpr std::uint32_t mySqlDigits = 65;
 constexpr std::uint32_t mySqlDecimals = 30;

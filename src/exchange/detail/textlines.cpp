@@ -4,17 +4,6 @@
 
 namespace kd_lib::exchange::detail {
 
-namespace {
-
-constexpr std::string_view dosEndMark = "\x1A";
-
-std::string_view between(const char* from, const char* to)
-{
-    return {from, static_cast<std::size_t>(to - from)};
-}
-
-}  // namespace
-
 void TextLines::restart()
 {
     Next = Window.begin();
@@ -27,7 +16,7 @@ void TextLines::findLineEnd()
     std::size_t first = std::string_view::npos;
     std::string_view text;
     while (true) {
-        text = between(Next, Window.end());
+        text = {Next, Window.end()};
         first = text.find_first_of("\r\n");
         if (Window.atEnd() || (first != std::string_view::npos && first + 1 < text.size())) {
             break;
@@ -46,7 +35,7 @@ bool TextLines::next()
     }
     const char* end = nullptr;
     while (true) {
-        const std::string_view rest = between(Next, Window.end());
+        const std::string_view rest(Next, Window.end());
         end = rest.empty() ? nullptr : static_cast<const char*>(std::memchr(rest.data(), LineEnd, rest.size()));
         if (end != nullptr || Window.atEnd()) {
             break;
@@ -55,7 +44,7 @@ bool TextLines::next()
         Next = Window.begin();
     }
     const bool ended = end != nullptr;
-    Line = between(Next, ended ? end : Window.end());
+    Line = {Next, ended ? end : Window.end()};
     if (!ended && (Line.empty() || Line == dosEndMark)) {
         EndMark = !Line.empty();
         return false;

@@ -15,7 +15,7 @@ public:
     /// Starts at the beginning of `window`, which must outlive the object.
     explicit TextLines(TextWindow& window) : Window(window) { restart(); }
 
-    /// Reads the next line; false at the end. The end mark of DOS, a byte 1A at the end of the text, is not a line.
+    /// Reads the next line; false at the end. The end mark of DOS is not a line.
     bool next();
 
     /// The line, without its end. It views the window until the next call.

@@ -1,5 +1,7 @@
 #include "textwindow.h"
 
+#include "utf8.h"
+
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -9,7 +11,6 @@ namespace kd_lib::exchange::detail {
 namespace {
 
 constexpr std::size_t usualCapacity = 262144;
-constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 
 /// Whether every other byte of the beginning is zero, as in UTF-16 of Latin letters.
 bool alternatesWithZeros(std::string_view text, std::size_t first)

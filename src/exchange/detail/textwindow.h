@@ -18,6 +18,9 @@
 
 namespace kd_lib::exchange::detail {
 
+/// The end mark of DOS, if it is the last byte of a text.
+constexpr std::string_view dosEndMark = "\x1A";
+
 /// The current part of a file or of standard input in one piece of memory. The mark of UTF-8 at the beginning is left
 /// out.
 class TextWindow {

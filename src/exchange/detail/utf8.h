@@ -9,6 +9,9 @@
 
 namespace kd_lib::exchange::detail {
 
+/// U+FEFF, which may mark a text as UTF-8 at its beginning.
+constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
+
 /// The beginning of a text: a whole character, or the longest beginning of one.
 struct Utf8Piece {
     std::size_t Length;

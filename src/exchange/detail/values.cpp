@@ -1,5 +1,6 @@
 #include "values.h"
 
+#include "digits.h"
 #include "lettercase.h"
 #include "moments.h"
 #include "utf8.h"
@@ -32,11 +33,6 @@ constexpr const char* noConversion = "a value of another type";
 
 constexpr int largestExponent = 1000;
 
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
 bool isPadding(char c)
 {
     return c == ' ' || c == '\0';
@@ -55,14 +51,6 @@ struct NumberPieces {
         return Whole.find_first_not_of('0') == none && Decimals.find_first_not_of('0') == none;
     }
 };
-
-std::string_view takeDigits(std::string_view& rest)
-{
-    const std::size_t count = static_cast<std::size_t>(std::ranges::find_if_not(rest, isDigit) - rest.begin());
-    const std::string_view digits = rest.substr(0, count);
-    rest.remove_prefix(count);
-    return digits;
-}
 
 bool takeSign(std::string_view& rest)
 {
@@ -162,7 +150,7 @@ bool isOneOf(std::string_view text, std::initializer_list<std::string_view> word
 }
 
 /// The whole number of `digits` in normal form, which may have decimals of zero.
-Converted wholeOf(std::string_view digits)
+Converted convertWhole(std::string_view digits)
 {
     const std::size_t point = digits.find('.');
     if (point != std::string_view::npos) {
@@ -324,7 +312,7 @@ Converted numberOf(std::string_view text, std::string& scratch)
 Converted wholeNumberOf(std::string_view text, std::string& scratch)
 {
     const Converted number = numberOf(text, scratch);
-    return number.Value.Kind == CellKind::Number ? wholeOf(number.Value.Text) : number;
+    return number.Value.Kind == CellKind::Number ? convertWhole(number.Value.Text) : number;
 }
 
 Converted floatOf(std::string_view text)
@@ -432,7 +420,7 @@ Converted convert(const Cell& cell, ColumnType to, std::string& scratch)
         return cell;
     }
     if (cell.Kind == kindOf(to)) {
-        return isWhole(to) ? wholeOf(cell.Text) : Converted(cell);
+        return isWhole(to) ? convertWhole(cell.Text) : Converted(cell);
     }
     if (to == ColumnType::Text || to == ColumnType::Bytes) {
         const std::string_view text = textOf(cell, scratch);
