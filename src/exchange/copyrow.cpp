@@ -11,9 +11,9 @@ namespace kd_lib::exchange {
 
 namespace {
 
-/// Backslashes, line ends and tabs as two bytes that begin with a backslash; `ZeroToo`: zero bytes too.
+/// BulkEscapes, line ends and tabs as two bytes that begin with a backslash; `ZeroToo`: zero bytes too.
 template <bool ZeroToo>
-struct Backslashes {
+struct BulkEscapes {
     static constexpr std::size_t Longest = 2;
 
     static detail::SixteenBytes marks(detail::SixteenBytes bytes)
@@ -60,7 +60,7 @@ struct CopyForm : detail::CommonForm {
     static constexpr detail::ShortWord True = "t";
     static constexpr detail::ShortWord False = "f";
 
-    using Way = Backslashes<false>;
+    using Way = BulkEscapes<false>;
     static constexpr std::size_t Longest = Way::Longest;
 
     template <bool Plain>
@@ -94,7 +94,7 @@ struct LoadDataForm : detail::CommonForm {
     static constexpr detail::ShortWord True = "1";
     static constexpr detail::ShortWord False = "0";
 
-    using Way = Backslashes<true>;
+    using Way = BulkEscapes<true>;
     static constexpr std::size_t Longest = Way::Longest;
 
     template <bool Plain>

@@ -12,7 +12,7 @@ namespace kd_lib::exchange {
 namespace {
 
 /// Quotes are doubled. Every byte that requires quotes around the text is marked.
-struct DoubledQuotes {
+struct CsvEscapes {
     static constexpr std::size_t Longest = 2;
 
     static detail::SixteenBytes marks(detail::SixteenBytes bytes)
@@ -39,18 +39,18 @@ struct CsvForm : detail::CommonForm {
     static constexpr detail::ShortWord True = "true";
     static constexpr detail::ShortWord False = "false";
 
-    static constexpr std::size_t Longest = DoubledQuotes::Longest;
+    static constexpr std::size_t Longest = CsvEscapes::Longest;
 
     template <bool Plain>
     static char* shortText(char* to, std::string_view text)
     {
         const bool unmarked =
-            Plain ? detail::copyUnmarkedPlain<DoubledQuotes>(to, text) : detail::copyUnmarked<DoubledQuotes>(to, text);
+            Plain ? detail::copyUnmarkedPlain<CsvEscapes>(to, text) : detail::copyUnmarked<CsvEscapes>(to, text);
         if (unmarked && !text.empty()) {
             return to + text.size();
         }
         *to++ = '"';
-        to = detail::putEscaped<DoubledQuotes>(to, text);
+        to = detail::putEscaped<CsvEscapes>(to, text);
         *to++ = '"';
         return to;
     }
@@ -72,12 +72,12 @@ struct CsvForm : detail::CommonForm {
 
 void writeCsvText(std::string_view text, OutputBlock& out)
 {
-    if (!text.empty() && !detail::containsAny(text, DoubledQuotes::marks)) {
+    if (!text.empty() && !detail::containsAny(text, CsvEscapes::marks)) {
         out.write(text);
         return;
     }
     out.write('"');
-    detail::writeEscaped<DoubledQuotes>(text, out);
+    detail::writeEscaped<CsvEscapes>(text, out);
     out.write('"');
 }
 

@@ -18,8 +18,6 @@ namespace {
 
 using detail::SqliteDatabase;
 
-constexpr std::size_t blockSize = 65536;
-
 /// The savepoint that replaces a BEGIN of the script.
 constexpr const char* transactionName = "kd_db import";
 
@@ -148,7 +146,7 @@ public:
 
     ImportTally run()
     {
-        std::vector<char> buffer(blockSize);
+        std::vector<char> buffer(detail::InputFile::usualRead);
         while (const std::size_t size = Input.readSome(buffer.data(), buffer.size())) {
             checkEncoding({buffer.data(), size});
             std::string_view block(buffer.data(), size);

@@ -15,11 +15,11 @@ namespace kd_lib::exchange {
 
 namespace {
 
-constexpr char quote = '\'';
+constexpr char sqlQuote = '\'';
 
 void writeQuote(OutputBlock& out)
 {
-    out.write(quote);
+    out.write(sqlQuote);
 }
 
 /// Quotes are doubled, all else is unchanged.
@@ -28,15 +28,15 @@ struct DoubledQuotes {
 
     static detail::SixteenBytes marks(detail::SixteenBytes bytes)
     {
-        return std::bit_cast<detail::SixteenBytes>(bytes == quote);
+        return std::bit_cast<detail::SixteenBytes>(bytes == sqlQuote);
     }
 
-    static std::uint32_t plainMarks(const detail::Lanes& lanes) { return lanes.equal(quote); }
+    static std::uint32_t plainMarks(const detail::Lanes& lanes) { return lanes.equal(sqlQuote); }
 
     static char* put(char* to, char byte)
     {
         *to++ = byte;
-        if (byte == quote) {
+        if (byte == sqlQuote) {
             *to++ = byte;
         }
         return to;
@@ -49,10 +49,11 @@ struct Backslashes {
 
     static detail::SixteenBytes marks(detail::SixteenBytes bytes)
     {
-        return std::bit_cast<detail::SixteenBytes>((bytes == quote) | (bytes == '\\') | (bytes == '\r') | (bytes == 0));
+        return std::bit_cast<detail::SixteenBytes>((bytes == sqlQuote) | (bytes == '\\') | (bytes == '\r') |
+                                                   (bytes == 0));
     }
 
-    static std::uint32_t plainMarks(const detail::Lanes& lanes) { return lanes.equal(quote) | lanes.equal('\\'); }
+    static std::uint32_t plainMarks(const detail::Lanes& lanes) { return lanes.equal(sqlQuote) | lanes.equal('\\'); }
 
     static char* put(char* to, char byte)
     {
@@ -62,8 +63,8 @@ struct Backslashes {
             return to + 2;
         };
         switch (byte) {
-        case quote:
-            return pair(quote, quote);
+        case sqlQuote:
+            return pair(sqlQuote, sqlQuote);
         case '\\':
             return pair('\\', '\\');
         case '\r':
@@ -80,9 +81,9 @@ struct Backslashes {
 template <class Way, bool Plain>
 char* putQuoted(char* to, std::string_view text)
 {
-    *to++ = quote;
+    *to++ = sqlQuote;
     to = detail::putShort<Way, Plain>(to, text);
-    *to++ = quote;
+    *to++ = sqlQuote;
     return to;
 }
 
@@ -103,7 +104,7 @@ void writeBlob(std::string_view bytes, OutputBlock& out)
 }
 
 struct PostgreSqlForm : detail::CommonForm {
-    static constexpr char Quote = quote;
+    static constexpr char Quote = sqlQuote;
     static constexpr char Between = ' ';
     static constexpr detail::ShortWord Null = "NULL";
     static constexpr detail::ShortWord True = "true";
@@ -141,20 +142,20 @@ struct PostgreSqlForm : detail::CommonForm {
     /// In quotes: without them the number would be converted through numeric, which has no -0.
     static char* real(char* to, double value)
     {
-        *to++ = quote;
+        *to++ = sqlQuote;
         if (std::isfinite(value)) {
             to = detail::putReal(to, value);
         } else {
             const std::string_view word = std::isnan(value) ? "NaN" : value > 0 ? "Infinity" : "-Infinity";
             to = kd_lib::detail::copyBytes(to, word);
         }
-        *to++ = quote;
+        *to++ = sqlQuote;
         return to;
     }
 };
 
 struct MySqlForm : detail::CommonForm {
-    static constexpr char Quote = quote;
+    static constexpr char Quote = sqlQuote;
     static constexpr char Between = ' ';
     static constexpr detail::ShortWord Null = "NULL";
     static constexpr detail::ShortWord True = "1";
@@ -255,7 +256,7 @@ private:
 };
 
 struct SqliteForm : detail::CommonForm {
-    static constexpr char Quote = quote;
+    static constexpr char Quote = sqlQuote;
     static constexpr char Between = ' ';
     static constexpr detail::ShortWord Null = "NULL";
     static constexpr detail::ShortWord True = "1";

@@ -1,7 +1,10 @@
 #include <kd_lib/exchange/serverscript.h>
 
+#include "detail/digits.h"
 #include "detail/inputfile.h"
+#include "detail/utf8.h"
 
+#include <kd_lib/blanks.h>
 #include <kd_lib/exchange/error.h>
 #include <kd_lib/text.h>
 
@@ -12,17 +15,11 @@ namespace kd_lib::exchange {
 
 namespace {
 
-constexpr std::size_t blockSize = 65536;
 constexpr std::size_t longestStatement = 1'000'000'000;
-
-bool isBlank(char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
 
 bool isWordByte(char c)
 {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || detail::isDigit(c) || c == '_' ||
            static_cast<unsigned char>(c) >= 0x80;
 }
 
@@ -65,8 +62,8 @@ class ServerScript::Reader {
 public:
     Reader(const std::string& file, Engine engine) : File(file), Postgres(engine == Engine::PostgreSql)
     {
-        if (startsWith("\xEF\xBB\xBF")) {
-            pass(3);
+        if (startsWith(detail::utf8Mark)) {
+            pass(detail::utf8Mark.size());
         }
     }
 
@@ -91,7 +88,7 @@ public:
             pass(endOfLine(0) + 1);  // the statement's own line
         }
         std::size_t end = 0;
-        while (!atEnd(end) && end < blockSize) {
+        while (!atEnd(end) && end < detail::InputFile::usualRead) {
             const std::size_t lineEnd = endOfLine(end);
             const std::string_view line = std::string_view(Buffer).substr(Passed + end, lineEnd - end);
             if (line == "\\." || line == "\\.\r") {
@@ -126,8 +123,8 @@ private:
             }
             Buffer.erase(0, std::exchange(Passed, 0));
             const std::size_t size = Buffer.size();
-            Buffer.resize(size + blockSize);
-            Buffer.resize(size + File.readSome(Buffer.data() + size, blockSize));
+            Buffer.resize(size + detail::InputFile::usualRead);
+            Buffer.resize(size + File.readSome(Buffer.data() + size, detail::InputFile::usualRead));
             if (Buffer.size() == size) {
                 return '\0';
             }
@@ -214,7 +211,7 @@ private:
         while (isWordByte(at(end))) {
             ++end;
         }
-        const bool digit = at(position + 1) >= '0' && at(position + 1) <= '9';
+        const bool digit = detail::isDigit(at(position + 1));
         if (at(end) != '$' || digit) {
             return end;
         }

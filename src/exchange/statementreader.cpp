@@ -1,6 +1,8 @@
 #include <kd_lib/exchange/statementreader.h>
 
+#include "detail/digits.h"
 #include "detail/lettercase.h"
+#include "detail/utf8.h"
 
 #include <kd_lib/exchange/error.h>
 
@@ -11,17 +13,15 @@ namespace kd_lib::exchange {
 
 namespace {
 
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-
 /// As in SQLite, a vertical tab is not a blank.
-bool isBlank(char c)
+bool isSqliteBlank(char c)
 {
     return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r';
 }
 
 bool isWordCharacter(char c)
 {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '$' ||
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || detail::isDigit(c) || c == '_' || c == '$' ||
            static_cast<unsigned char>(c) >= 0x80;
 }
 
@@ -68,7 +68,7 @@ bool StatementReader::next(std::string_view& block)
     if (Complete) {
         startStatement();
     }
-    if (MarkBytes < byteOrderMark.size()) {
+    if (MarkBytes < detail::utf8Mark.size()) {
         skipByteOrderMark(block);
     }
     while (!block.empty()) {
@@ -98,8 +98,8 @@ bool StatementReader::finish()
     if (Complete) {
         startStatement();
     }
-    if (MarkBytes < byteOrderMark.size()) {
-        append(byteOrderMark.substr(0, std::exchange(MarkBytes, byteOrderMark.size())));
+    if (MarkBytes < detail::utf8Mark.size()) {
+        append(detail::utf8Mark.substr(0, std::exchange(MarkBytes, detail::utf8Mark.size())));
     }
     takePending();
     Complete = !Text.empty();
@@ -116,10 +116,10 @@ void StatementReader::startStatement()
 
 void StatementReader::skipByteOrderMark(std::string_view& block)
 {
-    while (MarkBytes < byteOrderMark.size() && !block.empty()) {
-        if (block.front() != byteOrderMark[MarkBytes]) {
-            const std::size_t count = std::exchange(MarkBytes, byteOrderMark.size());
-            for (const char c : byteOrderMark.substr(0, count)) {
+    while (MarkBytes < detail::utf8Mark.size() && !block.empty()) {
+        if (block.front() != detail::utf8Mark[MarkBytes]) {
+            const std::size_t count = std::exchange(MarkBytes, detail::utf8Mark.size());
+            for (const char c : detail::utf8Mark.substr(0, count)) {
                 takeCharacter(c);
             }
             return;
@@ -191,7 +191,7 @@ bool StatementReader::takeCharacter(char c)
         Complete = endsAtSemicolon();
         return Complete;
     }
-    if (isBlank(c)) {
+    if (isSqliteBlank(c)) {
         append(Text.empty() ? std::string_view() : std::string_view(&c, 1));
         return false;
     }

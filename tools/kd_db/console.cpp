@@ -11,9 +11,6 @@ namespace kd_tool {
 
 namespace {
 
-constexpr std::string_view red = "\x1b[31m";
-constexpr std::string_view resetColor = "\x1b[0m";
-
 bool showsProgress(When when)
 {
     if (when != When::Auto) {
@@ -34,7 +31,7 @@ void Console::configure(const Options& options)
 
 void Console::trouble(const std::string& line)
 {
-    writeLine("kd_db: ", red, line);
+    writeLine("kd_db: ", style::red, line);
 }
 
 void Console::note(const std::string& line)
@@ -53,7 +50,7 @@ void Console::writeLine(std::string_view mark, std::string_view color, const std
 {
     std::string text;
     if (!mark.empty()) {
-        text = Colored ? std::string(color) + std::string(mark) + std::string(resetColor) : std::string(mark);
+        text = Colored ? std::string(color) + std::string(mark) + std::string(style::plain) : std::string(mark);
     }
     text += oneLine(line) + '\n';
     const std::lock_guard guard(Lock);

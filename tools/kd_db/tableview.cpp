@@ -17,9 +17,6 @@ namespace {
 constexpr std::size_t pageRecords = 200;
 constexpr std::size_t pageBytes = 262144;
 constexpr std::string_view gap = "  ";
-constexpr std::string_view bold = "\x1b[1m";
-constexpr std::string_view dim = "\x1b[2m";
-constexpr std::string_view plain = "\x1b[0m";
 
 bool isNumeric(exchange::ColumnType type)
 {
@@ -129,9 +126,9 @@ void TableView::printHeading()
     Line.clear();
     for (std::size_t i = 0; i < Widths.size(); ++i) {
         Line += i > 0 ? gap : "";
-        Line += Style.Colored ? bold : "";
+        Line += Style.Colored ? style::bold : "";
         appendCell(Names[i], Numeric[i] ? Look::Right : Look::Left, i);
-        Line += Style.Colored ? plain : "";
+        Line += Style.Colored ? style::plain : "";
     }
     Line += '\n';
     for (std::size_t i = 0; i < Widths.size(); ++i) {
@@ -173,9 +170,9 @@ void TableView::appendCell(std::string_view text, Look look, std::size_t column)
     const bool last = column + 1 == Widths.size();
     Line.append(right ? padding : 0, ' ');
     if (look == Look::Null && Style.Colored) {
-        Line += dim;
+        Line += style::dim;
         Line += text;
-        Line += plain;
+        Line += style::plain;
     } else {
         Line += text;
     }

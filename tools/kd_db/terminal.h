@@ -5,8 +5,17 @@
 #include "options.h"
 
 #include <cstddef>
+#include <string_view>
 
 namespace kd_tool {
+
+/// Escape sequences that change the letters after them.
+namespace style {
+constexpr std::string_view bold = "\x1b[1m";
+constexpr std::string_view dim = "\x1b[2m";
+constexpr std::string_view red = "\x1b[31m";
+constexpr std::string_view plain = "\x1b[0m";
+}  // namespace style
 
 bool isTerminal(int descriptor);
 

@@ -14,6 +14,8 @@ namespace kd_lib::exchange::detail {
 /// system's reason: an error is never mistaken for the end.
 class InputFile {
 public:
+    static constexpr std::size_t usualRead = 65536;  ///< bytes at a time, from start to end
+
     /// Opens a file; "-" is standard input, which is not closed. Throws an `Error` if it cannot be opened, and for a
     /// folder. If a stop is requested while a read waits for a pipe, the read throws `Stopped`.
     explicit InputFile(const std::string& path, std::stop_token stop = {});

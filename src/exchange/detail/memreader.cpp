@@ -14,8 +14,6 @@ namespace {
 namespace memfile = formats::memfile;
 using formats::upToZero;
 
-constexpr std::size_t blockOfFile = 65536;
-
 bool isType(char letter)
 {
     return letter == 'C' || letter == 'N' || letter == 'D' || letter == 'L';
@@ -63,8 +61,8 @@ void MemReader::load(std::size_t count)
     }
     while (Buffer.size() < count && !AtEnd) {
         const std::size_t before = Buffer.size();
-        Buffer.resize(before + blockOfFile);
-        const std::size_t got = File.readSome(Buffer.data() + before, blockOfFile);
+        Buffer.resize(before + InputFile::usualRead);
+        const std::size_t got = File.readSome(Buffer.data() + before, InputFile::usualRead);
         Buffer.resize(before + got);
         AtEnd = got == 0;
     }

@@ -15,8 +15,6 @@ namespace kd_tool {
 
 namespace {
 
-constexpr std::string_view red = "\x1b[31m";
-constexpr std::string_view plain = "\x1b[0m";
 constexpr std::size_t bytesInLine = 12;
 
 std::string offsetText(std::uint64_t offset)
@@ -59,9 +57,9 @@ public:
         what.resize(std::max(what.size() + 2, whatWidth), ' ');
         const std::string meaning = (part.Damaged ? "DAMAGED: " : "") + visible(part.Meaning);
         std::string line = offsetText(part.Offset) + ' ' + bytesText(part.Bytes, part.Length) + "  " + what;
-        line += Colored && part.Damaged ? red : "";
+        line += Colored && part.Damaged ? style::red : "";
         line += meaning;
-        line += Colored && part.Damaged ? plain : "";
+        line += Colored && part.Damaged ? style::plain : "";
         line.resize(line.find_last_not_of(' ') + 1);
         Output.write(line + '\n');
     }

@@ -18,9 +18,6 @@ namespace kd_tool {
 
 namespace {
 
-constexpr std::string_view bold = "\x1b[1m";
-constexpr std::string_view plain = "\x1b[0m";
-
 std::string shown(const std::string& text)
 {
     std::string line;
@@ -73,9 +70,9 @@ void printColumns(const std::vector<exchange::Column>& columns, exchange::Output
 void print(const exchange::Description& file, exchange::OutputBlock& output, bool colored)
 {
     constexpr std::size_t labelWidth = 15;
-    output.write(colored ? bold : "");
+    output.write(colored ? style::bold : "");
     output.write(shown(file.File));
-    output.write(colored ? plain : "");
+    output.write(colored ? style::plain : "");
     output.write('\n');
     for (const exchange::Fact& fact : file.Facts) {
         std::string line = fact.Label;
