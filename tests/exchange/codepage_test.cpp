@@ -1,3 +1,5 @@
+#include "support/shown.h"
+
 #include <kd_lib/exchange/codepage.h>
 #include <kd_lib/exchange/error.h>
 
@@ -10,6 +12,7 @@ using kd_lib::exchange::CodePage;
 using kd_lib::exchange::EncodingErrors;
 using kd_lib::exchange::isAscii;
 using kd_lib::exchange::OptionError;
+using kd_test::replacement;
 using Outcome = CodePage::Decoded::Outcome;
 
 namespace {
@@ -30,8 +33,6 @@ std::string nameOf(const char* name)
 {
     return CodePage(name).name();
 }
-
-const std::string replacement = "\xEF\xBF\xBD";
 
 TEST(CodePage, NamesInManySpellings)
 {

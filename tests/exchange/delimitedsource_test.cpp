@@ -1,5 +1,6 @@
 #include "support/scoped_directory.h"
 #include "support/shown.h"
+#include "support/source_file.h"
 
 #include <kd_lib/exchange/delimitedsource.h>
 #include <kd_lib/exchange/error.h>
@@ -27,47 +28,38 @@ using kd_lib::exchange::OptionError;
 using kd_lib::exchange::SourceKind;
 using kd_lib::exchange::SourceOptions;
 using kd_test::errorOf;
+using kd_test::replacement;
 using kd_test::ScopedDirectory;
 using kd_test::shown;
 using kd_test::shownColumns;
 using kd_test::shownNotes;
 using kd_test::shownRecords;
+using kd_test::SourceFile;
 
 namespace {
 
-const std::string replacement = "\xEF\xBF\xBD";
-
 /// A text in a file, and its source.
-class Text {
+class Text : public SourceFile<DelimitedSource> {
 public:
     explicit Text(const std::string& bytes, const SourceOptions& options = {}, const std::string& name = "t.csv")
-        : File(Folder.write(name, bytes)), source(File, options)
+        : SourceFile(name, bytes, options)
     {
     }
-
-    ScopedDirectory Folder;
-    std::string File;
-    DelimitedSource source;
 };
 
 std::string recordsOf(const std::string& bytes, const SourceOptions& options = {})
 {
-    Text text(bytes, options);
-    return shownRecords(text.source);
+    return kd_test::recordsIn<DelimitedSource>("t.csv", bytes, options);
 }
 
 std::string notesOf(const std::string& bytes, const SourceOptions& options = {})
 {
-    Text text(bytes, options);
-    shownRecords(text.source);
-    return shownNotes(text.source);
+    return kd_test::notesIn<DelimitedSource>("t.csv", bytes, options);
 }
 
-/// The error without the file's folder.
 std::string failureOf(const std::string& bytes, const SourceOptions& options = {})
 {
-    const std::string line = errorOf([&] { recordsOf(bytes, options); });
-    return line.substr(line.find("t.csv"));
+    return kd_test::failureIn<DelimitedSource>("t.csv", bytes, options);
 }
 
 /// The size of such files is 0, whatever they contain.

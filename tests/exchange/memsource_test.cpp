@@ -1,5 +1,6 @@
 #include "support/scoped_directory.h"
 #include "support/shown.h"
+#include "support/source_file.h"
 
 #include <kd_lib/exchange/error.h>
 #include <kd_lib/exchange/memsource.h>
@@ -22,6 +23,7 @@ using kd_test::ScopedDirectory;
 using kd_test::shownColumns;
 using kd_test::shownNotes;
 using kd_test::shownRecords;
+using kd_test::SourceFile;
 
 namespace {
 
@@ -73,35 +75,26 @@ std::string boolean(const std::string& name, char value)
     return header(name, withHighBit('L'), 1, 0) + value;
 }
 
-class Memory {
+class Memory : public SourceFile<MemSource> {
 public:
-    explicit Memory(const std::string& bytes, const SourceOptions& options = {})
-        : File(Folder.write("m.mem", bytes)), source(File, options)
+    explicit Memory(const std::string& bytes, const SourceOptions& options = {}) : SourceFile("m.mem", bytes, options)
     {
     }
-
-    ScopedDirectory Folder;
-    std::string File;
-    MemSource source;
 };
 
-std::string recordsOf(const std::string& bytes, const SourceOptions& options = {})
+std::string variablesOf(const std::string& bytes, const SourceOptions& options = {})
 {
-    Memory memory(bytes, options);
-    return shownRecords(memory.source);
+    return kd_test::recordsIn<MemSource>("m.mem", bytes, options);
 }
 
-std::string notesOf(const std::string& bytes, const SourceOptions& options = {})
+std::string notesOfMemory(const std::string& bytes, const SourceOptions& options = {})
 {
-    Memory memory(bytes, options);
-    shownRecords(memory.source);
-    return shownNotes(memory.source);
+    return kd_test::notesIn<MemSource>("m.mem", bytes, options);
 }
 
-std::string failureOf(const std::string& bytes, const SourceOptions& options = {})
+std::string failureOfMemory(const std::string& bytes, const SourceOptions& options = {})
 {
-    const std::string line = errorOf([&] { recordsOf(bytes, options); });
-    return line.empty() ? line : line.substr(line.find("m.mem"));
+    return kd_test::failureIn<MemSource>("m.mem", bytes, options);
 }
 
 TEST(MemSource, VariablesOfDBase)
@@ -125,61 +118,61 @@ TEST(MemSource, VariablesOfDBase)
 TEST(MemSource, TheExampleBytesOfTheFormat)
 {
     const std::string value("\x66\x66\x66\x66\x66\x66\xC6\x3F", 8);
-    EXPECT_EQ(recordsOf(header("X", withHighBit('N'), 14, 3) + value + endMark), "1 <X> <number> <0.175>\n");
-    EXPECT_EQ(recordsOf(header("X", withHighBit('C'), 2) + std::string("@\0", 2) + endMark), "1 <X> <text> <@>\n");
+    EXPECT_EQ(variablesOf(header("X", withHighBit('N'), 14, 3) + value + endMark), "1 <X> <number> <0.175>\n");
+    EXPECT_EQ(variablesOf(header("X", withHighBit('C'), 2) + std::string("@\0", 2) + endMark), "1 <X> <text> <@>\n");
     const std::string longText(255, 'a');
-    EXPECT_EQ(recordsOf(header("X", withHighBit('C'), 0, 1) + longText + '\0' + endMark),
+    EXPECT_EQ(variablesOf(header("X", withHighBit('C'), 0, 1) + longText + '\0' + endMark),
               "1 <X> <text> <" + longText + ">\n");
 }
 
 TEST(MemSource, AnEmptyFileIsItsEndMark)
 {
-    EXPECT_EQ(recordsOf(endMark), "");
-    EXPECT_EQ(notesOf(endMark), "");
-    EXPECT_EQ(failureOf(""), "m.mem: not a .mem file: it is empty, without an end mark");
+    EXPECT_EQ(variablesOf(endMark), "");
+    EXPECT_EQ(notesOfMemory(endMark), "");
+    EXPECT_EQ(failureOfMemory(""), "m.mem: not a .mem file: it is empty, without an end mark");
 }
 
 TEST(MemSource, TextsInTheirCodePage)
 {
     const std::string bytes = text("N", "\xE9\x81") + endMark;
-    EXPECT_EQ(recordsOf(bytes), "1 <N> <text> <\xC3\xA9\xEF\xBF\xBD> !byte 0x81 is not in code page CP1252\n");
-    EXPECT_EQ(notesOf(bytes), "code page CP1252: the file names none\n");
-    EXPECT_EQ(recordsOf(text("N", "\x9C") + endMark, {.Encoding = "852"}), "1 <N> <text> <\xC5\xA5>\n");
-    EXPECT_EQ(notesOf(bytes + number("X", 1), {.Records = {1, 1}}), "code page CP1252: the file names none\n");
-    EXPECT_EQ(notesOf(text("N", "\x9C") + endMark, {.Encoding = "852"}), "code page CP852: as requested\n");
-    EXPECT_EQ(recordsOf(text("N", std::string("a\0b", 3)) + endMark), std::string("1 <N> <text> <a\0b>\n", 19));
+    EXPECT_EQ(variablesOf(bytes), "1 <N> <text> <\xC3\xA9\xEF\xBF\xBD> !byte 0x81 is not in code page CP1252\n");
+    EXPECT_EQ(notesOfMemory(bytes), "code page CP1252: the file names none\n");
+    EXPECT_EQ(variablesOf(text("N", "\x9C") + endMark, {.Encoding = "852"}), "1 <N> <text> <\xC5\xA5>\n");
+    EXPECT_EQ(notesOfMemory(bytes + number("X", 1), {.Records = {1, 1}}), "code page CP1252: the file names none\n");
+    EXPECT_EQ(notesOfMemory(text("N", "\x9C") + endMark, {.Encoding = "852"}), "code page CP852: as requested\n");
+    EXPECT_EQ(variablesOf(text("N", std::string("a\0b", 3)) + endMark), std::string("1 <N> <text> <a\0b>\n", 19));
 }
 
 TEST(MemSource, ValuesThatAreInvalidForTheirType)
 {
-    EXPECT_EQ(recordsOf(date("D", 1) + date("E", 2451544.5) + date("F", 5373485) + boolean("L", 2) +
-                        number("N", std::numeric_limits<double>::quiet_NaN()) + endMark),
+    EXPECT_EQ(variablesOf(date("D", 1) + date("E", 2451544.5) + date("F", 5373485) + boolean("L", 2) +
+                          number("N", std::numeric_limits<double>::quiet_NaN()) + endMark),
               "1 <D> <date> UNREADABLE !not a day of the calendar\n"
               "2 <E> <date> UNREADABLE !not a day of the calendar\n"
               "3 <F> <date> UNREADABLE !not a day of the calendar\n"
               "4 <L> <boolean> UNREADABLE !neither 0 nor 1\n"
               "5 <N> <number> <NaN>\n");
-    EXPECT_EQ(recordsOf(date("A", 1721426) + date("Z", 5373484) + endMark),
+    EXPECT_EQ(variablesOf(date("A", 1721426) + date("Z", 5373484) + endMark),
               "1 <A> <date> <0001-01-01>\n2 <Z> <date> <9999-12-31>\n");
 }
 
 TEST(MemSource, DamageIsNamed)
 {
     const std::string first = number("A", 1);
-    EXPECT_EQ(notesOf(first), "the end mark is missing\n");
-    EXPECT_EQ(notesOf(first + endMark + "rest"), "there are bytes after the end mark\n");
+    EXPECT_EQ(notesOfMemory(first), "the end mark is missing\n");
+    EXPECT_EQ(notesOfMemory(first + endMark + "rest"), "there are bytes after the end mark\n");
     for (std::size_t cut = 1; cut < 40; ++cut) {
-        EXPECT_EQ(recordsOf(first + first.substr(0, cut)),
+        EXPECT_EQ(variablesOf(first + first.substr(0, cut)),
                   "1 <A> <number> <1>\n2 UNREADABLE UNREADABLE UNREADABLE !the file ends within the variable\n")
             << cut;
     }
     const std::string strange = header("ARR", 'A', 3);
-    EXPECT_EQ(recordsOf(first + strange + first + endMark), "1 <A> <number> <1>\n");
-    EXPECT_EQ(notesOf(first + strange + first + endMark),
+    EXPECT_EQ(variablesOf(first + strange + first + endMark), "1 <A> <number> <1>\n");
+    EXPECT_EQ(notesOfMemory(first + strange + first + endMark),
               "the variable at byte 40 is of the unknown type 41: it and everything after it cannot be read (loss)\n");
-    EXPECT_EQ(failureOf(strange), "m.mem: byte 11: not a .mem file: 41 is not a variable type");
-    EXPECT_EQ(failureOf(std::string(64, '\0')), "m.mem: byte 11: not a .mem file: 00 is not a variable type");
-    EXPECT_EQ(recordsOf("abc"), "1 UNREADABLE UNREADABLE UNREADABLE !the file ends within the variable\n");
+    EXPECT_EQ(failureOfMemory(strange), "m.mem: byte 11: not a .mem file: 41 is not a variable type");
+    EXPECT_EQ(failureOfMemory(std::string(64, '\0')), "m.mem: byte 11: not a .mem file: 00 is not a variable type");
+    EXPECT_EQ(variablesOf("abc"), "1 UNREADABLE UNREADABLE UNREADABLE !the file ends within the variable\n");
     Memory cut(first.substr(0, 35));
     ASSERT_TRUE(cut.source.next());
     EXPECT_EQ(cut.source.record().Flaws[0].Kind, FlawKind::RecordCut);
@@ -214,7 +207,7 @@ TEST(MemSource, VariablesOfFoxPro)
     EXPECT_EQ(memory.source.facts()[0].Value, "memory variables, form of FoxPro");
     for (std::size_t size = 0; size < 20; ++size) {
         const std::string cut = longName.substr(0, 33 + size);
-        EXPECT_EQ(recordsOf(cut), "1 UNREADABLE UNREADABLE UNREADABLE !the file ends within the variable\n") << size;
+        EXPECT_EQ(variablesOf(cut), "1 UNREADABLE UNREADABLE UNREADABLE !the file ends within the variable\n") << size;
     }
 }
 
@@ -224,7 +217,7 @@ TEST(MemSource, AnEmptyTextOfFoxProIsOneZeroByteWhateverElseItsHeaderHolds)
     empty[15] = '\x01';  // as a length of four bytes it would be 257
     const std::string next = foxText("T", std::string(223, 'y'));
     ASSERT_EQ(next.size(), 256U) << "its zero byte is where a text of 257 bytes would end";
-    EXPECT_EQ(recordsOf(empty + '\0' + next + endMark),
+    EXPECT_EQ(variablesOf(empty + '\0' + next + endMark),
               "1 <E> <text> <>\n2 <T> <text> <" + std::string(223, 'y') + ">\n");
 }
 
@@ -232,7 +225,7 @@ TEST(MemSource, AHugeLengthReadsNothing)
 {
     std::string bytes = header("C", 'C', 0xFFFF);
     bytes.replace(13, 4, "\xFF\xFF\xFF\xFF");
-    EXPECT_EQ(recordsOf(bytes + "abc"), "1 UNREADABLE UNREADABLE UNREADABLE !the file ends within the variable\n");
+    EXPECT_EQ(variablesOf(bytes + "abc"), "1 UNREADABLE UNREADABLE UNREADABLE !the file ends within the variable\n");
 }
 
 TEST(MemSource, VariablesAsTexts)
@@ -245,20 +238,20 @@ TEST(MemSource, VariablesAsTexts)
     const std::string bytes = variable("USER", 'C', 7, std::string("Ingrid\0", 7)) + variable("VISITS", 'N', 0, "42@") +
                               variable("SINCE", 'D', 9, std::string("20240305\0", 9)) +
                               variable("ACTIVE", 'L', 2, std::string("T\0", 2)) + variable("BAD", 'N', 0, "4x@");
-    EXPECT_EQ(recordsOf(bytes), "1 <USER> <text> <Ingrid>\n2 <VISITS> <number> <42>\n3 <SINCE> <date> <2024-03-05>\n"
-                                "4 <ACTIVE> <boolean> <true>\n5 <BAD> <number> UNREADABLE !not a number\n");
-    EXPECT_EQ(notesOf(bytes), "");
-    EXPECT_EQ(recordsOf(variable("VISITS", 'N', 0, "42")),
+    EXPECT_EQ(variablesOf(bytes), "1 <USER> <text> <Ingrid>\n2 <VISITS> <number> <42>\n3 <SINCE> <date> <2024-03-05>\n"
+                                  "4 <ACTIVE> <boolean> <true>\n5 <BAD> <number> UNREADABLE !not a number\n");
+    EXPECT_EQ(notesOfMemory(bytes), "");
+    EXPECT_EQ(variablesOf(variable("VISITS", 'N', 0, "42")),
               "1 UNREADABLE UNREADABLE UNREADABLE !the file ends within the variable\n");
 }
 
 TEST(MemSource, OptionsOriginsSeeks)
 {
     const std::string bytes = number("A", 1) + text("B", "x\x81") + number("C", 3) + endMark;
-    EXPECT_EQ(recordsOf(bytes, {.Select = {"VALUE"}, .Records = {2, 3}, .OnEncodingError = EncodingErrors::Strict}),
+    EXPECT_EQ(variablesOf(bytes, {.Select = {"VALUE"}, .Records = {2, 3}, .OnEncodingError = EncodingErrors::Strict}),
               "2 UNREADABLE !byte 0x81 is not in code page CP1252\n3 <3>\n");
-    EXPECT_EQ(recordsOf(bytes, {.Records = {3, 9}, .Types = {{"value", "number"}}}), "3 <C> <number> 3\n");
-    EXPECT_THROW(recordsOf(bytes, {.Header = false}), OptionError);
+    EXPECT_EQ(variablesOf(bytes, {.Records = {3, 9}, .Types = {{"value", "number"}}}), "3 <C> <number> 3\n");
+    EXPECT_THROW(variablesOf(bytes, {.Header = false}), OptionError);
     Memory memory(bytes);
     memory.source.seek(2);
     ASSERT_TRUE(memory.source.next());

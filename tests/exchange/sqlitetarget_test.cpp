@@ -4,6 +4,7 @@
 
 #include "support/memory_source.h"
 #include "support/opened_database.h"
+#include "support/output_text.h"
 #include "support/scoped_directory.h"
 
 #include <gtest/gtest.h>
@@ -20,20 +21,11 @@ namespace {
 
 using namespace kd_lib::exchange;
 using namespace std::chrono_literals;
+using kd_test::columnOf;
 using kd_test::MemorySource;
 using kd_test::Opened;
 
 using Values = std::vector<std::string>;
-
-Column column(const std::string& name, ColumnType type, std::uint32_t width = 0, std::uint32_t decimals = 0)
-{
-    Column made;
-    made.Name = name;
-    made.Type = type;
-    made.Width = width;
-    made.Decimals = decimals;
-    return made;
-}
 
 class SqliteTargetTest : public testing::Test {
 protected:
@@ -78,7 +70,7 @@ protected:
 
     static MemorySource people()
     {
-        return MemorySource({column("ID", ColumnType::Number, 5), column("NAME", ColumnType::Text, 10)},
+        return MemorySource({columnOf("ID", ColumnType::Number, 5), columnOf("NAME", ColumnType::Text, 10)},
                             {{{Cell::number("7"), Cell::text("Ada")}, {}}, {{Cell::number("8"), Cell::null()}, {}}},
                             "PEOPLE.DBF");
     }
@@ -126,44 +118,44 @@ TEST_F(SqliteTargetTest, StoresTheValuesAsDocumented)
 {
     const double smallest = std::numeric_limits<double>::denorm_min();
     const std::vector<std::tuple<Column, Cell, std::string>> cases = {
-        {column("c", ColumnType::Text, 10), Cell::text("x"), "text 'x'"},
-        {column("c", ColumnType::Text, 10), Cell::text(""), "text ''"},
-        {column("c", ColumnType::Text, 10), Cell::text({}), "text ''"},
-        {column("c", ColumnType::Text, 10), Cell::text("007"), "text '007'"},
-        {column("c", ColumnType::Text, 10), Cell::null(), "null NULL"},
-        {column("c", ColumnType::Number, 5), Cell::number("-123"), "integer -123"},
-        {column("c", ColumnType::Number, 5), Cell::number("12.00"), "integer 12"},
-        {column("c", ColumnType::Number, 18), Cell::number("999999999999999999"), "integer 999999999999999999"},
-        {column("c", ColumnType::Number, 19), Cell::number("9223372036854775807"), "integer 9223372036854775807"},
-        {column("c", ColumnType::Number, 20), Cell::number("-9223372036854775808"), "integer -9223372036854775808"},
-        {column("c", ColumnType::Number, 19), Cell::number("9223372036854775808"), "text '9223372036854775808'"},
-        {column("c", ColumnType::Number, 30), Cell::number("100000000000000000000"), "text '100000000000000000000'"},
-        {column("c", ColumnType::Number, 10, 2), Cell::number("1.50"), "real 1.5"},
-        {column("c", ColumnType::Number, 10, 2), Cell::number("-0.07"), "real -0.07"},
-        {column("c", ColumnType::Number, 10, 2), Cell::number("12"), "integer 12"},
-        {column("c", ColumnType::Number, 10, 2), Cell::number("12.00"), "integer 12"},
-        {column("c", ColumnType::Number, 12, 2), Cell::number("1000000000000000000000"), "real 1.0e+21"},
-        {column("c", ColumnType::Number, 15, 4), Cell::number("9999999999.9999"), "real 9999999999.9999"},
-        {column("c", ColumnType::Number, 20, 4), Cell::number("123456789012345.6789"), "text '123456789012345.6789'"},
-        {column("c", ColumnType::Number, 20, 4), Cell::number("1234567890.1234"), "real 1234567890.1234"},
-        {column("c", ColumnType::Number, 20, 10), Cell::number("0.0000000001"), "real 1.0e-10"},
-        {column("c", ColumnType::Integer), Cell::number("-2147483648"), "integer -2147483648"},
-        {column("c", ColumnType::BigInteger), Cell::number("9007199254740993"), "integer 9007199254740993"},
-        {column("c", ColumnType::Currency), Cell::number("922337203685477.5807"), "text '922337203685477.5807'"},
-        {column("c", ColumnType::Currency), Cell::number("-1.2500"), "real -1.25"},
-        {column("c", ColumnType::Float), Cell::real(0.1), "real 0.1"},
-        {column("c", ColumnType::Float), Cell::real(3), "real 3.0"},
-        {column("c", ColumnType::Float), Cell::real(smallest), "real 4.94065645841247e-324"},
-        {column("c", ColumnType::Float), Cell::real(std::numeric_limits<double>::infinity()), "real Inf"},
-        {column("c", ColumnType::Boolean), Cell::boolean(true), "integer 1"},
-        {column("c", ColumnType::Boolean), Cell::boolean(false), "integer 0"},
-        {column("c", ColumnType::Date), Cell::date({1, 2, 3}), "text '0001-02-03'"},
-        {column("c", ColumnType::Date), Cell::date({9999, 12, 31}), "text '9999-12-31'"},
-        {column("c", ColumnType::Time), Cell::time(86399999), "text '23:59:59.999'"},
-        {column("c", ColumnType::Time), Cell::time(3723004), "text '01:02:03.004'"},
-        {column("c", ColumnType::Timestamp), Cell::timestamp({{2024, 2, 29}, 0}), "text '2024-02-29 00:00:00.000'"},
-        {column("c", ColumnType::Bytes), Cell::bytes("\xFF"), "blob X'FF'"},
-        {column("c", ColumnType::Bytes), Cell::bytes({}), "blob X''"},
+        {columnOf("c", ColumnType::Text, 10), Cell::text("x"), "text 'x'"},
+        {columnOf("c", ColumnType::Text, 10), Cell::text(""), "text ''"},
+        {columnOf("c", ColumnType::Text, 10), Cell::text({}), "text ''"},
+        {columnOf("c", ColumnType::Text, 10), Cell::text("007"), "text '007'"},
+        {columnOf("c", ColumnType::Text, 10), Cell::null(), "null NULL"},
+        {columnOf("c", ColumnType::Number, 5), Cell::number("-123"), "integer -123"},
+        {columnOf("c", ColumnType::Number, 5), Cell::number("12.00"), "integer 12"},
+        {columnOf("c", ColumnType::Number, 18), Cell::number("999999999999999999"), "integer 999999999999999999"},
+        {columnOf("c", ColumnType::Number, 19), Cell::number("9223372036854775807"), "integer 9223372036854775807"},
+        {columnOf("c", ColumnType::Number, 20), Cell::number("-9223372036854775808"), "integer -9223372036854775808"},
+        {columnOf("c", ColumnType::Number, 19), Cell::number("9223372036854775808"), "text '9223372036854775808'"},
+        {columnOf("c", ColumnType::Number, 30), Cell::number("100000000000000000000"), "text '100000000000000000000'"},
+        {columnOf("c", ColumnType::Number, 10, 2), Cell::number("1.50"), "real 1.5"},
+        {columnOf("c", ColumnType::Number, 10, 2), Cell::number("-0.07"), "real -0.07"},
+        {columnOf("c", ColumnType::Number, 10, 2), Cell::number("12"), "integer 12"},
+        {columnOf("c", ColumnType::Number, 10, 2), Cell::number("12.00"), "integer 12"},
+        {columnOf("c", ColumnType::Number, 12, 2), Cell::number("1000000000000000000000"), "real 1.0e+21"},
+        {columnOf("c", ColumnType::Number, 15, 4), Cell::number("9999999999.9999"), "real 9999999999.9999"},
+        {columnOf("c", ColumnType::Number, 20, 4), Cell::number("123456789012345.6789"), "text '123456789012345.6789'"},
+        {columnOf("c", ColumnType::Number, 20, 4), Cell::number("1234567890.1234"), "real 1234567890.1234"},
+        {columnOf("c", ColumnType::Number, 20, 10), Cell::number("0.0000000001"), "real 1.0e-10"},
+        {columnOf("c", ColumnType::Integer), Cell::number("-2147483648"), "integer -2147483648"},
+        {columnOf("c", ColumnType::BigInteger), Cell::number("9007199254740993"), "integer 9007199254740993"},
+        {columnOf("c", ColumnType::Currency), Cell::number("922337203685477.5807"), "text '922337203685477.5807'"},
+        {columnOf("c", ColumnType::Currency), Cell::number("-1.2500"), "real -1.25"},
+        {columnOf("c", ColumnType::Float), Cell::real(0.1), "real 0.1"},
+        {columnOf("c", ColumnType::Float), Cell::real(3), "real 3.0"},
+        {columnOf("c", ColumnType::Float), Cell::real(smallest), "real 4.94065645841247e-324"},
+        {columnOf("c", ColumnType::Float), Cell::real(std::numeric_limits<double>::infinity()), "real Inf"},
+        {columnOf("c", ColumnType::Boolean), Cell::boolean(true), "integer 1"},
+        {columnOf("c", ColumnType::Boolean), Cell::boolean(false), "integer 0"},
+        {columnOf("c", ColumnType::Date), Cell::date({1, 2, 3}), "text '0001-02-03'"},
+        {columnOf("c", ColumnType::Date), Cell::date({9999, 12, 31}), "text '9999-12-31'"},
+        {columnOf("c", ColumnType::Time), Cell::time(86399999), "text '23:59:59.999'"},
+        {columnOf("c", ColumnType::Time), Cell::time(3723004), "text '01:02:03.004'"},
+        {columnOf("c", ColumnType::Timestamp), Cell::timestamp({{2024, 2, 29}, 0}), "text '2024-02-29 00:00:00.000'"},
+        {columnOf("c", ColumnType::Bytes), Cell::bytes("\xFF"), "blob X'FF'"},
+        {columnOf("c", ColumnType::Bytes), Cell::bytes({}), "blob X''"},
     };
     for (const auto& [of, cell, expected] : cases) {
         EXPECT_EQ(stored(of, cell), expected);
@@ -173,14 +165,14 @@ TEST_F(SqliteTargetTest, StoresTheValuesAsDocumented)
 
 TEST_F(SqliteTargetTest, ZeroBytesAreCarried)
 {
-    stored(column("c", ColumnType::Text, 5), Cell::text(std::string_view("a\0b", 3)));
+    stored(columnOf("c", ColumnType::Text, 5), Cell::text(std::string_view("a\0b", 3)));
     EXPECT_EQ(values("SELECT hex(CAST(c AS BLOB)) FROM t"), Values{"610062"});
 }
 
 TEST_F(SqliteTargetTest, ValuesThatDoNotFitAreUnreadable)
 {
-    EXPECT_EQ(stored(column("c", ColumnType::Number, 5), Cell::number("1.5")), "null NULL");
-    EXPECT_EQ(stored(column("c", ColumnType::Float), Cell::real(std::numeric_limits<double>::quiet_NaN())),
+    EXPECT_EQ(stored(columnOf("c", ColumnType::Number, 5), Cell::number("1.5")), "null NULL");
+    EXPECT_EQ(stored(columnOf("c", ColumnType::Float), Cell::real(std::numeric_limits<double>::quiet_NaN())),
               "null NULL");
     EXPECT_EQ(Rejects.size(), 2U);
 }
@@ -188,7 +180,7 @@ TEST_F(SqliteTargetTest, ValuesThatDoNotFitAreUnreadable)
 TEST_F(SqliteTargetTest, DigitsKeptAsTextAreNotedOncePerColumn)
 {
     const std::string digits = "12345678901234567.8";
-    MemorySource source({column("A", ColumnType::Number, 20, 1), column("B", ColumnType::Number, 20, 1)},
+    MemorySource source({columnOf("A", ColumnType::Number, 20, 1), columnOf("B", ColumnType::Number, 20, 1)},
                         {{{Cell::number(digits), Cell::number("1.5")}, {}}, {{Cell::number(digits), Cell::null()}, {}}},
                         "t.dbf");
     load(source);
@@ -207,7 +199,7 @@ TEST_F(SqliteTargetTest, DoublesArriveBitByBit)
         sent.push_back(value);
         rows.push_back({{Cell::real(value)}, {}});
     }
-    MemorySource source({column("c", ColumnType::Float)}, rows, "t.dbf");
+    MemorySource source({columnOf("c", ColumnType::Float)}, rows, "t.dbf");
     load(source);
     SqliteSource stored(Database, "SELECT c FROM t");
     std::vector<double> found;
@@ -314,9 +306,9 @@ TEST_F(SqliteTargetTest, AppendedValuesThatTheColumnWouldChangeAreUnreadable)
         Cell Value;
         const char* Stored;
     };
-    const Column text = column("c", ColumnType::Text, 30);
-    const Column number = column("c", ColumnType::Number, 30, 4);
-    const Column real = column("c", ColumnType::Float);
+    const Column text = columnOf("c", ColumnType::Text, 30);
+    const Column number = columnOf("c", ColumnType::Number, 30, 4);
+    const Column real = columnOf("c", ColumnType::Float);
     const std::vector<Case> cases = {
         {"INTEGER", text, Cell::text("007"), "null NULL"},
         {"INTEGER", text, Cell::text("07"), "null NULL"},
@@ -344,8 +336,8 @@ TEST_F(SqliteTargetTest, AppendedValuesThatTheColumnWouldChangeAreUnreadable)
         {"TEXT", number, Cell::number("12"), "text '12'"},
         {"TEXT", real, Cell::real(0.1 + 0.2), "text '0.30000000000000004'"},
         {"INT", real, Cell::real(3), "integer 3"},
-        {"DATE", column("c", ColumnType::Date), Cell::date({2024, 2, 29}), "text '2024-02-29'"},
-        {"BLOB", column("c", ColumnType::Bytes), Cell::bytes("1"), "blob X'31'"},
+        {"DATE", columnOf("c", ColumnType::Date), Cell::date({2024, 2, 29}), "text '2024-02-29'"},
+        {"BLOB", columnOf("c", ColumnType::Bytes), Cell::bytes("1"), "blob X'31'"},
     };
     TableOptions table;
     table.Mode = TableMode::Append;
@@ -367,7 +359,7 @@ TEST_F(SqliteTargetTest, AppendedDigitsKeptAsTextAreNoted)
     Opened(Database).run("CREATE TABLE t(c)");
     TableOptions table;
     table.Mode = TableMode::Append;
-    MemorySource source({column("C", ColumnType::Number, 30, 4)}, {{{Cell::number("123456789012345.6789")}, {}}},
+    MemorySource source({columnOf("C", ColumnType::Number, 30, 4)}, {{{Cell::number("123456789012345.6789")}, {}}},
                         "t.dbf");
     load(source, table);
     ASSERT_EQ(Notes.size(), 1U);
@@ -387,8 +379,8 @@ TEST_F(SqliteTargetTest, ConstraintNamesTheRecord)
 
 TEST_F(SqliteTargetTest, NamesAreQuoted)
 {
-    MemorySource source({column("order", ColumnType::Text, 5), column("a\"b", ColumnType::Text, 5),
-                         column("x); DROP TABLE t; --", ColumnType::Text, 5)},
+    MemorySource source({columnOf("order", ColumnType::Text, 5), columnOf("a\"b", ColumnType::Text, 5),
+                         columnOf("x); DROP TABLE t; --", ColumnType::Text, 5)},
                         {{{Cell::text("r1c1"), Cell::text("r1c2"), Cell::text("r1c3")}, {}}}, "select.dbf");
     load(source);
     EXPECT_EQ(values("SELECT \"order\" || \"a\"\"b\" || \"x); drop table t; --\" FROM \"select\""),
@@ -463,7 +455,7 @@ protected:
     static void load(SqliteBatch& batch, const std::string& table, TableMode mode = TableMode::Create,
                      std::uint64_t failsAt = 0)
     {
-        MemorySource source({column("N", ColumnType::Text, 10)}, {{{Cell::null()}, {}}}, table + ".dbf");
+        MemorySource source({columnOf("N", ColumnType::Text, 10)}, {{{Cell::null()}, {}}}, table + ".dbf");
         source.Rows[0].Cells[0] = Cell::text(source.file());
         source.FailsAt = failsAt;
         TableOptions options;
@@ -505,7 +497,7 @@ TEST_F(SqliteBatchTest, RolledBackTableOfManyPagesLeavesASoundDatabase)
     SqliteBatch batch(Database);
     load(batch, "a");
     for (const std::uint64_t failsAt : {20000U, 0U}) {
-        MemorySource source({column("N", ColumnType::Text, 30)}, rows, "large.dbf");
+        MemorySource source({columnOf("N", ColumnType::Text, 30)}, rows, "large.dbf");
         source.FailsAt = failsAt;
         SqliteTarget target(batch);
         try {

@@ -20,11 +20,12 @@ using namespace kd_lib::exchange;
 using kd_test::columnOf;
 using kd_test::MemorySource;
 using kd_test::readFile;
-using Rows = std::vector<MemorySource::Row>;
 using Texts = std::vector<std::string>;
 
-const std::vector<Column> columns = {columnOf("ID", ColumnType::Number, 4), columnOf("Name", ColumnType::Text, 10)};
-const Rows rows = {{{Cell::number("1"), Cell::text("O'Brien")}}, {{Cell::number("2"), Cell::null()}}};
+const std::vector<Column> peopleColumns = {columnOf("ID", ColumnType::Number, 4),
+                                           columnOf("Name", ColumnType::Text, 10)};
+const std::vector<MemorySource::Row> peopleRows = {{{Cell::number("1"), Cell::text("O'Brien")}},
+                                                   {{Cell::number("2"), Cell::null()}}};
 
 std::string scriptOf(MemorySource& source, Engine engine, const TableOptions& options = {},
                      RowStyle style = RowStyle::Fastest)
@@ -37,7 +38,7 @@ std::string scriptOf(MemorySource& source, Engine engine, const TableOptions& op
 
 std::string scriptOf(Engine engine, const TableOptions& options = {}, RowStyle style = RowStyle::Fastest)
 {
-    MemorySource source(columns, rows, "people.dbf");
+    MemorySource source(peopleColumns, peopleRows, "people.dbf");
     return scriptOf(source, engine, options, style);
 }
 
@@ -141,9 +142,9 @@ TEST(SqlScriptTarget, OfSqliteFillsATableThatIsRenamed)
 
 TEST(SqlScriptTarget, WithoutRecordsCreatesTheTable)
 {
-    MemorySource source(columns, {}, "people.dbf");
+    MemorySource source(peopleColumns, {}, "people.dbf");
     EXPECT_EQ(scriptOf(source, Engine::MySql).find("INSERT"), std::string::npos);
-    MemorySource again(columns, {}, "people.dbf");
+    MemorySource again(peopleColumns, {}, "people.dbf");
     EXPECT_NE(scriptOf(again, Engine::PostgreSql).find("FROM stdin;\n\\.\nCOMMIT;\n"), std::string::npos);
 }
 
@@ -156,8 +157,8 @@ TEST(SqlScriptTarget, HasAKeyThatNoRowNames)
 
 TEST(SqlScriptTarget, CutsRowsIntoStatements)
 {
-    Rows many(1201, rows[0]);
-    MemorySource source(columns, many, "people.dbf");
+    std::vector<MemorySource::Row> many(1201, peopleRows[0]);
+    MemorySource source(peopleColumns, many, "people.dbf");
     const std::string script = scriptOf(source, Engine::MySql);
     std::size_t statements = 0;
     for (std::size_t at = script.find("INSERT"); at != std::string::npos; at = script.find("INSERT", at + 1)) {
@@ -166,7 +167,7 @@ TEST(SqlScriptTarget, CutsRowsIntoStatements)
     EXPECT_EQ(statements, 3U);
 
     const std::string memo(200000, 'm');
-    MemorySource large({columnOf("a", ColumnType::Text)}, Rows(4, {{Cell::text(memo)}}));
+    MemorySource large({columnOf("a", ColumnType::Text)}, std::vector<MemorySource::Row>(4, {{Cell::text(memo)}}));
     const std::string largeScript = scriptOf(large, Engine::MySql);
     EXPECT_LT(largeScript.find("INSERT", largeScript.find("INSERT") + 1), 450000U) << "a statement is of limited size";
 }
@@ -315,7 +316,7 @@ TEST_F(SqliteScripts, CarryEveryValue)
     for (int i = 0; i < 3000; ++i) {
         manyReturns += "line\r\n";
     }
-    Rows values = {
+    std::vector<MemorySource::Row> values = {
         {{Cell::text(zero), Cell::number("123456789012345.6789"), Cell::real(1e300), Cell::bytes(zero), day,
           Cell::boolean(true), Cell::number("12.50")}},
         {{Cell::text(manyReturns), Cell::number("0.5"), Cell::real(-5), Cell::bytes(""), Cell::null(),

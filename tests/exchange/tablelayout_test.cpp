@@ -1,14 +1,16 @@
 // Names, types and checks of tables in SQLite, PostgreSQL and MySQL.
 #include <kd_lib/exchange/tablelayout.h>
 
+#include "support/output_text.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <string>
-#include <utility>
 #include <vector>
 
 using namespace kd_lib::exchange;
+using kd_test::columnOf;
 
 namespace {
 
@@ -16,21 +18,11 @@ const Dialect& sqlite = dialectOf(Engine::Sqlite);
 const Dialect& postgreSql = dialectOf(Engine::PostgreSql);
 const Dialect& mySql = dialectOf(Engine::MySql);
 
-Column column(std::string name, ColumnType type = ColumnType::Text, std::uint32_t width = 0, std::uint32_t decimals = 0)
-{
-    Column made;
-    made.Name = std::move(name);
-    made.Type = type;
-    made.Width = width;
-    made.Decimals = decimals;
-    return made;
-}
-
 std::vector<Column> named(const std::vector<std::string>& names)
 {
     std::vector<Column> columns;
     for (const std::string& name : names) {
-        columns.push_back(column(name));
+        columns.push_back(columnOf(name));
     }
     return columns;
 }
@@ -85,34 +77,34 @@ struct TypeCase {
 };
 
 const std::vector<TypeCase> typeCases = {
-    {column("", ColumnType::Text, 20), "text", "varchar(20)", "varchar(20)"},
-    {column("", ColumnType::Text, 16383), "text", "varchar(16383)", "varchar(16383)"},
-    {column("", ColumnType::Text, 16384), "text", "varchar(16384)", "longtext"},
-    {column("", ColumnType::Text, 10485760), "text", "varchar(10485760)", "longtext"},
-    {column("", ColumnType::Text, 10485761), "text", "text", "longtext"},
-    {column("", ColumnType::Text), "text", "text", "longtext"},
-    {column("", ColumnType::Number, 1), "integer", "integer", "int"},
-    {column("", ColumnType::Number, 9), "integer", "integer", "int"},
-    {column("", ColumnType::Number, 10), "integer", "bigint", "bigint"},
-    {column("", ColumnType::Number, 18), "integer", "bigint", "bigint"},
-    {column("", ColumnType::Number, 19), "", "numeric", "decimal(19)"},
-    {column("", ColumnType::Number, 80), "", "numeric", "decimal(65)"},
-    {column("", ColumnType::Number, 3, 1), "numeric", "numeric", "decimal(5,2)"},
-    {column("", ColumnType::Number, 15, 2), "numeric", "numeric", "decimal(29,14)"},
-    {column("", ColumnType::Number, 16, 2), "", "numeric", "decimal(31,15)"},
-    {column("", ColumnType::Number, 20, 4), "", "numeric", "decimal(39,19)"},
-    {column("", ColumnType::Number, 31, 4), "", "numeric", "decimal(61,30)"},
-    {column("", ColumnType::Number, 40, 4), "", "numeric", "decimal(65,30)"},
-    {column("", ColumnType::Number), "", "numeric", "decimal(65,30)"},
-    {column("", ColumnType::Integer), "integer", "integer", "int"},
-    {column("", ColumnType::BigInteger), "integer", "bigint", "bigint"},
-    {column("", ColumnType::Currency), "", "numeric(19,4)", "decimal(19,4)"},
-    {column("", ColumnType::Float), "real", "double precision", "double"},
-    {column("", ColumnType::Boolean), "boolean", "boolean", "boolean"},
-    {column("", ColumnType::Date), "date", "date", "date"},
-    {column("", ColumnType::Time), "text", "time(3)", "time(3)"},
-    {column("", ColumnType::Timestamp), "timestamp", "timestamp(3)", "datetime(3)"},
-    {column("", ColumnType::Bytes), "blob", "bytea", "longblob"},
+    {columnOf("", ColumnType::Text, 20), "text", "varchar(20)", "varchar(20)"},
+    {columnOf("", ColumnType::Text, 16383), "text", "varchar(16383)", "varchar(16383)"},
+    {columnOf("", ColumnType::Text, 16384), "text", "varchar(16384)", "longtext"},
+    {columnOf("", ColumnType::Text, 10485760), "text", "varchar(10485760)", "longtext"},
+    {columnOf("", ColumnType::Text, 10485761), "text", "text", "longtext"},
+    {columnOf("", ColumnType::Text), "text", "text", "longtext"},
+    {columnOf("", ColumnType::Number, 1), "integer", "integer", "int"},
+    {columnOf("", ColumnType::Number, 9), "integer", "integer", "int"},
+    {columnOf("", ColumnType::Number, 10), "integer", "bigint", "bigint"},
+    {columnOf("", ColumnType::Number, 18), "integer", "bigint", "bigint"},
+    {columnOf("", ColumnType::Number, 19), "", "numeric", "decimal(19)"},
+    {columnOf("", ColumnType::Number, 80), "", "numeric", "decimal(65)"},
+    {columnOf("", ColumnType::Number, 3, 1), "numeric", "numeric", "decimal(5,2)"},
+    {columnOf("", ColumnType::Number, 15, 2), "numeric", "numeric", "decimal(29,14)"},
+    {columnOf("", ColumnType::Number, 16, 2), "", "numeric", "decimal(31,15)"},
+    {columnOf("", ColumnType::Number, 20, 4), "", "numeric", "decimal(39,19)"},
+    {columnOf("", ColumnType::Number, 31, 4), "", "numeric", "decimal(61,30)"},
+    {columnOf("", ColumnType::Number, 40, 4), "", "numeric", "decimal(65,30)"},
+    {columnOf("", ColumnType::Number), "", "numeric", "decimal(65,30)"},
+    {columnOf("", ColumnType::Integer), "integer", "integer", "int"},
+    {columnOf("", ColumnType::BigInteger), "integer", "bigint", "bigint"},
+    {columnOf("", ColumnType::Currency), "", "numeric(19,4)", "decimal(19,4)"},
+    {columnOf("", ColumnType::Float), "real", "double precision", "double"},
+    {columnOf("", ColumnType::Boolean), "boolean", "boolean", "boolean"},
+    {columnOf("", ColumnType::Date), "date", "date", "date"},
+    {columnOf("", ColumnType::Time), "text", "time(3)", "time(3)"},
+    {columnOf("", ColumnType::Timestamp), "timestamp", "timestamp(3)", "datetime(3)"},
+    {columnOf("", ColumnType::Bytes), "blob", "bytea", "longblob"},
 };
 
 std::string typeOf(const Dialect& dialect, const Column& from)
@@ -132,10 +124,10 @@ TEST(TableLayoutTypes, AreThoseOfTheDialect)
 
 TEST(TableLayoutTypes, MySqlGetsLongTextIfTheRowWouldBeTooLong)
 {
-    const TableLayout layout(
-        mySql, "a.dbf",
-        {column("a", ColumnType::Text, 100), column("b", ColumnType::Text, 16000), column("c", ColumnType::Text, 400)},
-        {});
+    const TableLayout layout(mySql, "a.dbf",
+                             {columnOf("a", ColumnType::Text, 100), columnOf("b", ColumnType::Text, 16000),
+                              columnOf("c", ColumnType::Text, 400)},
+                             {});
     EXPECT_EQ(layout.columns()[0].Type, "varchar(100)");
     EXPECT_EQ(layout.columns()[1].Type, "longtext") << "4 x 16500 bytes are more than 65535; the longest goes";
     EXPECT_EQ(layout.columns()[2].Type, "varchar(400)");
@@ -143,22 +135,22 @@ TEST(TableLayoutTypes, MySqlGetsLongTextIfTheRowWouldBeTooLong)
 
 TEST(TableLayoutTypes, MySqlGetsLongTextIfThePageWouldBeTooShort)
 {
-    const std::vector<Column> columns(33, column("a", ColumnType::Text, 63));
+    const std::vector<Column> columns(33, columnOf("a", ColumnType::Text, 63));
     const TableLayout layout(mySql, "a.dbf", columns, {});
     EXPECT_EQ(layout.columns()[0].Type, "longtext");
     EXPECT_EQ(layout.columns()[1].Type, "longtext");
     EXPECT_EQ(layout.columns()[2].Type, "varchar(63)");
-    const std::vector<Column> fewer(32, column("a", ColumnType::Text, 63));
+    const std::vector<Column> fewer(32, columnOf("a", ColumnType::Text, 63));
     EXPECT_EQ(TableLayout(mySql, "a.dbf", fewer, {}).columns()[0].Type, "varchar(63)");
 }
 
 TEST(TableLayoutTypes, MySqlMayFillThePageToItsLastByte)
 {
     // 24 bytes of the row, 5 of its bits, 32 x 253 of texts and 1 of a boolean are 8126.
-    std::vector<Column> columns(32, column("a", ColumnType::Text, 63));
-    columns.push_back(column("b", ColumnType::Boolean));
+    std::vector<Column> columns(32, columnOf("a", ColumnType::Text, 63));
+    columns.push_back(columnOf("b", ColumnType::Boolean));
     EXPECT_EQ(TableLayout(mySql, "a.dbf", columns, {}).columns()[0].Type, "varchar(63)");
-    columns.push_back(column("c", ColumnType::Boolean));
+    columns.push_back(columnOf("c", ColumnType::Boolean));
     EXPECT_EQ(TableLayout(mySql, "a.dbf", columns, {}).columns()[0].Type, "longtext");
 }
 
@@ -168,9 +160,9 @@ TEST(TableLayoutTypes, MySqlIsSetToBeLenientWithManyColumns)
         const TableLayout layout(mySql, "a.dbf", std::vector<Column>(count, of), {});
         return layout.session().back() == "SET SESSION innodb_strict_mode = 0";
     };
-    EXPECT_FALSE(lenient(382, column("a", ColumnType::Text, 10)));
-    EXPECT_TRUE(lenient(383, column("a", ColumnType::Text, 10)));
-    EXPECT_TRUE(lenient(300, column("a", ColumnType::Number)));
+    EXPECT_FALSE(lenient(382, columnOf("a", ColumnType::Text, 10)));
+    EXPECT_TRUE(lenient(383, columnOf("a", ColumnType::Text, 10)));
+    EXPECT_TRUE(lenient(300, columnOf("a", ColumnType::Number)));
 }
 
 TEST(TableLayoutNames, AreLowerCaseOfUnicode)
@@ -306,7 +298,7 @@ TEST(TableLayoutTable, HasAsManyColumnsAsTheDatabaseAccepts)
 {
     const auto fails = [](const Dialect& dialect, std::size_t count, const TableOptions& options = {}) {
         try {
-            const TableLayout layout(dialect, "a.csv", std::vector<Column>(count, column("a")), options);
+            const TableLayout layout(dialect, "a.csv", std::vector<Column>(count, columnOf("a")), options);
             return std::string();
         } catch (const Error& error) {
             return std::string(error.what());
@@ -323,7 +315,8 @@ TEST(TableLayoutTable, HasAsManyColumnsAsTheDatabaseAccepts)
 
 TEST(TableLayoutSql, CreatesTheTable)
 {
-    const std::vector<Column> columns = {column("ORDER", ColumnType::Text, 8), column("a\"b`", ColumnType::Number, 20)};
+    const std::vector<Column> columns = {columnOf("ORDER", ColumnType::Text, 8),
+                                         columnOf("a\"b`", ColumnType::Number, 20)};
     EXPECT_EQ(TableLayout(sqlite, "t.dbf", columns, {}).createTable("t"),
               "CREATE TABLE \"t\" (\n    \"order\" text,\n    \"a\"\"b`\"\n)");
     EXPECT_EQ(TableLayout(mySql, "t.dbf", columns, {}).createTable("t"),
@@ -367,7 +360,7 @@ constexpr const char* tooMany = "more digits than the column holds";
 
 TEST(TableLayoutFit, WholeNumbersOf32Bits)
 {
-    const Column n9 = column("a", ColumnType::Number, 9);
+    const Column n9 = columnOf("a", ColumnType::Number, 9);
     for (const Dialect* dialect : {&postgreSql, &mySql}) {
         EXPECT_EQ(fitted(*dialect, n9, Cell::number("-99999999")), "-99999999");
         EXPECT_EQ(fitted(*dialect, n9, Cell::number("2147483647")), "2147483647");
@@ -379,12 +372,12 @@ TEST(TableLayoutFit, WholeNumbersOf32Bits)
     }
     EXPECT_EQ(fitted(sqlite, n9, Cell::number("1000000000000")), "1000000000000");
     EXPECT_EQ(fitted(sqlite, n9, Cell::number("1.5")), notWhole);
-    EXPECT_EQ(fitted(sqlite, column("a", ColumnType::Integer), Cell::number("4294967296")), tooLarge);
+    EXPECT_EQ(fitted(sqlite, columnOf("a", ColumnType::Integer), Cell::number("4294967296")), tooLarge);
 }
 
 TEST(TableLayoutFit, WholeNumbersOf64Bits)
 {
-    const Column n18 = column("a", ColumnType::Number, 18);
+    const Column n18 = columnOf("a", ColumnType::Number, 18);
     for (const Dialect* dialect : {&postgreSql, &mySql, &sqlite}) {
         EXPECT_EQ(fitted(*dialect, n18, Cell::number("9223372036854775807")), "9223372036854775807");
         EXPECT_EQ(fitted(*dialect, n18, Cell::number("9223372036854775808")), tooLarge);
@@ -394,21 +387,21 @@ TEST(TableLayoutFit, WholeNumbersOf64Bits)
 
 TEST(TableLayoutFit, DecimalsOfMySql)
 {
-    const Column n5 = column("a", ColumnType::Number, 5, 2);
+    const Column n5 = columnOf("a", ColumnType::Number, 5, 2);
     for (const char* const digits : {"99999", "-9999", "0.999", "-0.99", "9.999", "0", "12.5"}) {
         EXPECT_EQ(fitted(mySql, n5, Cell::number(digits)), digits);
     }
     EXPECT_EQ(fitted(mySql, n5, Cell::number("100000")), tooMany);
     EXPECT_EQ(fitted(mySql, n5, Cell::number("0.00001")), tooMany);
     EXPECT_EQ(fitted(mySql, n5, Cell::number("1.50000000")), "1.50000000");
-    EXPECT_EQ(fitted(mySql, column("a", ColumnType::Number, 20), Cell::number("1.5")), tooMany);
-    EXPECT_EQ(fitted(mySql, column("a", ColumnType::Number), Cell::number(repeated("9", 35))), repeated("9", 35));
-    EXPECT_EQ(fitted(mySql, column("a", ColumnType::Number), Cell::number(repeated("9", 36))), tooMany);
+    EXPECT_EQ(fitted(mySql, columnOf("a", ColumnType::Number, 20), Cell::number("1.5")), tooMany);
+    EXPECT_EQ(fitted(mySql, columnOf("a", ColumnType::Number), Cell::number(repeated("9", 35))), repeated("9", 35));
+    EXPECT_EQ(fitted(mySql, columnOf("a", ColumnType::Number), Cell::number(repeated("9", 36))), tooMany);
 }
 
 TEST(TableLayoutFit, NumericOfPostgreSql)
 {
-    const Column any = column("a", ColumnType::Number);
+    const Column any = columnOf("a", ColumnType::Number);
     EXPECT_EQ(fitted(postgreSql, any, Cell::number(repeated("9", 131072))).size(), 131072U);
     EXPECT_EQ(fitted(postgreSql, any, Cell::number(repeated("9", 131073))), tooMany);
     EXPECT_EQ(fitted(postgreSql, any, Cell::number("0." + repeated("1", 16383))).size(), 16385U);
@@ -417,7 +410,7 @@ TEST(TableLayoutFit, NumericOfPostgreSql)
 
 TEST(TableLayoutFit, NumericOfSqlite)
 {
-    const Column n15 = column("a", ColumnType::Number, 15, 2);
+    const Column n15 = columnOf("a", ColumnType::Number, 15, 2);
     EXPECT_EQ(fitted(sqlite, n15, Cell::number("123456789012.34")), "123456789012.34");
     EXPECT_EQ(fitted(sqlite, n15, Cell::number("1" + repeated("0", 99))).size(), 100U);
     EXPECT_EQ(fitted(sqlite, n15, Cell::number("1" + repeated("0", 400))), tooMany);
@@ -427,7 +420,7 @@ TEST(TableLayoutFit, NumericOfSqlite)
 
 TEST(TableLayoutFit, DigitsKeptAsTextAreNoted)
 {
-    const std::vector<Column> columns = {column("Big", ColumnType::Number, 20, 4)};
+    const std::vector<Column> columns = {columnOf("Big", ColumnType::Number, 20, 4)};
     TableLayout layout(sqlite, "a.dbf", columns, {});
     Record record;
     record.Columns = &columns;
@@ -444,9 +437,9 @@ TEST(TableLayoutFit, DigitsKeptAsTextAreNoted)
 TEST(TableLayoutFit, Texts)
 {
     const std::string zero("a\0b", 3);
-    const Column c3 = column("a", ColumnType::Text, 3);
+    const Column c3 = columnOf("a", ColumnType::Text, 3);
     EXPECT_EQ(fitted(postgreSql, c3, Cell::text(zero)), "a zero byte in a text");
-    EXPECT_EQ(fitted(postgreSql, column("a"), Cell::text(repeated("x", 40) + zero)), "a zero byte in a text");
+    EXPECT_EQ(fitted(postgreSql, columnOf("a"), Cell::text(repeated("x", 40) + zero)), "a zero byte in a text");
     EXPECT_EQ(fitted(mySql, c3, Cell::text(zero)), zero);
     EXPECT_EQ(fitted(sqlite, c3, Cell::text(zero)), zero);
     EXPECT_EQ(fitted(postgreSql, c3, Cell::text("\xC3\xA4\xC3\xA4\xC3\xA4")), "\xC3\xA4\xC3\xA4\xC3\xA4");
@@ -458,7 +451,7 @@ TEST(TableLayoutFit, Texts)
 
 TEST(TableLayoutFit, ChecksPlainRecordsToo)
 {
-    const std::vector<Column> columns = {column("a", ColumnType::Text, 3), column("b", ColumnType::Number, 9)};
+    const std::vector<Column> columns = {columnOf("a", ColumnType::Text, 3), columnOf("b", ColumnType::Number, 9)};
     TableLayout layout(postgreSql, "a.dbf", columns, {});
     const std::string room = "abcd1.5.............................................................";
     const auto flaws = [&](std::size_t textSize, std::size_t numberSize) {
@@ -478,7 +471,7 @@ TEST(TableLayoutFit, ChecksPlainRecordsToo)
 
 TEST(TableLayoutFit, FloatsWithoutDigits)
 {
-    const Column b = column("a", ColumnType::Float);
+    const Column b = columnOf("a", ColumnType::Float);
     const Cell nan = Cell::real(std::numeric_limits<double>::quiet_NaN());
     const Cell infinity = Cell::real(-std::numeric_limits<double>::infinity());
     EXPECT_EQ(fitted(postgreSql, b, nan), "");

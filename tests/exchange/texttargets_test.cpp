@@ -21,20 +21,19 @@ using namespace kd_lib::exchange;
 using kd_test::columnOf;
 using kd_test::MemorySource;
 using kd_test::readFile;
-using Rows = std::vector<MemorySource::Row>;
 
-const std::vector<Column> columns = {columnOf("ID", ColumnType::Integer), columnOf("Na,me", ColumnType::Text, 10),
-                                     columnOf("id", ColumnType::Float)};
+const std::vector<Column> textColumns = {columnOf("ID", ColumnType::Integer), columnOf("Na,me", ColumnType::Text, 10),
+                                         columnOf("id", ColumnType::Float)};
 
-const Rows rows = {{{Cell::number("1"), Cell::text("a\"b"), Cell::real(0.5)}},
-                   {{Cell::null(), Cell::text(""), Cell::null()}}};
+const std::vector<MemorySource::Row> textRows = {{{Cell::number("1"), Cell::text("a\"b"), Cell::real(0.5)}},
+                                                 {{Cell::null(), Cell::text(""), Cell::null()}}};
 
 template <class TargetType>
 class TextTargetTest : public testing::Test {
 protected:
     std::string carried(NameCase names = NameCase::Lower)
     {
-        MemorySource source(columns, rows);
+        MemorySource source(textColumns, textRows);
         TargetType target(path(), names);
         Result = transfer(source, target);
         Notes = target.notes();
@@ -94,7 +93,7 @@ TYPED_TEST(EveryTextTargetTest, HoldsNoFloatsWithoutDigits)
 TYPED_TEST(EveryTextTargetTest, AFailedTransferLeavesTheOldFile)
 {
     this->Folder.write("out", "old");
-    MemorySource source(columns, rows);
+    MemorySource source(textColumns, textRows);
     source.FailsAt = 2;
     TypeParam target(this->path());
     EXPECT_THROW(transfer(source, target), Error);

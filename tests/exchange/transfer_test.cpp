@@ -47,7 +47,7 @@ public:
     std::uint64_t FailsAt = 0;
 };
 
-const std::vector<Column> twoColumns{{"ID", ColumnType::Text, 0, 0, 0, 0}, {"TOWN", ColumnType::Text, 0, 0, 0, 0}};
+const std::vector<Column> idAndTown{{"ID", ColumnType::Text, 0, 0, 0, 0}, {"TOWN", ColumnType::Text, 0, 0, 0, 0}};
 
 MemorySource::Row row(std::string_view id, std::string_view town)
 {
@@ -78,7 +78,7 @@ struct Carried {
 
 TEST(TransferTest, CarriesRecordsAndCountsThem)
 {
-    MemorySource source(twoColumns, {row("1", "Rome"), {{}, {}, true}, row("3", "Oslo")});
+    MemorySource source(idAndTown, {row("1", "Rome"), {{}, {}, true}, row("3", "Oslo")});
     const Carried run(source);
     EXPECT_EQ(run.To.Calls,
               (std::vector<std::string>{"begin memory.dbf 2", "write 1 1 Rome", "write 3 3 Oslo", "finish"}));
@@ -91,7 +91,7 @@ TEST(TransferTest, CarriesRecordsAndCountsThem)
 
 TEST(TransferTest, AnUnreadableCellIsStoredAsNullAndReported)
 {
-    MemorySource source(twoColumns, {unreadableRow("1"), row("2", "unfit")});
+    MemorySource source(idAndTown, {unreadableRow("1"), row("2", "unfit")});
     const Carried run(source);
     EXPECT_EQ(run.To.Calls,
               (std::vector<std::string>{"begin memory.dbf 2", "write 1 1 NULL", "write 2 2 NULL", "finish"}));
@@ -110,7 +110,7 @@ TEST(TransferTest, AnUnreadableCellIsStoredAsNullAndReported)
 
 TEST(TransferTest, SkipLeavesTheRecordOut)
 {
-    MemorySource source(twoColumns, {unreadableRow("1"), row("2", "Rome")});
+    MemorySource source(idAndTown, {unreadableRow("1"), row("2", "Rome")});
     const Carried run(source, {.Policy = OnError::Skip});
     EXPECT_EQ(run.To.Calls, (std::vector<std::string>{"begin memory.dbf 2", "write 2 2 Rome", "finish"}));
     EXPECT_EQ(run.Done.Read, 2U);
@@ -121,7 +121,7 @@ TEST(TransferTest, SkipLeavesTheRecordOut)
 
 TEST(TransferTest, StopFailsWithThePlaceAndAbandons)
 {
-    MemorySource source(twoColumns, {row("1", "Rome"), unreadableRow("2"), row("3", "Oslo")});
+    MemorySource source(idAndTown, {row("1", "Rome"), unreadableRow("2"), row("3", "Oslo")});
     const Carried run(source, {.Policy = OnError::Stop});
     EXPECT_EQ(run.To.Calls, (std::vector<std::string>{"begin memory.dbf 2", "write 1 1 Rome", "abandon"}));
     EXPECT_EQ(run.Failure, "memory.dbf: record 2, column TOWN, byte 201: not a text");
@@ -131,7 +131,7 @@ TEST(TransferTest, StopFailsWithThePlaceAndAbandons)
 TEST(TransferTest, ReplacedBytesAreASeparateActionUnderEveryPolicy)
 {
     for (const OnError policy : {OnError::Null, OnError::Stop, OnError::Skip}) {
-        MemorySource source(twoColumns, {row("1", "Rome"), row("2", "x")});
+        MemorySource source(idAndTown, {row("1", "Rome"), row("2", "x")});
         source.Rows[0].Flaws = {{1, FlawKind::Replaced, "byte 81"}};
         source.Rows[1].Flaws = {{1, FlawKind::Escaped, "byte 81"}};
         const Carried run(source, {.Policy = policy});
@@ -146,7 +146,7 @@ TEST(TransferTest, ReplacedBytesAreASeparateActionUnderEveryPolicy)
 
 TEST(TransferTest, RaggedRowsFollowThePolicy)
 {
-    MemorySource source(twoColumns, {row("1", "Rome"), row("2", "Oslo")});
+    MemorySource source(idAndTown, {row("1", "Rome"), row("2", "Oslo")});
     source.Rows[0].Flaws = {{0, FlawKind::RowTooShort, "1 cell for 2 columns"}};
     source.Rows[1].Flaws = {{0, FlawKind::RowTooLong, "3 cells for 2 columns"}};
     const Carried kept(source);
@@ -165,13 +165,13 @@ TEST(TransferTest, RaggedRowsFollowThePolicy)
 
 TEST(TransferTest, AFailureOfEitherSideAbandons)
 {
-    MemorySource source(twoColumns, {row("1", "Rome"), row("2", "Oslo")});
+    MemorySource source(idAndTown, {row("1", "Rome"), row("2", "Oslo")});
     source.FailsAt = 2;
     const Carried reading(source);
     EXPECT_EQ(reading.To.Calls.back(), "abandon");
     EXPECT_EQ(reading.Failure, "memory.dbf: record 2: Input/output error");
 
-    MemorySource good(twoColumns, {row("1", "Rome"), row("2", "Oslo")});
+    MemorySource good(idAndTown, {row("1", "Rome"), row("2", "Oslo")});
     MemoryTarget target;
     target.FailsAt = 2;
     EXPECT_THROW(transfer(good, target), Error);
@@ -180,7 +180,7 @@ TEST(TransferTest, AFailureOfEitherSideAbandons)
 
 TEST(TransferTest, StopsOnRequest)
 {
-    MemorySource source(twoColumns, std::vector<MemorySource::Row>(1000, row("1", "Rome")));
+    MemorySource source(idAndTown, std::vector<MemorySource::Row>(1000, row("1", "Rome")));
     std::stop_source stop;
     stop.request_stop();
     const Carried run(source, {.Stop = stop.get_token()});
@@ -191,7 +191,7 @@ TEST(TransferTest, StopsOnRequest)
 
 TEST(TransferTest, ReportsItsProgress)
 {
-    MemorySource source(twoColumns, std::vector<MemorySource::Row>(1000, row("1", "Rome")));
+    MemorySource source(idAndTown, std::vector<MemorySource::Row>(1000, row("1", "Rome")));
     std::vector<Progress> seen;
     MemoryTarget target;
     transfer(source, target, {.OnProgress = [&](const Progress& progress) { seen.push_back(progress); }});
@@ -204,14 +204,14 @@ TEST(TransferTest, ReportsItsProgress)
 
 TEST(TransferTest, ANoteOfALossCounts)
 {
-    MemorySource source(twoColumns, {row("1", "Rome")});
+    MemorySource source(idAndTown, {row("1", "Rome")});
     source.note("2 records deleted");
     EXPECT_FALSE(Carried(source).Done.Loss);
     source.seek(1);
     source.note("the last record is cut short", true);
     EXPECT_TRUE(Carried(source).Done.Loss);
 
-    MemorySource sound(twoColumns, {row("1", "Rome")});
+    MemorySource sound(idAndTown, {row("1", "Rome")});
     MemoryTarget target;
     target.addNote({"a column is missing", true});
     EXPECT_TRUE(transfer(sound, target).Loss);

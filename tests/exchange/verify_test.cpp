@@ -4,6 +4,7 @@
 
 #include "support/memory_source.h"
 #include "support/opened_database.h"
+#include "support/output_text.h"
 #include "support/scoped_directory.h"
 
 #include <gtest/gtest.h>
@@ -17,20 +18,11 @@
 namespace {
 
 using namespace kd_lib::exchange;
+using kd_test::columnOf;
 using kd_test::MemorySource;
 using kd_test::Opened;
 
 using Row = MemorySource::Row;
-
-Column column(const std::string& name, ColumnType type, std::uint32_t width = 0, std::uint32_t decimals = 0)
-{
-    Column made;
-    made.Name = name;
-    made.Type = type;
-    made.Width = width;
-    made.Decimals = decimals;
-    return made;
-}
 
 TableLayout layoutOf(const Source& source, Engine engine = Engine::Sqlite)
 {
@@ -70,7 +62,7 @@ std::string differences(const Verification& found)
     return text;
 }
 
-const std::vector<Column> twoColumns = {column("ID", ColumnType::Number, 5), column("NAME", ColumnType::Text, 10)};
+const std::vector<Column> twoColumns = {columnOf("ID", ColumnType::Number, 5), columnOf("NAME", ColumnType::Text, 10)};
 
 std::vector<Row> people(const std::vector<std::pair<const char*, const char*>>& values)
 {
@@ -185,7 +177,7 @@ TEST(Verify, ManyRecordsInAnotherOrder)
 
 TEST(Verify, NumbersAgreeByValue)
 {
-    const Column number = column("C", ColumnType::Number, 30, 4);
+    const Column number = columnOf("C", ColumnType::Number, 30, 4);
     EXPECT_TRUE(agree(number, Cell::number("1.50"), Cell::real(1.5)));
     EXPECT_TRUE(agree(number, Cell::number("1.50"), Cell::number("1.5")));
     EXPECT_TRUE(agree(number, Cell::number("1.50"), Cell::text("1.5000")));
@@ -206,7 +198,7 @@ TEST(Verify, NumbersAgreeByValue)
 
 TEST(Verify, DoublesAgreeBitByBit)
 {
-    const Column real = column("C", ColumnType::Float);
+    const Column real = columnOf("C", ColumnType::Float);
     EXPECT_TRUE(agree(real, Cell::real(0.1), Cell::real(0.1)));
     EXPECT_FALSE(agree(real, Cell::real(0.1), Cell::real(std::nextafter(0.1, 1))));
     EXPECT_TRUE(agree(real, Cell::real(0.1 + 0.2), Cell::text("0.30000000000000004")));
@@ -221,16 +213,16 @@ TEST(Verify, DoublesAgreeBitByBit)
 TEST(Verify, NotANumberAgreesWithItselfIfTheTargetHoldsIt)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    const std::vector<Column> columns = {column("C", ColumnType::Float)};
+    const std::vector<Column> columns = {columnOf("C", ColumnType::Float)};
     EXPECT_TRUE(compare(columns, {{{Cell::real(nan)}, {}}}, {{{Cell::text("NaN")}, {}}}, Engine::PostgreSql).agrees());
     EXPECT_TRUE(compare(columns, {{{Cell::real(nan)}, {}}}, {{{Cell::null()}, {}}}, Engine::Sqlite).agrees());
 }
 
 TEST(Verify, FormsOfDatabasesAgree)
 {
-    const Column boolean = column("C", ColumnType::Boolean);
-    const Column time = column("C", ColumnType::Time);
-    const Column timestamp = column("C", ColumnType::Timestamp);
+    const Column boolean = columnOf("C", ColumnType::Boolean);
+    const Column time = columnOf("C", ColumnType::Time);
+    const Column timestamp = columnOf("C", ColumnType::Timestamp);
     for (const char* yes : {"1", "t", "true"}) {
         EXPECT_TRUE(agree(boolean, Cell::boolean(true), Cell::text(yes)));
         EXPECT_FALSE(agree(boolean, Cell::boolean(false), Cell::text(yes)));
@@ -238,8 +230,8 @@ TEST(Verify, FormsOfDatabasesAgree)
     EXPECT_TRUE(agree(boolean, Cell::boolean(false), Cell::number("0")));
     EXPECT_FALSE(agree(boolean, Cell::boolean(true), Cell::number("2")));
     EXPECT_FALSE(agree(boolean, Cell::boolean(false), Cell::null()));
-    EXPECT_TRUE(agree(column("C", ColumnType::Date), Cell::date({2024, 2, 10}), Cell::text("2024-02-10")));
-    EXPECT_FALSE(agree(column("C", ColumnType::Date), Cell::date({2024, 2, 10}), Cell::text("2024-02-01")));
+    EXPECT_TRUE(agree(columnOf("C", ColumnType::Date), Cell::date({2024, 2, 10}), Cell::text("2024-02-10")));
+    EXPECT_FALSE(agree(columnOf("C", ColumnType::Date), Cell::date({2024, 2, 10}), Cell::text("2024-02-01")));
     EXPECT_TRUE(agree(time, Cell::time(3600000), Cell::text("01:00:00")));
     EXPECT_TRUE(agree(time, Cell::time(3600100), Cell::text("01:00:00.1")));
     EXPECT_FALSE(agree(time, Cell::time(3600100), Cell::text("01:00:00.01")));
@@ -250,18 +242,18 @@ TEST(Verify, FormsOfDatabasesAgree)
 
 TEST(Verify, TextsAndBytesAgreeByteByByte)
 {
-    const Column text = column("C", ColumnType::Text, 10);
+    const Column text = columnOf("C", ColumnType::Text, 10);
     EXPECT_FALSE(agree(text, Cell::text(""), Cell::null()));
     EXPECT_FALSE(agree(text, Cell::text("a"), Cell::text("a ")));
     EXPECT_FALSE(agree(text, Cell::text("1.0"), Cell::number("1")));
     EXPECT_FALSE(agree(text, Cell::text("a"), Cell::bytes("a")));
-    EXPECT_TRUE(agree(column("C", ColumnType::Bytes), Cell::bytes("a"), Cell::bytes("a")));
-    EXPECT_FALSE(agree(column("C", ColumnType::Bytes), Cell::bytes("a"), Cell::bytes("b")));
+    EXPECT_TRUE(agree(columnOf("C", ColumnType::Bytes), Cell::bytes("a"), Cell::bytes("a")));
+    EXPECT_FALSE(agree(columnOf("C", ColumnType::Bytes), Cell::bytes("a"), Cell::bytes("b")));
 }
 
 TEST(Verify, NeighbouringCellsAreNotMixedUp)
 {
-    const std::vector<Column> texts = {column("A", ColumnType::Text, 10), column("B", ColumnType::Text, 10)};
+    const std::vector<Column> texts = {columnOf("A", ColumnType::Text, 10), columnOf("B", ColumnType::Text, 10)};
     const std::vector<Row> file = {{{Cell::text("ab"), Cell::text("c")}, {}}, {{Cell::text("x"), Cell::text("y")}, {}}};
     const std::vector<Row> table = {{{Cell::text("x"), Cell::text("y")}, {}},
                                     {{Cell::text("a"), Cell::text("bc")}, {}}};
@@ -270,7 +262,7 @@ TEST(Verify, NeighbouringCellsAreNotMixedUp)
 
 TEST(Verify, UnreadableCellsAgreeWithNull)
 {
-    const std::vector<Column> columns = {column("C", ColumnType::Number, 5)};
+    const std::vector<Column> columns = {columnOf("C", ColumnType::Number, 5)};
     const std::vector<Row> file = {{{Cell::unreadable()}, {{0, FlawKind::Unreadable, "not a number"}}},
                                    {{Cell::number("1.5")}, {}}};
     const std::vector<Row> table = {{{Cell::null()}, {}}, {{Cell::null()}, {}}};
@@ -309,7 +301,7 @@ TEST(Verify, SkippedRecordsAreNotExpected)
 TEST(Verify, LongValuesAreShownAroundTheDifference)
 {
     const std::string common(1000, 'x');
-    const Verification found = compare({column("C", ColumnType::Text)}, {{{Cell::text(common + "one")}, {}}},
+    const Verification found = compare({columnOf("C", ColumnType::Text)}, {{{Cell::text(common + "one")}, {}}},
                                        {{{Cell::text(common + "two")}, {}}});
     const std::string shown = "..." + std::string(40, 'x');
     EXPECT_EQ(differences(found), "C in record 1: " + shown + "one' and " + shown + "two'\n");
@@ -340,9 +332,10 @@ TEST(Verify, LoadedTableAgreesUntilItIsChanged)
 {
     const kd_test::ScopedDirectory folder;
     const std::string database = folder.file("x.db");
-    const std::vector<Column> columns = {column("N", ColumnType::Number, 20, 4), column("T", ColumnType::Text, 10),
-                                         column("B", ColumnType::Boolean),       column("D", ColumnType::Date),
-                                         column("R", ColumnType::Float),         column("TS", ColumnType::Timestamp)};
+    const std::vector<Column> columns = {
+        columnOf("N", ColumnType::Number, 20, 4), columnOf("T", ColumnType::Text, 10),
+        columnOf("B", ColumnType::Boolean),       columnOf("D", ColumnType::Date),
+        columnOf("R", ColumnType::Float),         columnOf("TS", ColumnType::Timestamp)};
     std::vector<Row> rows;
     for (const char* digits : {"1.5000", "123456789012345.6789", "-7", "0.1000"}) {
         rows.push_back({{Cell::number(digits), Cell::text(digits), Cell::boolean(true), Cell::date({2024, 2, 29}),

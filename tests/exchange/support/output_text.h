@@ -39,8 +39,9 @@ inline std::string contentOf(const std::string& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-inline kd_lib::exchange::Column columnOf(std::string name, kd_lib::exchange::ColumnType type, std::uint32_t width = 0,
-                                         std::uint32_t decimals = 0)
+inline kd_lib::exchange::Column columnOf(std::string name,
+                                         kd_lib::exchange::ColumnType type = kd_lib::exchange::ColumnType::Text,
+                                         std::uint32_t width = 0, std::uint32_t decimals = 0)
 {
     kd_lib::exchange::Column column;
     column.Name = std::move(name);

@@ -12,6 +12,9 @@
 
 namespace kd_test {
 
+/// In place of what a code page lacks.
+inline const std::string replacement = "\xEF\xBF\xBD";
+
 inline std::string shownMoment(const kd_lib::exchange::Cell& cell)
 {
     using kd_lib::exchange::CellKind;
