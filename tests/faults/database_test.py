@@ -1,40 +1,9 @@
-"""Databases that are locked, damaged or not databases at all, and scripts that fail or are huge."""
-
-import sqlite3
-import time
+"""Databases that are damaged or not databases at all, and scripts that fail or are huge."""
 
 import support
 from support import kd_db
 
 QUERY = "SELECT * FROM kept"
-
-
-class LockedDatabaseTest(support.FaultTest):
-    def test_a_database_locked_by_another_process_is_an_error(self):
-        other = sqlite3.connect(self.database, isolation_level=None)
-        other.execute("BEGIN EXCLUSIVE")
-        for arguments in (self.works()["load"], self.works()["import"], ("query", self.database, QUERY)):
-            with self.subTest(arguments[0]):
-                begin = time.monotonic()
-                done = kd_db(*arguments)
-                self.assertLess(time.monotonic() - begin, 20)
-                self.assert_error_line(done, *arguments[1:])
-                self.assertIn(b"database is locked", done.stderr)
-        other.execute("ROLLBACK")
-        other.close()
-        self.assertIsNone(support.rows_in(self.database, "input"))
-        self.assertEqual(support.rows_in(self.database, "kept"), 2)
-
-    def test_a_reader_elsewhere_stops_the_commit_and_nothing_stays(self):
-        other = sqlite3.connect(self.database, isolation_level=None)
-        other.execute("BEGIN")
-        other.execute(QUERY).fetchall()
-        for name in ("load", "import"):
-            with self.subTest(name):
-                self.assert_error_line(kd_db(*self.works()[name]), *self.works()[name][1:])
-        other.execute("COMMIT")
-        other.close()
-        self.assertIsNone(support.rows_in(self.database, "input"))
 
 
 class NoDatabaseTest(support.FaultTest):

@@ -135,8 +135,10 @@ void SqliteDatabase::heed(std::stop_token stop, std::chrono::milliseconds patien
     sqlite3_busy_handler(
         Handle,
         [](void* self, int pauses) {
-            const auto* database = static_cast<const SqliteDatabase*>(self);
-            if (database->Stop.stop_requested() || pauses * lockPause >= database->Patience) {
+            auto* database = static_cast<SqliteDatabase*>(self);
+            // SQLite asks again for each page that it wants to write before the transaction ends.
+            database->InVain = database->InVain || pauses * lockPause >= database->Patience;
+            if (database->InVain || database->Stop.stop_requested()) {
                 return 0;
             }
             ::usleep(static_cast<useconds_t>(std::chrono::microseconds(lockPause).count()));
@@ -155,6 +157,7 @@ void SqliteDatabase::watchForStop()
 
 void SqliteDatabase::execute(const std::string& sql)
 {
+    InVain = false;
     if (sqlite3_exec(Handle, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         fail();
     }

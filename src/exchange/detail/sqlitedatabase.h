@@ -54,7 +54,8 @@ public:
     SqliteDatabase(const SqliteDatabase&) = delete;
     SqliteDatabase& operator=(const SqliteDatabase&) = delete;
 
-    /// From now on, statements wait up to `patience` for a lock. When a stop is requested, the current statement ends,
+    /// From now on, statements wait up to `patience` for a lock, and the next ones do not wait if that was in vain:
+    /// SQLite keeps changes in memory while another program reads the database. `execute` waits again. When a stop is requested, the current statement ends,
     /// and `fail` throws `Stopped`.
     void heed(std::stop_token stop, std::chrono::milliseconds patience);
 
@@ -89,6 +90,7 @@ private:
     sqlite3* Handle = nullptr;
     std::stop_token Stop;
     std::chrono::milliseconds Patience = {};
+    bool InVain = false;  // the last wait for a lock has ended without it
 };
 
 }  // namespace kd_lib::exchange::detail
