@@ -1,6 +1,7 @@
 // Memory files with one kind of damage per test: the listing always ends, and shows no bytes except those of the file
 // and of the two zeroed buffers.
 #include "support/mem_builder.h"
+#include "support/memory_listing.h"
 #include "support/special_file_builder.h"
 #include "support/table_builder.h"
 
@@ -17,26 +18,17 @@
 #include <unistd.h>
 
 using kd_lib::xBaseMemory;
+using kd_test::listing;
+using kd_test::listingOf;
 using kd_test::memEntry;
 using kd_test::Opened;
 using kd_test::ScopedDirectory;
 
 namespace {
 
-std::string listing(xBaseMemory& memory)
-{
-    return kd_test::printedBy([&] { EXPECT_TRUE(memory.read()); });
-}
-
-std::string listingOf(const std::string& bytes)
-{
-    Opened<xBaseMemory> file(bytes);
-    return listing(file.table);
-}
-
 /// Text, number and date: 38, 36 and 40 bytes.
-const std::string valid = memEntry("TEXT", 'C', 6, 1, std::string("abcde\0", 6)) + memEntry("NUM", 'N', 8, 2, "1.5@") +
-                          memEntry("DAY", 'D', 8, 0, "20240305");
+const std::string validMemory = memEntry("TEXT", 'C', 6, 1, std::string("abcde\0", 6)) +
+                                memEntry("NUM", 'N', 8, 2, "1.5@") + memEntry("DAY", 'D', 8, 0, "20240305");
 
 const std::string textLine = "TEXT C 6.1  abcde|\n";
 const std::string numberLine = "NUM N 8.2 4953|\n";
@@ -58,30 +50,31 @@ std::string lead(const std::string& header)
 
 std::string header(std::size_t position)
 {
-    return valid.substr(position, 32);
+    return validMemory.substr(position, 32);
 }
 
 }  // namespace
 
 TEST(DamagedMem, UndamagedFileIsListedWithItsLastLineRepeated)
 {
-    EXPECT_EQ(114U, valid.size());
-    EXPECT_EQ(textLine + numberLine + dayLine + dayLine, listingOf(valid));
+    EXPECT_EQ(114U, validMemory.size());
+    EXPECT_EQ(textLine + numberLine + dayLine + dayLine, listingOf(validMemory));
 }
 
 TEST(DamagedMem, CutAtEveryByteOfTheFirstHeader)
 {
     for (std::size_t size = 0; size < 32; ++size) {
-        const std::string padded = laidOver(valid, size, std::string(32, '\0'));
+        const std::string padded = laidOver(validMemory, size, std::string(32, '\0'));
         const std::string value = padded[11] == 'C' ? " " : "";
-        EXPECT_EQ(lead(padded) + value + "|\n", listingOf(valid.substr(0, size))) << size;
+        EXPECT_EQ(lead(padded) + value + "|\n", listingOf(validMemory.substr(0, size))) << size;
     }
 }
 
 TEST(DamagedMem, CutAtEveryByteOfATextValue)
 {
     for (std::size_t size = 32; size < 38; ++size) {
-        EXPECT_EQ("TEXT C 6.1  " + std::string("abcde").substr(0, size - 32) + "|\n", listingOf(valid.substr(0, size)))
+        EXPECT_EQ("TEXT C 6.1  " + std::string("abcde").substr(0, size - 32) + "|\n",
+                  listingOf(validMemory.substr(0, size)))
             << size;
     }
 }
@@ -91,7 +84,7 @@ TEST(DamagedMem, CutAtEveryByteOfTheSecondHeaderMixesItWithTheFirst)
     for (std::size_t size = 38; size < 70; ++size) {
         const std::string mixed = laidOver(header(38), size - 38, header(0));
         const std::string value = mixed[11] == 'C' ? " abcde" : "";
-        EXPECT_EQ(textLine + lead(mixed) + value + "|\n", listingOf(valid.substr(0, size))) << size;
+        EXPECT_EQ(textLine + lead(mixed) + value + "|\n", listingOf(validMemory.substr(0, size))) << size;
     }
 }
 
@@ -99,9 +92,9 @@ TEST(DamagedMem, CutAtEveryByteOfANumber)
 {
     const char* const digits[] = {"", "49", "49", "4953"};
     for (std::size_t size = 70; size < 74; ++size) {
-        EXPECT_EQ(textLine + "NUM N 8.2 " + digits[size - 70] + "|\n", listingOf(valid.substr(0, size))) << size;
+        EXPECT_EQ(textLine + "NUM N 8.2 " + digits[size - 70] + "|\n", listingOf(validMemory.substr(0, size))) << size;
     }
-    EXPECT_EQ(textLine + numberLine + "NUM N 8.2 |\n", listingOf(valid.substr(0, 74)));
+    EXPECT_EQ(textLine + numberLine + "NUM N 8.2 |\n", listingOf(validMemory.substr(0, 74)));
 }
 
 TEST(DamagedMem, CutAtEveryByteOfTheThirdHeaderMixesItWithTheSecond)
@@ -109,7 +102,7 @@ TEST(DamagedMem, CutAtEveryByteOfTheThirdHeaderMixesItWithTheSecond)
     for (std::size_t size = 74; size < 106; ++size) {
         const std::string mixed = laidOver(header(74), size - 74, header(38));
         const std::string value = mixed[11] == 'D' ? " abcde" : "";
-        EXPECT_EQ(textLine + numberLine + lead(mixed) + value + "|\n", listingOf(valid.substr(0, size))) << size;
+        EXPECT_EQ(textLine + numberLine + lead(mixed) + value + "|\n", listingOf(validMemory.substr(0, size))) << size;
     }
 }
 
@@ -118,7 +111,7 @@ TEST(DamagedMem, CutAtEveryByteOfADateShowsTheRestOfTheText)
     for (std::size_t size = 106; size < 114; ++size) {
         const std::string buffer = laidOver("20240305", size - 106, std::string("abcde\0\0\0", 8));
         EXPECT_EQ(textLine + numberLine + "DAY D 8.0  " + std::string(buffer.c_str()) + "|\n",
-                  listingOf(valid.substr(0, size)))
+                  listingOf(validMemory.substr(0, size)))
             << size;
     }
 }
@@ -132,7 +125,7 @@ TEST(DamagedMem, FileOfOneByteIsOneLineOfAnEntryOfZeroBytes)
 
 TEST(DamagedMem, EndMarkAfterTheEntriesIsTheFirstByteOfTheLastLinesEntry)
 {
-    EXPECT_EQ(textLine + numberLine + dayLine + dayLine, listingOf(valid + "\x1A"));
+    EXPECT_EQ(textLine + numberLine + dayLine + dayLine, listingOf(validMemory + "\x1A"));
 }
 
 TEST(DamagedMem, LengthBeyondTheFileShowsTheExistingBytes)
@@ -148,14 +141,14 @@ TEST(DamagedMem, LengthTooSmallTakesTheRestOfAValueAsAnEntry)
 
 TEST(DamagedMem, LengthTooLargeTakesTheNextEntryAsAValue)
 {
-    EXPECT_EQ("TEXT C 255.1  abcde|\n", listingOf(kd_test::withByte(valid, 16, 255)));
+    EXPECT_EQ("TEXT C 255.1  abcde|\n", listingOf(kd_test::withByte(validMemory, 16, 255)));
 }
 
 TEST(DamagedMem, EveryTypeByteEndsItsListing)
 {
     Opened<xBaseMemory> file("");
     for (unsigned int byte = 0; byte < 256; ++byte) {
-        file.reopen(kd_test::withByte(valid, 11, byte));
+        file.reopen(kd_test::withByte(validMemory, 11, byte));
         const std::string list = listing(file.table);
         SCOPED_TRACE(byte);
         EXPECT_EQ(0U, list.find(std::string("TEXT ") + static_cast<char>(byte) + " 6.1 "));
@@ -167,11 +160,11 @@ TEST(DamagedMem, EveryByteInANameButZeroIsShown)
 {
     Opened<xBaseMemory> file("");
     for (unsigned int byte = 1; byte < 256; ++byte) {
-        file.reopen(kd_test::withByte(valid, 2, byte));
+        file.reopen(kd_test::withByte(validMemory, 2, byte));
         const std::string name = std::string("T").append(1, static_cast<char>(byte)).append("XT");
         EXPECT_EQ(name + " C 6.1  abcde|\n" + numberLine + dayLine + dayLine, listing(file.table)) << byte;
     }
-    file.reopen(kd_test::withByte(valid, 2, 0));
+    file.reopen(kd_test::withByte(validMemory, 2, 0));
     EXPECT_EQ("T C 6.1  abcde|\n" + numberLine + dayLine + dayLine, listing(file.table));
 }
 
@@ -179,7 +172,7 @@ TEST(DamagedMem, EveryByteInATextIsShownUpToAZero)
 {
     Opened<xBaseMemory> file("");
     for (unsigned int byte = 0; byte < 256; ++byte) {
-        file.reopen(kd_test::withByte(valid, 34, byte));
+        file.reopen(kd_test::withByte(validMemory, 34, byte));
         const std::string text = byte == 0 ? "ab" : std::string("ab").append(1, static_cast<char>(byte)).append("de");
         EXPECT_EQ("TEXT C 6.1  " + text + "|\n" + numberLine + dayLine + dayLine, listing(file.table)) << byte;
     }
@@ -222,7 +215,7 @@ TEST(DamagedMem, DirectoryGivesOneLineOfAnEntryOfZeroBytes)
 TEST(DamagedMem, PipeThatCannotBeRewoundPrintsNothing)
 {
     const ScopedDirectory directory;
-    kd_test::Fifo pipe(directory, "sample.mem", valid);
+    kd_test::Fifo pipe(directory, "sample.mem", validMemory);
     xBaseMemory memory;
     ASSERT_TRUE(kd_test::openQuietly(memory, directory));
     pipe.end();

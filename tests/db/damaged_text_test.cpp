@@ -30,10 +30,10 @@ using kd_test::withByte;
 namespace {
 
 /// Two columns of four characters, a gap of two, one more column of two.
-const std::string twoLines = "r1c1r1c2..13\nr2c1r2c2..23\n";
+const std::string twoRowsOfText = "r1c1r1c2..13\nr2c1r2c2..23\n";
 const Rows twoRows = {{"r1c1", "r1c2", "13"}, {"r2c1", "r2c2", "23"}};
 
-const std::string delimited = "a|b|c\nr1c1|r1c2|r1c3\nr2c1|r2c2|r2c3\n";
+const std::string delimitedText = "a|b|c\nr1c1|r1c2|r1c3\nr2c1|r2c2|r2c3\n";
 const Rows delimitedRows = {{"r1c1", "r1c2", "r1c3"}, {"r2c1", "r2c2", "r2c3"}};
 
 void defineColumns(FileTable& table)
@@ -99,7 +99,7 @@ TYPED_TEST_SUITE(DamagedText, TextTables, TextNames);
 
 TYPED_TEST(DamagedPositional, UndamagedFileIsReadWhole)
 {
-    Opened<TypeParam> file(twoLines);
+    Opened<TypeParam> file(twoRowsOfText);
     defineColumns(file.table);
     EXPECT_EQ(twoRows, rowsOf(file.table));
 }
@@ -109,7 +109,7 @@ TYPED_TEST(DamagedPositionalDeathTest, LineCutAtAnyByteStopsTheProcessOrThrows)
     Opened<TypeParam> file("");
     defineColumns(file.table);
     for (std::size_t size = 1; size < 12; ++size) {
-        file.reopen(twoLines.substr(0, size));
+        file.reopen(twoRowsOfText.substr(0, size));
         SCOPED_TRACE(size);
         if (size == 8 || size == 9) {
             // Only the third column is missing, and it starts after the end of the line.
@@ -128,7 +128,7 @@ TYPED_TEST(DamagedPositional, FileCutAfterALineOrItsLastColumnGivesWholeLines)
     Opened<TypeParam> file("");
     defineColumns(file.table);
     for (const std::size_t size : {12U, 13U, 25U, 26U}) {
-        file.reopen(twoLines.substr(0, size));
+        file.reopen(twoRowsOfText.substr(0, size));
         const Rows expected(twoRows.begin(), twoRows.begin() + (size < 25 ? 1 : 2));
         EXPECT_EQ(expected, rowsOf(file.table)) << size;
     }
@@ -167,7 +167,7 @@ TYPED_TEST(DamagedPositional, EveryByteInARecordIsKept)
         if (byte == '\n') {
             continue;
         }
-        file.reopen(withByte(twoLines, 5, byte));
+        file.reopen(withByte(twoRowsOfText, 5, byte));
         const std::string value = std::string("r").append(1, static_cast<char>(byte)).append("c2");
         EXPECT_EQ((Rows{{"r1c1", value, "13"}, twoRows[1]}), rowsOf(file.table)) << byte;
     }
@@ -176,7 +176,7 @@ TYPED_TEST(DamagedPositional, EveryByteInARecordIsKept)
 TYPED_TEST(DamagedPositionalDeathTest, ZeroByteOrNewlineInARecordCutsIt)
 {
     for (const unsigned int byte : {0U, 10U}) {
-        Opened<TypeParam> file(withByte(twoLines, 5, byte));
+        Opened<TypeParam> file(withByte(twoRowsOfText, 5, byte));
         defineColumns(file.table);
         EXPECT_EXIT(file.table.fetchRecord(), testing::KilledBySignal(SIGABRT), this->assertion()) << byte;
     }
@@ -205,14 +205,14 @@ TYPED_TEST(DamagedPositional, FixedRecordsCutAtAnyByteGiveTheWholeOnes)
 
 TYPED_TEST(DamagedPositional, ColumnLineOfAnotherFileThrowsOutOfRange)
 {
-    Opened<TypeParam> file(twoLines);
+    Opened<TypeParam> file(twoRowsOfText);
     file.table.setFieldOffsets("100|200");
     EXPECT_THROW(file.table.fetchRecord(), std::out_of_range);
 }
 
 TYPED_TEST(DamagedPositionalDeathTest, DescendingColumnLineStopsTheProcess)
 {
-    Opened<TypeParam> file(twoLines);
+    Opened<TypeParam> file(twoRowsOfText);
     file.table.setFieldOffsets("4|2");
     EXPECT_EQ((Row{"4+4", "2+-2"}), kd_test::placesOf(file.table));
     EXPECT_EXIT(file.table.fetchRecord(), testing::KilledBySignal(SIGABRT), this->assertion());
@@ -220,7 +220,7 @@ TYPED_TEST(DamagedPositionalDeathTest, DescendingColumnLineStopsTheProcess)
 
 TYPED_TEST(DamagedPositional, RepeatedNumberIsAColumnWithoutWidth)
 {
-    Opened<TypeParam> file(twoLines);
+    Opened<TypeParam> file(twoRowsOfText);
     file.table.setFieldOffsets("4|4");
     EXPECT_EQ((Rows{{"r1c2", ""}, {"r2c2", ""}}), rowsOf(file.table));
 }
@@ -229,7 +229,7 @@ TYPED_TEST(DamagedPositional, RepeatedNumberIsAColumnWithoutWidth)
 
 TEST(DamagedDelimited, UndamagedFileIsReadWhole)
 {
-    Opened<DelimitedTable> file(delimited);
+    Opened<DelimitedTable> file(delimitedText);
     ASSERT_TRUE(file.table.getFieldList());
     EXPECT_EQ(delimitedRows, rowsOf(file.table));
 }
@@ -237,9 +237,9 @@ TEST(DamagedDelimited, UndamagedFileIsReadWhole)
 TEST(DamagedDelimited, FileCutAtAnyByteKeepsTheValuesOfMissingPieces)
 {
     Opened<DelimitedTable> file("");
-    for (std::size_t size = 0; size <= delimited.size(); ++size) {
+    for (std::size_t size = 0; size <= delimitedText.size(); ++size) {
         file.table.Fields.clearList();
-        file.reopen(delimited.substr(0, size));
+        file.reopen(delimitedText.substr(0, size));
         SCOPED_TRACE(size);
         EXPECT_EQ(size > 0, file.table.getFieldList());
         const std::size_t names = size == 0 ? 0 : std::min<std::size_t>(size / 2 + 1, 3);
@@ -248,7 +248,7 @@ TEST(DamagedDelimited, FileCutAtAnyByteKeepsTheValuesOfMissingPieces)
         const std::size_t expected = size <= 6 ? 0 : (size <= 21 ? 1 : 2);
         ASSERT_EQ(expected, rows.size());
         if (expected == 1) {
-            const std::string line = delimited.substr(6, std::min<std::size_t>(size, 20) - 6);
+            const std::string line = delimitedText.substr(6, std::min<std::size_t>(size, 20) - 6);
             const std::string joined = rows[0][0] + "|" + rows[0][1] + "|" + rows[0][2];
             EXPECT_EQ(line, joined.substr(0, line.size()));
             EXPECT_EQ(std::string::npos, joined.substr(line.size()).find_first_not_of('|'));
@@ -292,7 +292,7 @@ TEST(DamagedDelimited, EveryByteInAValueIsKept)
             continue;
         }
         file.table.Fields.clearList();
-        file.reopen(withByte(delimited, 12, byte));
+        file.reopen(withByte(delimitedText, 12, byte));
         ASSERT_TRUE(file.table.getFieldList());
         const std::string value = std::string("r").append(1, static_cast<char>(byte)).append("c2");
         EXPECT_EQ((Rows{{"r1c1", value, "r1c3"}, delimitedRows[1]}), rowsOf(file.table)) << byte;
@@ -301,7 +301,7 @@ TEST(DamagedDelimited, EveryByteInAValueIsKept)
 
 TEST(DamagedDelimited, ZeroByteEndsTheRecordAndTheRestOfItsLineIsSkipped)
 {
-    Opened<DelimitedTable> file(withByte(delimited, 22 + 5, 0));
+    Opened<DelimitedTable> file(withByte(delimitedText, 22 + 5, 0));
     ASSERT_TRUE(file.table.getFieldList());
     EXPECT_EQ((Rows{delimitedRows[0], {"r2c1", "r", "r1c3"}}), rowsOf(file.table));
 }
@@ -314,7 +314,7 @@ TEST(DamagedDelimited, EveryByteInANameIsKeptButZeroAndCapitals)
             continue;
         }
         file.table.Fields.clearList();
-        file.reopen(withByte(delimited, 2, byte));
+        file.reopen(withByte(delimitedText, 2, byte));
         ASSERT_TRUE(file.table.getFieldList());
         EXPECT_EQ((Row{"a", kd_lib::stringToLower(std::string(1, static_cast<char>(byte))), "c"}), namesOf(file.table))
             << byte;
@@ -331,7 +331,7 @@ TEST(DamagedDelimited, ThousandSeparatorsAreIgnoredAfterTheColumns)
 
 TEST(DamagedDelimited, ByteOrderMarkStaysInTheFirstName)
 {
-    Opened<DelimitedTable> file("\xEF\xBB\xBF" + delimited);
+    Opened<DelimitedTable> file("\xEF\xBB\xBF" + delimitedText);
     ASSERT_TRUE(file.table.getFieldList());
     EXPECT_EQ((Row{"\xEF\xBB\xBF"
                    "a",
@@ -469,7 +469,7 @@ TEST(DamagedDelimited, EndlessZeroBytesAreNotAHeader)
 TEST(DamagedDelimited, PipeHasNoFieldListButItsHeaderLineCanBeRead)
 {
     const ScopedDirectory directory;
-    kd_test::Fifo pipe(directory, "sample.csv", delimited);
+    kd_test::Fifo pipe(directory, "sample.csv", delimitedText);
     DelimitedTable table;
     ASSERT_TRUE(kd_test::openQuietly(table, directory));
     pipe.end();

@@ -46,7 +46,7 @@ std::string lines(const std::string& between, bool pad)
 }
 
 template <class Table>
-struct Positional {
+struct PositionalBase {
     using Base = Table;
     static std::string bytes() { return lines("", true); }
     static void define(Table& table)
@@ -56,13 +56,13 @@ struct Positional {
     }
 };
 
-struct Delimited {
+struct DelimitedBase {
     using Base = kd_lib::DelimitedTable;
     static std::string bytes() { return "first|second\n" + lines("|", false); }
     static void define(Base& table) { EXPECT_TRUE(table.getFieldList()); }
 };
 
-struct XBase {
+struct XBaseBase {
     using Base = kd_lib::xBaseTable;
     static std::string bytes()
     {
@@ -89,8 +89,9 @@ template <class Kind>
 class TableOverride : public testing::Test {
 };
 
-using Kinds = testing::Types<Positional<kd_lib::FileTable>, Positional<kd_lib::AsciiTable>, Delimited, XBase>;
-TYPED_TEST_SUITE(TableOverride, Kinds);
+using Bases =
+    testing::Types<PositionalBase<kd_lib::FileTable>, PositionalBase<kd_lib::AsciiTable>, DelimitedBase, XBaseBase>;
+TYPED_TEST_SUITE(TableOverride, Bases);
 
 /// A client's types with common names.
 struct Record {
@@ -173,8 +174,8 @@ TYPED_TEST(TableOverride, RecordMayBeTheValueOfAnyColumn)
     for (const std::size_t column : {0U, 1U}) {
         Opened<typename TypeParam::Base> file(TypeParam::bytes());
         TypeParam::define(file.table);
-        const bool delimited = std::is_same_v<TypeParam, Delimited>;
-        const int offset = std::is_same_v<TypeParam, XBase> ? 1 : 0;
+        const bool delimited = std::is_same_v<TypeParam, DelimitedBase>;
+        const int offset = std::is_same_v<TypeParam, XBaseBase> ? 1 : 0;
         std::string& value = file.table.Fields.get(column)->Value;
         value = std::string(static_cast<std::size_t>(offset), ' ') + "abcd" + (delimited ? "|" : "") +
                 padded("the value of a column itself");

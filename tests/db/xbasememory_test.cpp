@@ -1,4 +1,5 @@
 #include "support/mem_builder.h"
+#include "support/memory_listing.h"
 #include "support/table_builder.h"
 
 #include <kd_lib/xbasememory.h>
@@ -11,21 +12,12 @@
 using kd_lib::xBaseMemory;
 using kd_test::captured;
 using kd_test::Console;
+using kd_test::listing;
+using kd_test::listingOf;
 using kd_test::memEntry;
 using kd_test::Opened;
 
 namespace {
-
-std::string listing(xBaseMemory& memory)
-{
-    return kd_test::printedBy([&] { EXPECT_TRUE(memory.read()); });
-}
-
-std::string listingOf(const std::string& bytes)
-{
-    Opened<xBaseMemory> file(bytes);
-    return listing(file.table);
-}
 
 const std::string oneText = memEntry("NAME", 'C', 6, 0, std::string("ABCDE\0", 6));
 
