@@ -276,7 +276,7 @@ CodePage::CodePage(std::string_view name)
     }
     Name = found->Name;
     TheDecoder = std::make_unique<Decoder>(*found);
-    Utf8 = Name == "UTF-8" || Name == "UTF8";
+    Utf8 = Name == "UTF-8";
     SingleByte = TheDecoder->isSingleByte();
     AsciiBased = TheDecoder->isAsciiBased();
 }
