@@ -79,6 +79,22 @@ TEST_F(DescribeTest, DaysOfTheLastChange)
     EXPECT_EQ(day("\x54\x02\x1D", 2), "1984-02-29");
 }
 
+TEST_F(DescribeTest, StateOfATable)
+{
+    const auto stateOf = [this](int version, unsigned flags, char transaction) {
+        XbaseFile file(version, {{"A", 'C', 1}});
+        file.TableFlags = flags;
+        std::string bytes = file.bytes();
+        bytes[14] = transaction;
+        return fact(describe(kd_test::rewrite(Folder, "t.dbf", bytes)), "state");
+    };
+    EXPECT_EQ(stateOf(0x30, 0, 0), "none");
+    EXPECT_EQ(stateOf(0x30, 4, 0), "a database container");
+    EXPECT_EQ(stateOf(0x30, 5, 0), "with an index file, a database container");
+    EXPECT_EQ(stateOf(4, 5, 1), "a transaction is unfinished, with an index file");
+    EXPECT_EQ(stateOf(3, 5, 0), "with an index file") << "the flag has no meaning here";
+}
+
 TEST_F(DescribeTest, ValuesThatWouldNotBeCarried)
 {
     XbaseFile file(3, {{"BORN", 'D', 8}, {"NAME", 'C', 3}, {"X", '7', 1}});

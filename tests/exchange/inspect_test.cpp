@@ -138,6 +138,42 @@ TEST_F(InspectTest, EveryByteOfADBase2Table)
                      "527+1 end of the records: "}));
 }
 
+TEST_F(InspectTest, BytesThatNothingReadsAreShownAsSuch)
+{
+    std::string bytes = sample().bytes();
+    bytes[12] = 'x';
+    bytes[20] = 'y';
+    lines("reserved.dbf", bytes);
+    EXPECT_EQ(Lines[5], "12+2 reserved: left-overs, not read");
+    EXPECT_EQ(Lines[8], "16+12 reserved: left-overs, not read");
+    EXPECT_EQ(Lines[11], "30+2 reserved: ");
+    EXPECT_TRUE(Sound);
+
+    XbaseFile longer(3, {{"ID", 'N', 4}, {"X", 'C', 3}});
+    longer.record({"   1", "zzz"});
+    longer.Fields.pop_back();
+    longer.HeaderLength -= 32;
+    EXPECT_EQ(lines("longer.dbf", longer.bytes())[17], "70+3   rest: not of a column, not read");
+    EXPECT_TRUE(Sound);
+}
+
+TEST_F(InspectTest, AnUnknownDeletionMarkKeepsItsRecord)
+{
+    XbaseFile file(3, {{"ID", 'N', 4}});
+    file.record({"   1"}, '?');
+    lines("mark.dbf", file.bytes());
+    EXPECT_NE(std::ranges::find(Lines, "65+1 record 1: an unknown deletion mark, kept"), Lines.end());
+    EXPECT_NE(std::ranges::find(Lines, "66+4   ID: 1"), Lines.end());
+}
+
+TEST_F(InspectTest, NamesOfColumnsThatThePageLacksAreDamage)
+{
+    XbaseFile file(3, {{"A\x81", 'N', 4}});
+    lines("name.dbf", file.bytes());
+    EXPECT_FALSE(Sound);
+    EXPECT_EQ(damaged(), (Texts{"!0+0 columns: name of column 1: byte 0x81 is not in code page CP1252; replaced"}));
+}
+
 TEST_F(InspectTest, DamagedCells)
 {
     XbaseFile file = sample();
