@@ -52,6 +52,13 @@ TEST(ComparableValueTest, NumbersByTheirValue)
     EXPECT_TRUE(equal(ColumnType::Float, Cell::real(0.0), Cell::real(-0.0)));
 }
 
+TEST(ComparableValueTest, NumbersAndTextsAreReadInAColumnOfDoubles)
+{
+    EXPECT_TRUE(equal(ColumnType::Float, Cell::number("0.12345678901234567"), Cell::real(0.12345678901234567)));
+    EXPECT_TRUE(equal(ColumnType::Float, Cell::text("1e2"), Cell::real(100)));
+    EXPECT_FALSE(equal(ColumnType::Float, Cell::bytes("1.5"), Cell::real(1.5))) << "bytes have no value as a number";
+}
+
 TEST(ComparableValueTest, ValuesThatAreNotMomentsDifferInAColumnOfMoments)
 {
     for (const ColumnType type : {ColumnType::Date, ColumnType::Time, ColumnType::Timestamp}) {

@@ -51,6 +51,16 @@ TEST(ConvertedInput, Utf16InBothOrders)
     EXPECT_EQ(textOf("", "utf-16"), "");
 }
 
+TEST(ConvertedInput, NamesWithoutAHyphenFindTheByteOrderToo)
+{
+    const std::string marked = "\xEF\xBB\xBF"
+                               "a";
+    EXPECT_EQ(textOf(std::string("\xFE\xFF\0a", 4), "utf16"), marked);
+    EXPECT_EQ(textOf(std::string("a\0", 2), "utf16"), "a");
+    EXPECT_EQ(textOf(std::string("\0\0\xFE\xFF\0\0\0a", 8), "utf32"), marked);
+    EXPECT_EQ(textOf(std::string("a\0\0\0", 4), "utf32"), "a");
+}
+
 TEST(ConvertedInput, BytesThatBecomeSeveralCharacters)
 {
     std::string bytes;
@@ -105,6 +115,15 @@ TEST(ConvertedInput, BytesThatTheEncodingLacksAreMarked)
     std::string scratch;
     EXPECT_EQ(decodeMarked(text, EncodingErrors::Strict, scratch).Result, Outcome::Failed);
     EXPECT_EQ(decodeMarked(text, EncodingErrors::Replace, scratch).FirstUnknown, 1U);
+}
+
+TEST(ConvertedInput, OnlyTheByteThatThePageLacksIsMarked)
+{
+    EXPECT_EQ(textOf("\xC1\x41\xC2", "ebcdic-us"), "A\xFF"
+                                                   "41"
+                                                   "B");
+    EXPECT_EQ(textOf("a\xFFxy", "iso-2022-jp"), "a\xFF"
+                                                "FFxy");
 }
 
 TEST(ConvertedInput, SizesInTheFile)

@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -39,6 +41,23 @@ TEST(InputFileTest, AnOrdinaryFileHasItsSize)
     const InputFile file(folder.write("f", "abc"));
     EXPECT_TRUE(file.seekable());
     EXPECT_EQ(file.size(), 3U);
+}
+
+TEST(InputFileDeathTest, AnErrorNumberFromBeforeDoesNotRepeatARead)
+{
+    const kd_test::ScopedDirectory folder;
+    const std::string path = folder.write("f", "abc");
+    const auto readAll = [&path] {
+        ::alarm(20);  // a read that is repeated at the end of the file never ends
+        InputFile file(path);
+        std::string bytes(8, '\0');
+        errno = EINTR;
+        const std::size_t first = file.readSome(bytes.data(), bytes.size());
+        errno = EAGAIN;
+        const std::size_t second = file.readSome(bytes.data() + first, bytes.size() - first);
+        ::_exit(first == 3 && second == 0 ? 0 : 1);
+    };
+    EXPECT_EXIT(readAll(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
