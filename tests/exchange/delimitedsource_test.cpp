@@ -519,6 +519,23 @@ TEST(DelimitedSource, RowsAcrossTheEndsOfBlocks)
     }
 }
 
+TEST(DelimitedSource, ALineEndAcrossTheEndsOfBlocksIsOne)
+{
+    constexpr std::uint64_t count = 200000;
+    std::string rows;
+    for (std::uint64_t i = 0; i < count; ++i) {
+        rows += "1\r\n";
+    }
+    for (const std::string header : {"a\r\n", "aa\r\n", "aaa\r\n"}) {
+        Text text(header + rows);
+        std::uint64_t found = 0;
+        while (text.source.next()) {
+            ++found;
+        }
+        EXPECT_EQ(found, count) << "an empty line would be a record";
+    }
+}
+
 TEST(DelimitedSource, ACellOfManyBlocks)
 {
     std::string longText(3000000, 'x');

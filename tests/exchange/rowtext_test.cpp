@@ -155,6 +155,16 @@ TEST(RowText, FloatsWithoutDigitsHaveWords)
     EXPECT_EQ(literalOf(Engine::Sqlite, Cell::real(-Limits::infinity())), "(-9e999)");
 }
 
+TEST(RowText, BytesEndWithinALongerText)
+{
+    const std::string_view whole = "abcdef";
+    EXPECT_EQ(csvOf(Cell::bytes(whole.substr(0, 1))), "YQ==\n");
+    EXPECT_EQ(csvOf(Cell::bytes(whole.substr(0, 2))), "YWI=\n");
+    EXPECT_EQ(jsonOf(Cell::bytes(whole.substr(0, 3))), "{\"a\":\"YWJj\"}\n");
+    EXPECT_EQ(jsonOf(Cell::bytes(whole.substr(0, 4))), "{\"a\":\"YWJjZA==\"}\n");
+    EXPECT_EQ(copyOf(Cell::bytes(whole.substr(0, 2))), "\\\\x6162\n");
+}
+
 TEST(RowText, CellsHaveSeparators)
 {
     const Record record = recordOf({Cell::text("a"), Cell::null(), Cell::number("1")});
