@@ -248,6 +248,20 @@ TEST_F(DamagedDbf, EndMarkInPlaceOfADeletionMark)
     EXPECT_EQ(read(file).Numbers, (Numbers{1, 2, 3, 4}));
 }
 
+TEST_F(DamagedDbf, RangesReachRecordsAfterABlankOneWithTheEndMarkIfTheCountIsRight)
+{
+    XbaseFile file(3, {{"ID", 'N', 4}});
+    file.record({"1"}).record({""}, '\x1A').record({"3"});
+    EXPECT_EQ(read(file).Numbers, (Numbers{1})) << "a blank record does not show that its mark is damaged";
+    SourceOptions options;
+    options.Records = {3, 50};
+    EXPECT_EQ(kd_test::readFileAs(Folder.file("t.dbf"), options).Numbers, (Numbers{3}));
+    const auto source = openSource(Folder.file("t.dbf"));
+    source->seek(3);
+    EXPECT_TRUE(source->next());
+    EXPECT_EQ(source->record().Number, 3U);
+}
+
 TEST_F(DamagedDbf, UnknownVersionByteIsReadAsDBase3)
 {
     for (const int version : {0x00, 0x77, 0xFF, 0x1A}) {
