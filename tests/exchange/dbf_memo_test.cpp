@@ -179,6 +179,14 @@ TEST_F(DbfMemos, PointersOfDigits)
     EXPECT_EQ(one(0x83, "99999999999999999999999999", memo), "unreadable 1 N: the memo pointer is not a number");
 }
 
+TEST_F(DbfMemos, PointersHaveTenDigitsAtMost)
+{
+    const std::string memo = memo3({"text"});
+    EXPECT_EQ(one(0x83, "00000000001", memo), "'text'");
+    EXPECT_EQ(one(0x83, "09999999999", memo), "unreadable 1 N: the memo pointer is outside the memo file");
+    EXPECT_EQ(one(0x83, "10000000000", memo), "unreadable 1 N: the memo pointer is not a number");
+}
+
 TEST_F(DbfMemos, PointersOutsideTheFile)
 {
     const Texts outside{"unreadable", "unreadable"};

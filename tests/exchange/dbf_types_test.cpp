@@ -392,6 +392,21 @@ TEST_F(DbfTypes, NullFlagsTooShort)
                                  "loss: the null flags have 1 byte, too few for 9 bits; some NULLs are not known"}));
 }
 
+TEST_F(DbfTypes, NullFlagsTooShortForVaryingFields)
+{
+    const auto notes = [this](unsigned count) {
+        std::vector<XbaseFile::Field> fields;
+        for (unsigned i = 0; i < count; ++i) {
+            fields.push_back({"V" + std::to_string(i), 'V', 1});
+        }
+        fields.push_back({"_NullFlags", '0', 1, 0, 5});
+        return read(XbaseFile(0x32, fields)).Notes;
+    };
+    EXPECT_EQ(notes(8), std::vector<std::string>{});
+    EXPECT_EQ(notes(9), (std::vector<std::string>{
+                            "loss: the null flags have 1 byte, too few for 9 bits; some NULLs are not known"}));
+}
+
 TEST_F(DbfTypes, VaryingWithoutNullFlagsFillsItsField)
 {
     EXPECT_EQ(cell(0x30, 'V', "ab  c"), "'ab  c'");

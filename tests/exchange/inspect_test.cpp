@@ -335,6 +335,20 @@ TEST_F(InspectTest, DamagedMemoFiles)
     }
 }
 
+TEST_F(InspectTest, ATextThatEndsWithTheMemoFileHasNoEndMark)
+{
+    lines("e.dbt", memo3({"abc"}).substr(0, 515));
+    EXPECT_EQ(Lines[Lines.size() - 2], "512+3 block 1: 3 bytes: \"abc\"");
+    EXPECT_EQ(Lines.back(), "515+0   end mark: missing: the text ends with the file");
+}
+
+TEST_F(InspectTest, AValueOfOneByteIsShown)
+{
+    lines("one.dbt", memo4({"x"}, 64));
+    EXPECT_NE(std::ranges::find(Lines, "64+8 block 1: text of 1 byte"), Lines.end());
+    EXPECT_NE(std::ranges::find(Lines, "72+1   value: 1 byte: \"x\""), Lines.end());
+}
+
 TEST_F(InspectTest, BlocksLargerThanTheMemoFile)
 {
     std::string fox = memoFox({"first"});

@@ -134,6 +134,23 @@ TEST(TableLayoutTypes, MySqlGetsLongTextIfTheRowWouldBeTooLong)
     EXPECT_EQ(layout.columns()[2].Type, "varchar(400)");
 }
 
+TEST(TableLayoutTypes, MySqlMayFillTheRowToItsLastByte)
+{
+    const auto typeAmong = [](std::uint32_t width, std::vector<Column> others) {
+        others.insert(others.begin(), column("a", ColumnType::Text, width));
+        return TableLayout(mySql, "a.dbf", others, {}).columns()[0].Type;
+    };
+    const Column longText = column("b");
+    const Column number = column("c", ColumnType::Float);
+    const Column flag = column("d", ColumnType::Boolean);
+    // 1 byte of bits, 4 x 16380 + 2 of the varchar and 12 of the pointer are 65535.
+    EXPECT_EQ(typeAmong(16380, {longText}), "varchar(16380)");
+    EXPECT_EQ(typeAmong(16380, {longText, flag}), "longtext");
+    // 1 byte of bits, 4 x 16381 + 2 of the varchar and 8 of the number are 65535.
+    EXPECT_EQ(typeAmong(16381, {number}), "varchar(16381)");
+    EXPECT_EQ(typeAmong(16381, {number, flag}), "longtext");
+}
+
 TEST(TableLayoutTypes, MySqlGetsLongTextIfThePageWouldBeTooShort)
 {
     const std::vector<Column> columns(33, columnOf("a", ColumnType::Text, 63));
