@@ -21,7 +21,7 @@ enum class Engine : std::uint8_t {
 /// The type names of a dialect. `TableLayout` chooses those of numbers and of texts of a known width.
 struct TypeWords {
     const char* Text;     ///< of any length
-    const char* Varchar;  ///< written before "(n)", a number of characters; empty: every text is `Text`
+    const char* Varchar;  ///< written before "(n)", a number of characters; empty if there is none
     const char* Integer;  ///< 32 bits
     const char* BigInteger;
     const char* Currency;  ///< empty: no type, see `TableLayout`
@@ -49,7 +49,7 @@ struct KD_LIB_EXPORT Dialect {
     std::span<const std::string_view> OwnColumns;  ///< column names that are reserved, in lower case
 
     std::size_t Columns;            ///< the most columns of a table
-    std::size_t VarcharCharacters;  ///< the longest varchar
+    std::size_t VarcharCharacters;  ///< the longest varchar; 0: every text is `Types.Text`
     TypeWords Types;
     const char* AfterTable;  ///< the text after the ")" of CREATE TABLE
 

@@ -69,7 +69,7 @@ TargetType numberType(const Dialect& dialect, const Column& column)
 
 TargetType textType(const Dialect& dialect, std::uint32_t width)
 {
-    if (*dialect.Types.Varchar == '\0' || width == 0 || width > dialect.VarcharCharacters) {
+    if (width == 0 || width > dialect.VarcharCharacters) {
         return longTextType(dialect);
     }
     TargetType type = longTextType(dialect);
