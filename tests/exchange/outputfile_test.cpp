@@ -26,17 +26,23 @@ namespace {
 /// Whether the file system has files without a name.
 bool namelessFiles = true;
 
+/// How many temporary names are found in use.
+int namesInUse = 0;
+
 /// Whether standard input is closed when a folder is opened, which then has its descriptor.
 bool foldersAreInput = false;
 
 /// Whether only the group of a file may be changed, as for a user without privileges.
 bool ownersAreFixed = false;
 
+/// Whether the group may not be changed either.
+bool groupsAreFixed = false;
+
 }  // namespace
 
 extern "C" int fchown(int descriptor, uid_t owner, gid_t group) noexcept
 {
-    if (ownersAreFixed && owner != static_cast<uid_t>(-1)) {
+    if (groupsAreFixed || (ownersAreFixed && owner != static_cast<uid_t>(-1))) {
         errno = EPERM;
         return -1;
     }
@@ -48,6 +54,11 @@ extern "C" int open(const char* path, int flags, ...)
 {
     if (!namelessFiles && (flags & O_TMPFILE) == O_TMPFILE) {
         errno = EOPNOTSUPP;
+        return -1;
+    }
+    if (namesInUse > 0 && (flags & O_EXCL) != 0) {
+        --namesInUse;
+        errno = EEXIST;
         return -1;
     }
     if (foldersAreInput && (flags & O_DIRECTORY) != 0 && (flags & O_TMPFILE) != O_TMPFILE) {
@@ -213,6 +224,32 @@ TEST_P(OutputFileTest, KeepsTheGroupAndItsRightsIfTheOwnerCannotBeKept)
     ASSERT_EQ(::stat(path("a").c_str(), &status), 0);
     EXPECT_EQ(status.st_uid, ::geteuid());
     EXPECT_EQ(status.st_mode & 07777U, 0664U);
+}
+
+TEST_P(OutputFileTest, TakesTheRightsOfTheGroupIfItCannotBeKept)
+{
+    Folder.write("a", "old");
+    ::chmod(path("a").c_str(), 0775);
+    groupsAreFixed = true;
+    put(path("a"), "new");
+    groupsAreFixed = false;
+    EXPECT_EQ(modeOf(path("a")), 0705U);
+}
+
+TEST_P(OutputFileTest, TriesAnotherTemporaryNameIfOneIsInUse)
+{
+    namelessFiles = false;
+    namesInUse = 2;
+    const int input = ::dup(STDIN_FILENO);
+    ::close(STDIN_FILENO);  // so that the file gets the descriptor 0
+    {
+        const OutputFile file(path("a"));
+        EXPECT_EQ(names().size(), 1U);
+        EXPECT_EQ(namesInUse, 0);
+    }
+    EXPECT_EQ(names(), Texts{});
+    ::dup2(input, STDIN_FILENO);
+    ::close(input);
 }
 
 TEST_P(OutputFileTest, WritesThroughSymbolicLinks)

@@ -325,6 +325,8 @@ TEST_F(SqliteTargetTest, AppendedValuesThatTheColumnWouldChangeAreUnreadable)
         {"INTEGER", text, Cell::text("abc"), "text 'abc'"},
         {"INTEGER", text, Cell::text("1-2"), "text '1-2'"},
         {"INTEGER", text, Cell::text(""), "text ''"},
+        {"INTEGER", text, Cell::text("."), "text '.'"},
+        {"INTEGER", text, Cell::text("-e5"), "text '-e5'"},
         {"VARCHAR(3)", text, Cell::text("007"), "text '007'"},
         {"", text, Cell::text("007"), "text '007'"},
         {"NUMERIC", number, Cell::number("123456789012345.6789"), "null NULL"},
@@ -352,6 +354,27 @@ TEST_F(SqliteTargetTest, AppendedValuesThatTheColumnWouldChangeAreUnreadable)
         EXPECT_EQ(rejects.size(), std::string(of.Stored) == "null NULL" ? 1U : 0U)
             << of.Declared << ' ' << of.Value.Text;
     }
+}
+
+TEST_F(SqliteTargetTest, RejectsSayWhyAnAppendedValueIsUnreadable)
+{
+    TableOptions table;
+    table.Mode = TableMode::Append;
+    Opened(Database).run("CREATE TABLE t(a integer, b numeric, c real)");
+    MemorySource source(
+        {column("a", ColumnType::Text, 30), column("b", ColumnType::Number, 30, 4), column("c", ColumnType::Float)},
+        {{{Cell::text("007"), Cell::number("123456789012345.6789"),
+           Cell::real(std::numeric_limits<double>::quiet_NaN())},
+          {}}},
+        "t.dbf");
+    std::vector<Reject> rejects;
+    load(source, table, &rejects);
+    Values reasons;
+    for (const Reject& reject : rejects) {
+        reasons.push_back(reject.Reason);
+    }
+    EXPECT_EQ(reasons, (Values{"the column would change the text to another number",
+                               "more digits than the column holds", "the target has no NaN"}));
 }
 
 TEST_F(SqliteTargetTest, AppendedDigitsKeptAsTextAreNoted)

@@ -370,6 +370,8 @@ TEST_F(VirtualTables, ArgumentsAreTheOptionsOfSources)
         {", Encoding = 'cp852'", "SELECT name FROM t", {"\xC4\x87"}},
         {", deleted=keep", "SELECT \"a\"\"b,c\" FROM t", {"1", "2"}},
         {", deleted=MARK", "SELECT _deleted FROM t", {"0", "1"}},
+        {", deleted=skip", "SELECT \"a\"\"b,c\" FROM t", {"1"}},
+        {", names=lower", "SELECT name FROM pragma_table_info('t')", {"name", "a\"b,c"}},
         {", names=keep, deleted=keep", "SELECT name FROM pragma_table_info('t')", {"NAME", "A\"B,C"}},
         {", select=name", "SELECT count(*) FROM pragma_table_info('t')", {"1"}},
         {", type='A\"B,C=text'", "SELECT typeof(\"a\"\"b,c\") FROM t", {"text"}},
@@ -384,6 +386,14 @@ TEST_F(VirtualTables, ArgumentsAreTheOptionsOfSources)
             << of.Arguments;
         EXPECT_EQ(connection.rows(of.Sql), of.Found) << of.Arguments;
     }
+}
+
+TEST_F(VirtualTables, ColumnsAreSelectedInTheirOrder)
+{
+    const std::string file = Folder.write("t.csv", "A,B,C\n1,2,3\n");
+    Connection connection;
+    EXPECT_EQ(connection.rows("CREATE VIRTUAL TABLE t USING kd(" + quoted(file) + ", select='c,a')"), Values{});
+    EXPECT_EQ(connection.rows("SELECT * FROM t"), Values{"3|1"});
 }
 
 TEST_F(VirtualTables, AKindCanBeNamedForAFileWithAnyExtension)
