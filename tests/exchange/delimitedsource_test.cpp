@@ -292,6 +292,8 @@ TEST(DelimitedSource, Utf16NeedsItsName)
     EXPECT_EQ(failureOf(std::string("a\0b\0\0", 5)), line) << "half a character at the end";
     EXPECT_EQ(failureOf(utf16("a,b\n1,2\n")), line);
     EXPECT_EQ(failureOf('\0' + utf16("a,b\n1,2\n")), line);
+    const std::string otherLetter("\0\1", 2);  // U+0100
+    EXPECT_EQ(failureOf(utf16("a,b,c,d\n") + otherLetter), line) << "eight characters show it";
     EXPECT_EQ(failureOf(std::string("\xFF\xFE\0\0a\0\0\0", 8)), "t.csv: the text is UTF-32: name it as the encoding");
     EXPECT_EQ(recordsOf("\xFF\xFE" + utf16("a,b\n1,\"\"\n,\"x,\"\"y\"\n"), {.Encoding = "UTF-16"}),
               "1 <1> <>\n2 NULL <x,\"y>\n");
@@ -467,7 +469,7 @@ TEST(DelimitedSource, APipeIsReadOnce)
         DelimitedSource source(pipe.Path);
         EXPECT_EQ(shownRecords(source), "1 <x\r\ny> <1>\n2 NULL <>\n") << piece;
         EXPECT_FALSE(source.size());
-        EXPECT_NE(errorOf([&] { source.seek(1); }), "");
+        EXPECT_EQ(errorOf([&] { source.seek(1); }), pipe.Path + ": it can be read only once");
     }
     const Pipe pipe("a,b\n1,2\n", 100);
     EXPECT_EQ(errorOf([&] { DelimitedSource(pipe.Path, {.Infer = true}); }),

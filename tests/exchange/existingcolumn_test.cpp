@@ -154,6 +154,14 @@ TEST(ExistingColumnTest, IsFoundByNameThenWithoutRegardToCase)
     EXPECT_EQ(kd_test::errorOf([&] { findColumn({}, "size", "t", "db"); }), "db: there is no table t");
 }
 
+TEST(ExistingColumnTest, AreSelectedByTheirNamesInTheTable)
+{
+    const std::vector<ExistingColumn> found{{"Name"}, {"count"}};
+    EXPECT_EQ(selectColumns(Engine::PostgreSql, found, {"COUNT", "name"}, "t", "db"),
+              "SELECT \"count\",\"Name\" FROM \"t\"");
+    EXPECT_EQ(selectColumns(Engine::MySql, found, {"name"}, "t", "db"), "SELECT `Name` FROM `t`");
+}
+
 TEST(ExistingColumnTest, ColumnsAreInTheOrderOfTheSource)
 {
     const std::vector<Column> source{{.Name = "b"}, {.Name = "a"}};

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <sys/stat.h>
+#include <thread>
 
 using kd_lib::exchange::DeletedRecords;
 using kd_lib::exchange::EncodingErrors;
@@ -178,6 +180,17 @@ TEST(FixedSource, TypesSelectionRangesSeeks)
     text.source.need({false});
     EXPECT_EQ(shownRecords(text.source), "1 NULL\n2 NULL\n3 NULL\n");
     EXPECT_THROW(fixedRecords("a", {.FixedColumns = "a:1", .Delimiter = ","}), OptionError);
+}
+
+TEST(FixedSource, APipeIsReadOnce)
+{
+    const ScopedDirectory folder;
+    const std::string pipe = folder.file("pipe.txt");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const std::jthread writer([&] { folder.write("pipe.txt", "a\nb\n"); });
+    FixedSource source(pipe, {.FixedColumns = "x:1"});
+    EXPECT_EQ(shownRecords(source), "1 <a>\n2 <b>\n");
+    EXPECT_EQ(errorOf([&] { source.seek(1); }), pipe + ": it can be read only once");
 }
 
 TEST(FixedSource, Facts)
