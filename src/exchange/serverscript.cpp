@@ -15,8 +15,6 @@ namespace kd_lib::exchange {
 
 namespace {
 
-constexpr std::size_t longestStatement = 1'000'000'000;
-
 bool isWordByte(char c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || detail::isDigit(c) || c == '_' ||
@@ -60,7 +58,8 @@ private:
 /// Positions are offsets from the first unread byte.
 class ServerScript::Reader {
 public:
-    Reader(const std::string& file, Engine engine) : File(file), Postgres(engine == Engine::PostgreSql)
+    Reader(const std::string& file, Engine engine, std::size_t longest)
+        : File(file), Postgres(engine == Engine::PostgreSql), Longest(longest)
     {
         if (startsWith(detail::utf8Mark)) {
             pass(detail::utf8Mark.size());
@@ -76,6 +75,9 @@ public:
         FirstLine = Line;
         ++Number;
         const std::size_t end = endOfStatement(backslashes);
+        if (end > Longest) {
+            failTooLong();
+        }
         Statement = std::string_view(Buffer).substr(Passed, end);
         ToPass = end + End.size();
         return true;
@@ -114,12 +116,14 @@ private:
         throw Error(File.path(), "line " + std::to_string(Line) + ": " + reason);
     }
 
+    [[noreturn]] void failTooLong() const { fail("a statement of more than " + std::to_string(Longest) + " bytes"); }
+
     /// The byte at a position; a zero byte after the end.
     char at(std::size_t position)
     {
         while (Passed + position >= Buffer.size()) {
-            if (position > longestStatement) {
-                fail("a statement of more than " + std::to_string(longestStatement) + " bytes");
+            if (position > Longest + End.size()) {
+                failTooLong();
             }
             Buffer.erase(0, std::exchange(Passed, 0));
             const std::size_t size = Buffer.size();
@@ -308,6 +312,7 @@ private:
     }
 
     bool Postgres;
+    std::size_t Longest;
     std::string Buffer;
     std::size_t Passed = 0;  // of `Buffer`
     std::size_t ToPass = 0;  // the bytes returned so far
@@ -316,7 +321,10 @@ private:
     std::uint64_t Line = 1;
 };
 
-ServerScript::ServerScript(const std::string& file, Engine engine) : Of(std::make_unique<Reader>(file, engine)) {}
+ServerScript::ServerScript(const std::string& file, Engine engine, std::size_t longest)
+    : Of(std::make_unique<Reader>(file, engine, longest))
+{
+}
 
 ServerScript::~ServerScript() = default;
 

@@ -1,4 +1,5 @@
 #include "support/scoped_directory.h"
+#include "support/shown.h"
 
 #include <kd_lib/exchange/serverscript.h>
 
@@ -61,6 +62,9 @@ TEST(ServerScript, PostgresqlsOwnQuotesCommentsAndBodies)
     EXPECT_EQ((Texts{"create rule r do (a; b)"}), statements("create rule r do (a; b);", Engine::PostgreSql));
     EXPECT_EQ((Texts{"CREATE FUNCTION f() BEGIN ATOMIC a; CASE b END; c; END", "d"}),
               statements("CREATE FUNCTION f() BEGIN ATOMIC a; CASE b END; c; END; d;", Engine::PostgreSql));
+    EXPECT_EQ((Texts{"CREATE FUNCTION f() RETURNS case", "d"}),
+              statements("CREATE FUNCTION f() RETURNS case; d;", Engine::PostgreSql))
+        << "a CASE counts only inside a body";
     EXPECT_EQ((Texts{"BEGIN", "END"}), statements("BEGIN; END;", Engine::PostgreSql));
     EXPECT_EQ((Texts{"a"}),
               statements("\\restrict abc\n\\set ON_ERROR_STOP on\na;\n\\unrestrict abc\n", Engine::PostgreSql));
@@ -110,6 +114,37 @@ TEST(ServerScript, StatementsLongerThanABlock)
     const std::string text = "a '" + std::string(300000, ';') + "'";
     EXPECT_EQ((Texts{text, "b"}), statements(text + ";b;", Engine::PostgreSql));
     EXPECT_EQ((Texts{"a '" + std::string(70000, 'x')}), statements("a '" + std::string(70000, 'x'), Engine::MySql));
+}
+
+/// The error of a script whose only statement has `size` bytes and ends with "//", 13 bytes after the script's beginning.
+std::string errorOfSize(std::size_t size, std::size_t longest)
+{
+    const ScopedDirectory folder;
+    const std::string file = folder.write("script.sql", "DELIMITER //\n" + std::string(size, 'x') + "//");
+    ServerScript script(file, Engine::MySql, longest);
+    return errorOf([&] {
+        EXPECT_TRUE(script.next(false));
+        EXPECT_EQ(size, script.statement().size());
+    });
+}
+
+TEST(ServerScript, StatementsHaveALongestSize)
+{
+    constexpr std::size_t toEndOfBlock = 65536 - 13;
+    for (const std::size_t longest : {std::size_t{100}, toEndOfBlock - 1, toEndOfBlock, toEndOfBlock + 1}) {
+        const std::string error = "line 2: a statement of more than " + std::to_string(longest) + " bytes";
+        EXPECT_EQ("", errorOfSize(longest, longest));
+        EXPECT_TRUE(errorOfSize(longest + 1, longest).ends_with("/script.sql: " + error)) << longest;
+    }
+    EXPECT_EQ(1'000'000'000U, ServerScript::longestStatement);
+}
+
+TEST(ServerScript, NoMoreIsReadOfAStatementThatIsTooLong)
+{
+    const ScopedDirectory folder;
+    ServerScript script(folder.write("script.sql", std::string(1'000'000, 'x')), Engine::PostgreSql, 1000);
+    EXPECT_NE("", errorOf([&] { script.next(false); }));
+    EXPECT_EQ(65536U, script.position());
 }
 
 }  // namespace kd_test

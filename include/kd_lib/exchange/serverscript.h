@@ -5,6 +5,7 @@
 #include <kd_lib/exchange/dialect.h>
 #include <kd_lib/export.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -27,8 +28,12 @@ namespace kd_lib::exchange {
 /// Memory: the current statement.
 class KD_LIB_EXPORT ServerScript {
 public:
-    /// Opens a file; "-" is standard input. Throws an `Error` if it cannot be read.
-    ServerScript(const std::string& file, Engine engine);
+    /// The longest statement that is read, unless the constructor sets another.
+    static constexpr std::size_t longestStatement = 1'000'000'000;
+
+    /// Opens a file; "-" is standard input. Throws an `Error` if it cannot be read. A statement of more than `longest`
+    /// bytes is an error.
+    ServerScript(const std::string& file, Engine engine, std::size_t longest = longestStatement);
     ~ServerScript();
     ServerScript(const ServerScript&) = delete;
     ServerScript& operator=(const ServerScript&) = delete;
