@@ -361,12 +361,12 @@ TEST_F(SqliteTargetTest, RejectsSayWhyAnAppendedValueIsUnreadable)
     TableOptions table;
     table.Mode = TableMode::Append;
     Opened(Database).run("CREATE TABLE t(a integer, b numeric, c real)");
-    MemorySource source(
-        {column("a", ColumnType::Text, 30), column("b", ColumnType::Number, 30, 4), column("c", ColumnType::Float)},
-        {{{Cell::text("007"), Cell::number("123456789012345.6789"),
-           Cell::real(std::numeric_limits<double>::quiet_NaN())},
-          {}}},
-        "t.dbf");
+    MemorySource source({columnOf("a", ColumnType::Text, 30), columnOf("b", ColumnType::Number, 30, 4),
+                         columnOf("c", ColumnType::Float)},
+                        {{{Cell::text("007"), Cell::number("123456789012345.6789"),
+                           Cell::real(std::numeric_limits<double>::quiet_NaN())},
+                          {}}},
+                        "t.dbf");
     std::vector<Reject> rejects;
     load(source, table, &rejects);
     Values reasons;

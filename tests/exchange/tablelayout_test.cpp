@@ -137,12 +137,12 @@ TEST(TableLayoutTypes, MySqlGetsLongTextIfTheRowWouldBeTooLong)
 TEST(TableLayoutTypes, MySqlMayFillTheRowToItsLastByte)
 {
     const auto typeAmong = [](std::uint32_t width, std::vector<Column> others) {
-        others.insert(others.begin(), column("a", ColumnType::Text, width));
+        others.insert(others.begin(), columnOf("a", ColumnType::Text, width));
         return TableLayout(mySql, "a.dbf", others, {}).columns()[0].Type;
     };
-    const Column longText = column("b");
-    const Column number = column("c", ColumnType::Float);
-    const Column flag = column("d", ColumnType::Boolean);
+    const Column longText = columnOf("b");
+    const Column number = columnOf("c", ColumnType::Float);
+    const Column flag = columnOf("d", ColumnType::Boolean);
     // 1 byte of bits, 4 x 16380 + 2 of the varchar and 12 of the pointer are 65535.
     EXPECT_EQ(typeAmong(16380, {longText}), "varchar(16380)");
     EXPECT_EQ(typeAmong(16380, {longText, flag}), "longtext");
