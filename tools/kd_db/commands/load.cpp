@@ -21,6 +21,7 @@ namespace {
 /// The files of one load, and their results.
 class Load {
 public:
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the analyser loses sight of the member that owns the file.
     Load(const Options& options, Console& console) : Asked(options), To(console), Rejects(openRejects(options))
     {
         Files = filesOf(options.Arguments, options.Source);
