@@ -11,7 +11,7 @@ namespace kd_lib::exchange {
 
 namespace {
 
-/// BulkEscapes, line ends and tabs as two bytes that begin with a backslash; `ZeroToo`: zero bytes too.
+/// Backslashes, line ends and tabs as two bytes that begin with a backslash; `ZeroToo`: zero bytes too.
 template <bool ZeroToo>
 struct BulkEscapes {
     static constexpr std::size_t Longest = 2;
