@@ -307,6 +307,31 @@ TEST(Verify, LongValuesAreShownAroundTheDifference)
     EXPECT_EQ(differences(found), "C in record 1: " + shown + "one' and " + shown + "two'\n");
 }
 
+TEST(Verify, ValuesAreShownFromTheirBeginningIfTheDifferenceIsNear)
+{
+    const std::string common(159, 'x');
+    const Verification found = compare({columnOf("C", ColumnType::Text)}, {{{Cell::text(common + "one")}, {}}},
+                                       {{{Cell::text(common + "two")}, {}}});
+    EXPECT_EQ(differences(found), "C in record 1: '" + common + "one' and '" + common + "two'\n");
+}
+
+TEST(Verify, LongValuesAreCutBetweenCharacters)
+{
+    const auto euros = [](int count) {
+        std::string text;
+        for (int i = 0; i < count; ++i) {
+            text += "\u20AC";
+        }
+        return text;
+    };
+    const std::string one = euros(1000) + "one" + euros(100);
+    const std::string two = euros(1000) + "two" + euros(100);
+    const Verification found =
+        compare({columnOf("C", ColumnType::Text)}, {{{Cell::text(one)}, {}}}, {{{Cell::text(two)}, {}}});
+    EXPECT_EQ(differences(found), "C in record 1: ..." + euros(13) + "one" + euros(53) + "... and ..." + euros(13) +
+                                      "two" + euros(53) + "...\n");
+}
+
 TEST(Verify, ColumnsMustBeTheSame)
 {
     MemorySource source(twoColumns);
