@@ -349,6 +349,14 @@ TEST_F(InspectTest, AValueOfOneByteIsShown)
     EXPECT_NE(std::ranges::find(Lines, "72+1   value: 1 byte: \"x\""), Lines.end());
 }
 
+TEST_F(InspectTest, AnUnusedByteAfterAValueIsShown)
+{
+    const std::string memo = memo4({std::string(55, 'x'), "second"}, 64);
+    lines("unused.dbt", memo);
+    EXPECT_NE(std::ranges::find(Lines, "127+1   unused: "), Lines.end());
+    EXPECT_TRUE(coversTo(memo.size()));
+}
+
 TEST_F(InspectTest, BlocksLargerThanTheMemoFile)
 {
     std::string fox = memoFox({"first"});
