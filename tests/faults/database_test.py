@@ -1,5 +1,7 @@
 """Databases that are damaged or not databases at all, and scripts that fail or are huge."""
 
+import sqlite3
+
 import support
 from support import kd_db
 
