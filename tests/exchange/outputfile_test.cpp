@@ -248,6 +248,7 @@ TEST_P(OutputFileTest, TriesAnotherTemporaryNameIfOneIsInUse)
         EXPECT_EQ(namesInUse, 0);
     }
     EXPECT_EQ(names(), Texts{});
+    EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFD), -1) << "the file is still open";
     ::dup2(input, STDIN_FILENO);
     ::close(input);
 }

@@ -260,7 +260,7 @@ void NewFile::abandon() noexcept
 
 void NewFile::close() noexcept
 {
-    if (Descriptor > STDERR_FILENO) {
+    if (Descriptor >= 0 && Path != "-") {
         ::close(Descriptor);
     }
     Descriptor = -1;
