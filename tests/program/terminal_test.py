@@ -76,6 +76,14 @@ class Looks(AtTerminal):
         self.assertNotIn('paged', self.shown('query', 'a.db', NUMBERS.format(5), environment=environment))
         self.assertNotIn('paged', self.shown('query', 'a.db', NUMBERS.format(60), '--no-pager', environment=environment))
 
+    def test_lines_wider_than_the_screen_count_several_times_for_the_pager(self):
+        wide = "WITH n(i) AS (VALUES (1) UNION ALL SELECT i + 1 FROM n WHERE i < 10) SELECT printf('%.{}c', 'x') FROM n"
+        for width, paged in [(150, False), (300, True)]:
+            with self.subTest(width):
+                text = self.shown('query', 'a.db', wide.format(width), '--format', 'csv',
+                                  environment={'PAGER': 'sed "s/^/paged: /"'})
+                self.assertEqual('paged' in text, paged)
+
     def test_no_pager_if_output_is_not_a_terminal(self):
         terminal = self.start('query', 'a.db', NUMBERS.format(60), stdout=subprocess.PIPE,
                               environment={'PAGER': 'sed "s/^/paged: /"'})
