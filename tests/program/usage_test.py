@@ -14,6 +14,7 @@ WRONG = [
     (['dance'], 'unknown command "dance"'),
     (['--loud'], 'unknown option "--loud"; options follow the command'),
     (['-q', 'list'], 'unknown option "-q"; options follow the command'),
+    (['hepl'], 'unknown command "hepl"; did you mean "help"?'),
     (['help', 'lst'], 'unknown command "lst"; did you mean "list"?'),
     (['help', 'list', 'load'], 'unexpected argument "load"'),
 ]

@@ -2,6 +2,8 @@
 /// The progress of long work, on standard error.
 #pragma once
 
+#include "progressline.h"
+
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -29,14 +31,9 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    std::string line(double seconds, std::size_t width) const;
-
     bool Active = false;
     bool Shown = false;
-    std::string What;
-    std::optional<std::uint64_t> Size;
-    std::uint64_t Bytes = 0;
-    std::uint64_t Records = 0;
+    WorkDone Done;
     Clock::time_point Began;
     Clock::time_point Drawn;
 };

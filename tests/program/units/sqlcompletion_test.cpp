@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
 namespace kd_tool {
 
 using Texts = std::vector<std::string>;
@@ -41,6 +45,19 @@ TEST(SqlCompletion, WordsOfSqlHaveTheCaseOfTheirFirstLetter)
 {
     EXPECT_EQ(candidates("SELECT id WH"), (Texts{"SELECT id WHERE", "SELECT id WHEN"}));
     EXPECT_EQ(candidates("select id gr"), (Texts{"select id group"}));
+}
+
+TEST(SqlCompletion, WordsOfSqlAreOffered)
+{
+    constexpr const char* words[] = {
+        "SELECT", "FROM", "WHERE",  "GROUP",    "ORDER", "BY",   "LIMIT", "OFFSET", "JOIN",    "LEFT", "USING", "ON",
+        "AS",     "AND",  "OR",     "NOT",      "NULL",  "IS",   "IN",    "LIKE",   "BETWEEN", "CASE", "WHEN",  "THEN",
+        "ELSE",   "END",  "HAVING", "DISTINCT", "UNION", "WITH", "DESC",  "count(", "sum(",    "min(", "max(",  "avg("};
+    for (const std::string word : words) {
+        const std::string begun = "SELECT 1 " + word.substr(0, word.size() - 1);
+        const Texts found = candidates(begun);
+        EXPECT_NE(std::ranges::find(found, "SELECT 1 " + word), found.end()) << word;
+    }
 }
 
 TEST(SqlCompletion, BracketsComeWithTheName)
