@@ -3,6 +3,7 @@
 #include "support/dbf_builder.h"
 #include "support/mem_builder.h"
 #include "support/position.h"
+#include "support/repeated.h"
 #include "support/table_builder.h"
 
 #include <kd_lib/asciitable.h>
@@ -24,6 +25,7 @@ using kd_lib::xBaseTable;
 using kd_test::lettersOf;
 using kd_test::Opened;
 using kd_test::position;
+using kd_test::repeated;
 using kd_test::Row;
 using kd_test::rowOf;
 using kd_test::Rows;
@@ -412,15 +414,6 @@ std::string listingOf(Opened<xBaseMemory>& file, const std::string& bytes)
 /// One entry of 255 bytes and its line.
 const std::string longEntry = kd_test::memEntry("LONG", 'C', 223, 7, lettersOf(222) + std::string(1, '\0'));
 const std::string longLine = "LONG C 223.7  " + lettersOf(222) + "|\n";
-
-std::string repeated(const std::string& text, std::size_t count)
-{
-    std::string all;
-    for (std::size_t i = 0; i < count; ++i) {
-        all += text;
-    }
-    return all;
-}
 
 }  // namespace
 

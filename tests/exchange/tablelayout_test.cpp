@@ -2,6 +2,7 @@
 #include <kd_lib/exchange/tablelayout.h>
 
 #include "support/output_text.h"
+#include "support/repeated.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +13,7 @@
 
 using namespace kd_lib::exchange;
 using kd_test::columnOf;
+using kd_test::repeated;
 
 namespace {
 
@@ -60,15 +62,6 @@ std::vector<std::string> textsOf(const std::vector<Note>& notes)
 }
 
 using Texts = std::vector<std::string>;
-
-std::string repeated(std::string_view text, std::size_t count)
-{
-    std::string result;
-    while (count-- > 0) {
-        result += text;
-    }
-    return result;
-}
 
 struct TypeCase {
     Column From;

@@ -5,6 +5,7 @@
 #include "support/memory_source.h"
 #include "support/opened_database.h"
 #include "support/output_text.h"
+#include "support/repeated.h"
 #include "support/scoped_directory.h"
 
 #include <gtest/gtest.h>
@@ -21,6 +22,7 @@ using namespace kd_lib::exchange;
 using kd_test::columnOf;
 using kd_test::MemorySource;
 using kd_test::Opened;
+using kd_test::repeated;
 
 using Row = MemorySource::Row;
 
@@ -317,13 +319,7 @@ TEST(Verify, ValuesAreShownFromTheirBeginningIfTheDifferenceIsNear)
 
 TEST(Verify, LongValuesAreCutBetweenCharacters)
 {
-    const auto euros = [](int count) {
-        std::string text;
-        for (int i = 0; i < count; ++i) {
-            text += "\u20AC";
-        }
-        return text;
-    };
+    const auto euros = [](std::size_t count) { return repeated("\u20AC", count); };
     const std::string one = euros(1000) + "one" + euros(100);
     const std::string two = euros(1000) + "two" + euros(100);
     const Verification found =
