@@ -54,6 +54,19 @@ class Offers(ProgramTest):
         self.assertEqual(self.complete('list', '--deleted', '=', 'k'), ['keep'])
         self.assertEqual(self.complete('load', 'a.dbf', '--into', ''), [':files'])
 
+    def test_files_that_a_command_reads(self):
+        tables = [':files dbf csv tsv tab txt mem']
+        for command in ['show', 'list', 'convert', 'load']:
+            self.assertEqual((command, self.complete(command, '')), (command, tables))
+        self.assertEqual(self.complete('inspect', ''), [':files dbf dbt fpt mem'])
+        self.assertEqual(self.complete('memory', ''), [':files mem'])
+        self.assertEqual(self.complete('script', ''), [':files dbf'])
+        self.assertEqual(self.complete('import', ''), [':files'])
+        self.assertEqual(self.complete('query', ''), [':files'])
+        self.assertEqual(self.complete('query', 'a.csv', ''), ['SELECT ', ':files'])
+        self.assertEqual(self.complete('verify', ''), tables)
+        self.assertEqual(self.complete('verify', 'a.csv', ''), [':files'])
+
     def test_columns_of_the_file(self):
         sample('members.dbf')
         self.check_names(['list', 'members.dbf', '--select', ''], ['ID', 'NAME', 'JOINED', 'FEE'])

@@ -109,7 +109,7 @@ class ManyFiles(ProgramTest):
             os.rename(name, 'old/' + name)
         write('old/readme', 'not a table')
         self.assertEqual(self.run_program('load', 'old', '--into', 'a.db').code, 0)
-        self.assertEqual(self.values('a.db', 'SELECT name FROM sqlite_master ORDER BY name'), ['cities', 'orders'])
+        self.assertEqual(self.tables('a.db'), ['cities', 'orders'])
 
     def test_a_folder_without_tables(self):
         os.mkdir('old')
@@ -121,7 +121,7 @@ class ManyFiles(ProgramTest):
         write('bad.csv', 'x\n"1')
         result = self.run_program('load', 'orders.dbf', 'bad.csv', 'cities.csv', 'none.dbf', '--into', 'a.db')
         self.assertEqual(result.code, 1)
-        self.assertEqual(self.values('a.db', 'SELECT name FROM sqlite_master ORDER BY name'), ['cities', 'orders'])
+        self.assertEqual(self.tables('a.db'), ['cities', 'orders'])
         lines = result.err.splitlines()
         self.assertEqual(lines[0], 'orders.dbf: 4 records read, 0 left out, 4 stored in table orders')
         self.assertTrue(lines[1].startswith('kd_db: bad.csv: '))
@@ -149,8 +149,7 @@ class ManyFiles(ProgramTest):
     def test_jobs_change_nothing_that_is_stored(self):
         self.assertEqual(self.run_program('load', 'orders.dbf', 'cities.csv', 'members.dbf', '--into', 'a.db',
                                           '--jobs', '3').code, 0)
-        self.assertEqual(self.values('a.db', 'SELECT name FROM sqlite_master ORDER BY name'),
-                         ['cities', 'members', 'orders'])
+        self.assertEqual(self.tables('a.db'), ['cities', 'members', 'orders'])
 
     def test_rejects_of_all_files_go_to_one_file(self):
         write('one.csv', 'x,y\n1\n')
@@ -215,7 +214,7 @@ class TwoAtOnce(ProgramTest):
             for name, err, code in done:
                 if code != 0:
                     self.assertTrue(name == 'bad.csv' or 'locked' in err, done)
-            tables = self.values('n.db', 'SELECT name FROM sqlite_master ORDER BY name') if os.path.exists('n.db') else []
+            tables = self.tables('n.db') if os.path.exists('n.db') else []
             self.assertEqual(tables, sorted(stored))
             self.assertEqual(self.files(), sorted(['bad.csv', 'good.csv', 'other.csv'] + (['n.db'] if stored else [])))
             if stored:

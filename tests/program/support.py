@@ -82,6 +82,10 @@ class ProgramTest(unittest.TestCase):
         """The first column of a query."""
         return [row[0] for row in self.rows(database, sql)]
 
+    def tables(self, database):
+        """The names of its tables, sorted."""
+        return self.values(database, "SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name")
+
     def check_intact(self, database):
         self.assertEqual(self.values(database, 'PRAGMA integrity_check'), ['ok'])
 

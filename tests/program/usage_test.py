@@ -74,6 +74,13 @@ class Usage(ProgramTest):
         self.assertIn('Examples:\n  kd_db ', out)
         self.assertIn('Exit status: 0 done', out)
 
+    def test_help_is_that_of_the_file(self):
+        """help.txt has the help of the program and of each command, for whoever reviews a change of it."""
+        shown = ''.join(f"$ kd_db {' '.join(arguments)}\n{self.run_program(*arguments).out}\n"
+                        for arguments in [['--help'], *([command, '--help'] for command in COMMANDS)])
+        with open(os.path.join(os.path.dirname(__file__), 'help.txt'), encoding='utf-8') as file:
+            self.assertEqual(file.read(), shown)
+
     def test_help_of_a_command_has_two_ways(self):
         for command in COMMANDS:
             with self.subTest(command):

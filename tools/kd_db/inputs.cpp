@@ -73,7 +73,7 @@ std::vector<std::string> filesOf(const std::vector<std::string>& arguments, cons
 bool isTableFile(const std::string& path, const exchange::SourceOptions& options)
 {
     constexpr std::array<std::string_view, 6> extensions = {"dbf", "csv", "tsv", "tab", "txt", "mem"};
-    if (options.Kind != exchange::SourceKind::Automatic || path == "-") {
+    if (options.Kind != exchange::SourceKind::Automatic) {
         return true;
     }
     return std::ranges::find(extensions, extensionOf(path)) != extensions.end();
