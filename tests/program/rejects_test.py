@@ -56,6 +56,16 @@ class Rejects(ProgramTest):
                 self.assertEqual(result.code, 3)
                 self.assertIn(f'column SUM: {self.number}; {verb} as NULL\n', result.err)
 
+    def test_what_becomes_of_a_cell_or_record_is_reported(self):
+        write('a.csv', b'a,b\n\xff,1\nx,2,3\n')
+        for options, become, cell in [([], 'with U+FFFD', '\ufffd'), (['--encoding-errors', 'escape'], 'as \\xNN', '\\xFF'),
+                                      (['--encoding-errors', 'strict'], 'as NULL', '')]:
+            with self.subTest(options):
+                self.check(['convert', 'a.csv', '--to', 'csv', '-q', *options],
+                           f'a,b\n{cell},1\nx,2\n'.encode().decode('latin-1'),
+                           f'kd_db: a.csv: record 1, column a: byte 0xFF is not UTF-8; written {become}\n'
+                           'kd_db: a.csv: record 2: line 3: 3 cells instead of 2; the surplus cells are left out\n', 3)
+
     def test_a_missing_memo_file_is_reported_once(self):
         write('notes.dbf', table([[str(i), str(i)] for i in range(30)], [('ID', 'N', 3, 0), ('NOTE', 'M', 10, 0)]))
         self.check(['load', 'notes.dbf', '--into', 'a.db', '--rejects', 'r.jsonl'], '',

@@ -80,8 +80,8 @@ void ClassicTable::openFile()
     // The root keeps its slash, every other folder loses it.
     Path = Argument.substr(0, start > 1 ? start - 1 : start);
     std::string name = Argument.substr(start);
-    const std::size_t dot = std::min(name.rfind('.'), name.size());
-    Extension = dot < name.size() ? name.substr(dot + 1) : "";
+    const std::size_t dot = name.rfind('.');
+    Extension = name.substr(dot + 1);
     name.resize(dot);
     if (name.empty()) {
         fail("the file has no name before its extension");
