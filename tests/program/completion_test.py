@@ -99,6 +99,14 @@ class Offers(ProgramTest):
         self.check_names(['query', 'm.db', "SELECT 'fr"], [])
         self.assertEqual(self.files(), before)
 
+    def test_names_in_sql_are_in_brackets_if_they_must_be(self):
+        plain = ['a', 'Z9', '_', 'n0', 'Straße', 'azAZ']
+        others = ['9a', 'a-b', 'a.b', 'select', '@', 'a{', 'a`', 'a:', 'a/', '']
+        columns = ', '.join(f'"{name}"' for name in plain + others)
+        self.run_program('import', write('s.sql', f'CREATE TABLE t({columns})'.encode()), '--into', 'm.db')
+        names = [name.encode().decode('latin-1') for name in plain] + [f'[{name}]' for name in others]
+        self.check_names(['query', 'm.db', 'SELECT t.'], [f'SELECT t.{name}' for name in names])
+
     def test_sql_of_files(self):
         os.mkdir('old')
         sample('members.dbf', 'orders.dbf')

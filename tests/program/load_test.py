@@ -103,6 +103,17 @@ class ManyFiles(ProgramTest):
                    'cities.csv: 3 records read, 0 left out, 3 stored in table cities\n'
                    'a.db: 2 of 2 tables loaded\n')
 
+    def test_a_summary_counts_tables_that_are_not_whole(self):
+        for name, text in [('a', 'x\n1\n'), ('b', 'x\n1,2\n'), ('c', 'x\n1,2\n'), ('d', '"')]:
+            write(f'{name}.csv', text)
+        for files, code, tally in [('ab', 3, '2 of 2 tables loaded, 1 not whole'),
+                                   ('abc', 3, '3 of 3 tables loaded, 2 not whole'),
+                                   ('abd', 1, '2 of 3 tables loaded, 1 not whole, 1 failed'),
+                                   ('ad', 1, '1 of 2 tables loaded, 1 failed')]:
+            with self.subTest(files):
+                result = self.run_program('load', *(f'{name}.csv' for name in files), '--into', f'{files}.db')
+                self.assertEqual((result.code, result.err.splitlines()[-1]), (code, f'{files}.db: {tally}'))
+
     def test_a_folder_is_its_tables(self):
         os.mkdir('old')
         for name in ['orders.dbf', 'cities.csv']:

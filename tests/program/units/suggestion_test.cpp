@@ -19,6 +19,8 @@ TEST(Suggestion, IsEmptyIfNoWordIsNear)
 {
     EXPECT_EQ(suggestion("dance", words), "");
     EXPECT_EQ(suggestion("lo", words), "");
+    EXPECT_EQ(suggestion("shx", words), "");
+    EXPECT_EQ(suggestion("shxy", words), "");
     EXPECT_EQ(suggestion("", words), "");
     EXPECT_EQ(suggestion(std::string(1000, 'x'), words), "");
     EXPECT_EQ(suggestion("show", {}), "");
