@@ -44,7 +44,7 @@ Reject rejectOf(Source& source, const Flaw& flaw, OnError policy)
     }
     reject.Reason = flaw.Reason;
     reject.Action = actionOf(flaw.Kind, policy);
-    reject.ToldByNote = flaw.Kind == FlawKind::NoMemoFile;
+    reject.CauseIsNoted = flaw.Kind == FlawKind::NoMemoFile;
     return reject;
 }
 

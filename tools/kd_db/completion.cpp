@@ -166,10 +166,10 @@ std::string tableCandidates(const Line& line)
     if (database.empty()) {
         return {};
     }
-    std::set<std::string> told;
+    std::set<std::string> added;
     Candidates candidates(line.Last, line.Lead);
     for (const SchemaColumn& column : schemaOf({database}, {})) {
-        if (told.insert(column.Table).second) {
+        if (added.insert(column.Table).second) {
             candidates.add(column.Table, "table");
         }
     }

@@ -39,7 +39,7 @@ void Report::reject(const exchange::Reject& reject)
     if (Rejects != nullptr) {
         Rejects->write(reject);
     }
-    if (reject.ToldByNote || reject.Action == exchange::RejectAction::Stop) {
+    if (reject.CauseIsNoted || reject.Action == exchange::RejectAction::Stop) {
         return;  // a note or the error line reports it
     }
     if (++Count <= mostLines) {

@@ -40,10 +40,10 @@ bool isTerminal(int descriptor)
 ScreenSize screenSize(int descriptor)
 {
     ScreenSize size;
-    winsize told{};
-    const bool tells = ::ioctl(descriptor, TIOCGWINSZ, &told) == 0;
-    size.Columns = tells && told.ws_col > 0 ? told.ws_col : numberOf("COLUMNS", size.Columns);
-    size.Rows = tells && told.ws_row > 0 ? told.ws_row : numberOf("LINES", size.Rows);
+    winsize known{};
+    const bool hasSize = ::ioctl(descriptor, TIOCGWINSZ, &known) == 0;
+    size.Columns = hasSize && known.ws_col > 0 ? known.ws_col : numberOf("COLUMNS", size.Columns);
+    size.Rows = hasSize && known.ws_row > 0 ? known.ws_row : numberOf("LINES", size.Rows);
     return size;
 }
 

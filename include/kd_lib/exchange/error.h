@@ -57,7 +57,7 @@ struct Reject {
     std::string Bytes;  ///< the cell's bytes in the file
     std::string Reason;
     RejectAction Action = RejectAction::Null;
-    bool ToldByNote = false;  ///< one note reports all rejects of this kind: the memo file is missing
+    bool CauseIsNoted = false;  ///< a note reports the cause of all such rejects: the memo file is missing
 };
 
 /// "null", "replace", "escape", "cut", "skip" or "stop".
