@@ -26,4 +26,20 @@ TEST(Suggestion, IsEmptyIfNoWordIsNear)
     EXPECT_EQ(suggestion("show", {}), "");
 }
 
+TEST(Suggestion, LongWordsAreNotCompared)
+{
+    for (const std::size_t size : {31U, 32U, 33U, 34U}) {
+        const std::string word(size, 'x');
+        const std::string meant = word.substr(1) + 'y';
+        EXPECT_EQ(suggestion(word, {meant}), size > 32 ? "" : "; did you mean \"" + meant + "\"?") << size;
+        EXPECT_EQ(suggestion(std::string(32, 'x'), {word}).empty(), size > 32) << size;
+    }
+}
+
+TEST(Suggestion, ExchangedLettersAreOneEdit)
+{
+    EXPECT_EQ(suggestion("abdc", {"abdx", "abcd"}), "; did you mean \"abdx\"?");
+    EXPECT_EQ(suggestion("abdc", {"abxx", "abcd"}), "; did you mean \"abcd\"?");
+}
+
 }  // namespace kd_tool

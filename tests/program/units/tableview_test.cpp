@@ -128,6 +128,23 @@ TEST(TableView, WidthsAreThoseOfTheFirstPage)
     EXPECT_EQ(text.substr(text.size() - 13), "abcd  123456\n");
 }
 
+TEST(TableView, FirstPageEndsWithTheRecordThatMakesItAQuarterOfAMebibyte)
+{
+    for (const std::size_t size : {262142U, 262143U}) {
+        const std::string text = printed(
+            people, {{Cell::text(std::string(size, 'x')), Cell::number("1")}, {Cell::text(""), Cell::number("123456")}},
+            {});
+        const std::string lastColumn = size == 262142 ? "  ------" : "  ---";
+        EXPECT_EQ(text.substr(text.find('-'), size + lastColumn.size() + 1),
+                  std::string(size, '-') + lastColumn + '\n');
+    }
+}
+
+TEST(TableView, ARoomOfOneCellIsALimit)
+{
+    EXPECT_EQ(printed(columns({{"N", ColumnType::Text}}), {{Cell::text("abc")}}, {1, false, ">"}), "N\n-\n>\n");
+}
+
 TEST(TableView, ColourMarksHeadingsAndNull)
 {
     EXPECT_EQ(printed(people, {{Cell::null(), Cell::number("1")}}, {0, true, ">"}),
