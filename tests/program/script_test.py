@@ -37,6 +37,14 @@ class Script(ProgramTest):
         self.check(['script', 'members.dbf', '--definition-only'], 'members.sql\n', 'Table: members.dbf\n')
         self.assertEqual(content('members.sql').decode(), MEMBERS_DEFINITION.format(key=''))
 
+    def test_table_without_records_may_end_with_its_header(self):
+        whole = table([])
+        for size in [len(whole) - 1, len(whole)]:
+            write('e.dbf', whole[:size])
+            self.check(['script', 'e.dbf'], 'e.sql\n', 'Table: e.dbf\n')
+            self.assertEqual(content('e.sql'), b'DROP TABLE IF EXISTS e;\nCREATE TABLE IF NOT EXISTS e (\n'
+                                               b'name char(6),\ncount integer\n);\n')
+
     def test_key_column(self):
         sample('members.dbf')
         self.check(['script', 'members.dbf', '--key', 'nr'], 'members.sql\n', 'Table: members.dbf\n')
