@@ -66,9 +66,7 @@ std::vector<std::size_t> columnWidths(const std::vector<ColumnNeed>& needs, std:
         widths.pop_back();
     }
     widths.back() = std::min(widths.back(), room);
-    if (total(widths, gap) < room) {
-        spend(widths, needs, room - total(widths, gap));
-    }
+    spend(widths, needs, room - total(widths, gap));
     return widths;
 }
 

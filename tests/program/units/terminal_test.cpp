@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace kd_tool {
@@ -79,6 +80,23 @@ TEST_F(TerminalFacts, SizesThatNoScreenHasAreIgnored)
         set("COLUMNS", size);
         EXPECT_EQ(screenSize(NoTerminal).Columns, 80U) << size;
     }
+}
+
+TEST_F(TerminalFacts, SizeOfATerminalIsItsOwnUnlessItIsZero)
+{
+    set("COLUMNS", "70");
+    set("LINES", "30");
+    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_GE(terminal, 0);
+    for (const unsigned cells : {0U, 1U, 2U, 200U}) {
+        winsize size{};
+        size.ws_col = static_cast<unsigned short>(cells);
+        size.ws_row = static_cast<unsigned short>(cells);
+        ASSERT_EQ(::ioctl(terminal, TIOCSWINSZ, &size), 0);
+        EXPECT_EQ(screenSize(terminal).Columns, cells > 0 ? cells : 70U);
+        EXPECT_EQ(screenSize(terminal).Rows, cells > 0 ? cells : 30U);
+    }
+    ::close(terminal);
 }
 
 TEST_F(TerminalFacts, ColourNeedsATerminalUnlessItIsDemanded)
