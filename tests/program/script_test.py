@@ -37,6 +37,13 @@ class Script(ProgramTest):
         self.check(['script', 'members.dbf', '--definition-only'], 'members.sql\n', 'Table: members.dbf\n')
         self.assertEqual(content('members.sql').decode(), MEMBERS_DEFINITION.format(key=''))
 
+    def test_a_header_that_does_not_fit_the_file_is_refused(self):
+        whole = table([])
+        for size, reason in [(31, "the file is too short for a table's header"),
+                             (len(whole) - 2, "the header's length does not fit the file")]:
+            write('e.dbf', whole[:size])
+            self.check_failure(['script', 'e.dbf'], f'e.dbf: {reason}', 'Table: e.dbf\n')
+
     def test_table_without_records_may_end_with_its_header(self):
         whole = table([])
         for size in [len(whole) - 1, len(whole)]:
