@@ -14,7 +14,8 @@ namespace kd_tool {
 /// end mark (0x1A). A cut record, fewer records than the header counts, and a read error are an `exchange::Error`.
 class ClassicTable : public kd_lib::xBase2Sql {
 public:
-    /// Opens the file, whose name has an extension; "~" is the home directory. `check` is called every few records, and may throw.
+    /// Opens the file, whose name must have an extension; "~" is the home directory. `check` is called every few
+    /// records, and may throw.
     ClassicTable(const std::string& file, std::function<void()> check);
 
     bool fetchRecord() override;
